@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+
+namespace nerova_zel {
+
+/** Polarizer angle of a frame's top-left pixel: 0, 1, 2, 3 = 0, 45, 90, 135 degrees. */
+using PolarPhase = std::int32_t;
+
+/**
+ * 4 x 4 weights, row-major: m[4 * r + c]. Rows 0, 1, 2 give the intensity sum, S1 and S2; row 3 is kept, never read.
+ * Columns weigh the pixel itself, its horizontal, its vertical and its diagonal partner.
+ */
+struct CalibrationMatrix {
+  float m[16];
+};
+
+/** The matrices of one phase by the pixel's parity index 2 * (row & 1) + (column & 1): four pointers, none NULL. */
+using MatrixRow = const CalibrationMatrix* const*;
+
+/**
+ * One transform call, as the built-in kernels and the vector plugins receive it. The field order and widths are the
+ * contract with the plugins. Lives only for the duration of the call. Images are row-major and tightly packed.
+ */
+struct TransformParameters {
+  std::int32_t height;                       ///< rows, at least 2
+  std::int32_t width;                        ///< columns, at least 2
+  std::int32_t phase;                        ///< after the origin has been folded in; negative counts as 0
+  const std::uint16_t* input;                ///< width * height samples
+  std::int32_t bit_depth;                    ///< 0 to 16
+  float input_maximum;                       ///< 2^bit_depth - 1
+  float output_maximum;                      ///< 1 to 65535
+  std::uint32_t integer_output_maximum;      ///< the same as an integer
+  float* normalized_stokes;                  ///< 2 * width * height floats, or NULL
+  std::uint16_t* total_power;                ///< width * height, or NULL
+  std::uint16_t* horizontal_vertical;        ///< width * height, or NULL
+  std::uint16_t* diagonal;                   ///< width * height, or NULL
+  std::uint16_t* azimuth;                    ///< width * height, or NULL
+  std::uint16_t* degree_of_linear_polarization;  ///< width * height, or NULL
+};
+
+}  // namespace nerova_zel
