@@ -22,6 +22,13 @@ else()
   set(NEROVA_32_BIT OFF)
 endif()
 
+# Ordinary code must run, and say so, on a 32-bit processor without SSE; only the kernels and plugins use it.
+if(NEROVA_32_BIT)
+  set(nerova_no_sse_flags -march=i586 -mno-sse)
+else()
+  set(nerova_no_sse_flags)
+endif()
+
 # Fused multiply-add would change results: every product and every sum is rounded.
 add_compile_options(-ffp-contract=off)
 

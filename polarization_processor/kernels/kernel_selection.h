@@ -7,7 +7,8 @@ namespace nerova_zel {
 /** A whole-image kernel, specialised for one phase and one combination of KernelFlags. */
 using WholeImageKernel = void (*)(const TransformParameters& parameters, MatrixRow matrices);
 
-/** The ten booleans that, with the phase, select one whole-image kernel; in the order of their bits in a packed index. */
+/** The ten booleans that, with the phase, select one whole-image kernel; in the order of their bits in a packed index.
+ */
 struct KernelFlags {
   bool equal_maximum;
   bool normalized_stokes;

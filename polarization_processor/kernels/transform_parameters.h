@@ -23,19 +23,19 @@ using MatrixRow = const CalibrationMatrix* const*;
  * contract with the plugins. Lives only for the duration of the call. Images are row-major and tightly packed.
  */
 struct TransformParameters {
-  std::int32_t height;                       ///< rows, at least 2
-  std::int32_t width;                        ///< columns, at least 2
-  std::int32_t phase;                        ///< after the origin has been folded in; negative counts as 0
-  const std::uint16_t* input;                ///< width * height samples
-  std::int32_t bit_depth;                    ///< 0 to 16
-  float input_maximum;                       ///< 2^bit_depth - 1
-  float output_maximum;                      ///< 1 to 65535
-  std::uint32_t integer_output_maximum;      ///< the same as an integer
-  float* normalized_stokes;                  ///< 2 * width * height floats, or NULL
-  std::uint16_t* total_power;                ///< width * height, or NULL
-  std::uint16_t* horizontal_vertical;        ///< width * height, or NULL
-  std::uint16_t* diagonal;                   ///< width * height, or NULL
-  std::uint16_t* azimuth;                    ///< width * height, or NULL
+  std::int32_t height;                           ///< rows, at least 2
+  std::int32_t width;                            ///< columns, at least 2
+  std::int32_t phase;                            ///< after the origin has been folded in; negative counts as 0
+  const std::uint16_t* input;                    ///< width * height samples
+  std::int32_t bit_depth;                        ///< 0 to 16
+  float input_maximum;                           ///< 2^bit_depth - 1
+  float output_maximum;                          ///< 1 to 65535
+  std::uint32_t integer_output_maximum;          ///< the same as an integer
+  float* normalized_stokes;                      ///< 2 * width * height floats, or NULL
+  std::uint16_t* total_power;                    ///< width * height, or NULL
+  std::uint16_t* horizontal_vertical;            ///< width * height, or NULL
+  std::uint16_t* diagonal;                       ///< width * height, or NULL
+  std::uint16_t* azimuth;                        ///< width * height, or NULL
   std::uint16_t* degree_of_linear_polarization;  ///< width * height, or NULL
 };
 

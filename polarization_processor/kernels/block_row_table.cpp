@@ -1,0 +1,104 @@
+// The block rows of one polarizer angle and one form. Compiled once for each: NEROVA_FIRST_ANGLE is the angle of the
+// row's first pixel (0 to 3) and NEROVA_TABLE the name of the table, built with the flags of that instruction set.
+
+#include <utility>
+
+#include "kernels/block_row.h"
+#include "kernels/lanes_4.h"
+#include "kernels/pixel_arithmetic.h"
+
+namespace nerova_zel {
+namespace {
+
+/** Where the results of four pixels go. */
+struct BlockTarget {
+  const TransformParameters& parameters;
+  std::size_t element;
+
+  NEROVA_INLINE void store_pair(Float4 first, Float4 second) const {
+    store_pairs(parameters.normalized_stokes + 2 * element, first, second);
+  }
+
+  template <OutputSet output>
+  NEROVA_INLINE void store(Float4 value) const {
+    store_outputs(image<output>() + element, value);
+  }
+
+ private:
+  template <OutputSet output>
+  NEROVA_INLINE std::uint16_t* image() const {
+    if constexpr (output == output_total_power) {
+      return parameters.total_power;
+    } else if constexpr (output == output_horizontal_vertical) {
+      return parameters.horizontal_vertical;
+    } else if constexpr (output == output_diagonal) {
+      return parameters.diagonal;
+    } else if constexpr (output == output_azimuth) {
+      return parameters.azimuth;
+    } else {
+      static_assert(output == output_degree);
+      return parameters.degree_of_linear_polarization;
+    }
+  }
+};
+
+struct Differences {
+  Int4 s1;
+  Int4 s2;
+};
+
+/** I0 - I90 and I45 - I135, given where each polarizer lies relative to the row's first pixel. */
+template <PolarPhase first_angle>
+NEROVA_INLINE Differences polarizer_differences(const Channels4& upper, const Channels4& lower) {
+  if constexpr (first_angle == 0) {
+    return {upper.even - lower.odd, lower.even - upper.odd};
+  } else if constexpr (first_angle == 1) {
+    return {lower.even - upper.odd, upper.even - lower.odd};
+  } else if constexpr (first_angle == 2) {
+    return {lower.odd - upper.even, upper.odd - lower.even};
+  } else {
+    return {upper.odd - lower.even, lower.odd - upper.even};
+  }
+}
+
+template <PolarPhase first_angle, bool equal_maximum, OutputSet outputs>
+void block_row(const TransformParameters& parameters, const BlockConstants& constants, std::size_t row,
+               std::size_t columns) {
+  const BlockRules<Float4> rules = {Float4::broadcast(constants.half), Float4::broadcast(constants.input_reciprocal),
+                                    Float4::broadcast(constants.output_maximum),
+                                    Float4::broadcast(constants.azimuth_scale)};
+  // A copy the stores below cannot alias, so that the pointers in it stay in registers.
+  const TransformParameters images = parameters;
+  const auto width = static_cast<std::size_t>(images.width);
+  const std::size_t first = row * width;
+  for (std::size_t element = first; element < first + columns; element += 4) {
+    const Channels4 upper = load_channels(images.input + element);
+    const Channels4 lower = load_channels(images.input + element + width);
+    const Int4 sum = (upper.even + upper.odd) + (lower.even + lower.odd);
+    const Differences differences = polarizer_differences<first_angle>(upper, lower);
+    const LinearStokes<Float4> stokes = {rules.power(to_float(sum)), to_float(differences.s1),
+                                         to_float(differences.s2)};
+    compute_outputs<equal_maximum, outputs>(rules, stokes, BlockTarget{images, element});
+  }
+}
+
+template <unsigned index>
+constexpr BlockRow block_row_of_index() {
+  constexpr PixelSelection selection = pixel_selection(index);
+  if constexpr (distinct_angle(NEROVA_FIRST_ANGLE, selection.outputs) == NEROVA_FIRST_ANGLE) {
+    return block_row<NEROVA_FIRST_ANGLE, selection.equal_maximum, selection.outputs>;
+  } else {
+    return nullptr;
+  }
+}
+
+template <unsigned... indices>
+constexpr BlockRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
+  return {{block_row_of_index<indices>()...}};
+}
+
+}  // namespace
+
+const BlockRowTable NEROVA_TABLE = make_table(std::make_integer_sequence<unsigned, pixel_selection_count>());
+
+}  // namespace nerova_zel

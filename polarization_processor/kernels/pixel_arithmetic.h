@@ -1,0 +1,158 @@
+#pragma once
+
+#include "kernels/always_inline.h"
+#include "kernels/output_set.h"
+
+// The formulae, once, over any number of lanes. A lane type Float offers the arithmetic operators, comparisons that
+// give masks, and the few named operations used below; each is rounded to single precision by itself. No memory, no
+// intrinsics here. Everything has internal linkage: a copy compiled for one instruction set must never serve another.
+namespace nerova_zel {
+namespace {
+
+/** The linear Stokes parameters of some pixels: total power, horizontal/vertical and diagonal difference. */
+template <class Float>
+struct LinearStokes {
+  Float power;
+  Float s1;
+  Float s2;
+};
+
+/** Arctangent on -1..1 to 0.005 radian by an odd cubic. The coefficients are part of the result. */
+template <class Float>
+NEROVA_INLINE Float cubic_arctangent(Float t) {
+  const Float k1 = Float::broadcast(0.9723941F);
+  const Float k2 = Float::broadcast(-0.19194795F);
+  return ((t * t) * k2 + k1) * t;
+}
+
+constexpr float pi = 3.1415927F;
+constexpr float half_pi = 1.5707964F;
+
+/**
+ * Angle of the Stokes vector, atan2(s2, s1) in radians, -pi..pi; for any values, infinities and NaN included. Near the
+ * S1 axis the cubic takes s2 / s1, else its inverse; both quotients come from reciprocal estimates.
+ */
+struct AnySamples {
+  template <class Float>
+  NEROVA_INLINE static Float stokes_angle(Float s1, Float s2) {
+    const Float zero = Float::broadcast(0.0F);
+    const Float ratio = s2 * reciprocal_estimate(s1);
+    const auto near_axis = abs(s2) < abs(s1);
+    const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)));
+    const Float turn = select(s2 >= zero, Float::broadcast(pi), Float::broadcast(-pi));
+    const Float quarter = select(s2 > zero, Float::broadcast(half_pi), Float::broadcast(-half_pi));
+    const Float angle = select(near_axis, select(s1 > zero, zero, turn) + arc, quarter - arc);
+    return select(s1 == zero, select(s2 == zero, zero, quarter), angle);
+  }
+};
+
+/**
+ * The same angle where s1 and s2 are differences of samples: finite, and zero only as +0. Then signs stand for
+ * comparisons, and only s1 = s2 = 0 yields NaN on the way.
+ */
+struct SampleDifferences {
+  template <class Float>
+  NEROVA_INLINE static Float stokes_angle(Float s1, Float s2) {
+    const Float ratio = s2 * reciprocal_estimate(s1);
+    const auto near_axis = abs(s2) < abs(s1);
+    const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)));
+    const Float turn = zero_unless_negative(s1, Float::broadcast(pi));
+    const Float start = with_sign_of(s2, select(near_axis, turn, Float::broadcast(half_pi)));
+    return zero_if_nan(start + negate_unless(near_axis, arc));
+  }
+};
+
+/** Azimuth in degrees, 0..180: half the Stokes angle, turned by 90 degrees. */
+template <class Float>
+NEROVA_INLINE Float azimuth_degrees(Float stokes_angle) {
+  // 90 / pi, one unit in the last place below the nearest float; part of the result.
+  return stokes_angle * Float::broadcast(28.647888F) + Float::broadcast(90.0F);
+}
+
+/** sqrt(s1^2 + s2^2) / power by a reciprocal estimate; 0 where the power is 0. */
+template <class Float>
+NEROVA_INLINE Float degree_of_linear_polarization(const LinearStokes<Float>& stokes) {
+  const Float polarized = sqrt(stokes.s1 * stokes.s1 + stokes.s2 * stokes.s2);
+  return zero_if(stokes.power == Float::broadcast(0.0F), polarized * reciprocal_estimate(stokes.power));
+}
+
+/** The rules of pixels computed one by one: exact half, true divisions, any calibration. */
+template <class Float>
+struct PixelRules {
+  using Samples = AnySamples;
+
+  Float input_maximum;
+  Float output_maximum;
+
+  NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
+  NEROVA_INLINE Float rescale(Float value) const { return (value * output_maximum) / input_maximum; }
+  NEROVA_INLINE Float scale_degrees(Float degrees) const {
+    return (degrees * output_maximum) / Float::broadcast(180.0F);
+  }
+};
+
+/** The rules of the built-in blocks: default calibration, and estimates prepared once per frame for divisions. */
+template <class Float>
+struct BlockRules {
+  using Samples = SampleDifferences;
+
+  Float half;
+  Float input_reciprocal;
+  Float output_maximum;
+  Float azimuth_scale;
+
+  NEROVA_INLINE Float power(Float sum) const { return sum * half; }
+  NEROVA_INLINE Float rescale(Float value) const { return (value * output_maximum) * input_reciprocal; }
+  NEROVA_INLINE Float scale_degrees(Float degrees) const { return degrees * azimuth_scale; }
+};
+
+/** Clamps to 0..maximum; NaN becomes the maximum, because the minimum returns its second operand for NaN. */
+template <class Float>
+NEROVA_INLINE Float clamp_to_output(Float value, Float maximum) {
+  const Float limited = min(value, maximum);
+  if constexpr (Float::stores_negative_as_zero) {
+    return limited;
+  } else {
+    return max(limited, Float::broadcast(0.0F));
+  }
+}
+
+template <bool equal_maximum, class Rules, class Float>
+NEROVA_INLINE Float linear_output(const Rules& rules, Float value) {
+  if constexpr (equal_maximum) {
+    return clamp_to_output(value, rules.output_maximum);
+  } else {
+    return clamp_to_output(rules.rescale(value), rules.output_maximum);
+  }
+}
+
+/**
+ * Every selected output of some pixels. The target takes them with store_pair(s1 / p, s2 / p) and store<output>(value),
+ * the value clamped and not yet rounded.
+ */
+template <bool equal_maximum, OutputSet outputs, class Rules, class Float, class Target>
+NEROVA_INLINE void compute_outputs(const Rules& rules, const LinearStokes<Float>& stokes, const Target& target) {
+  if constexpr ((outputs & output_normalized_stokes) != 0) {
+    target.store_pair(stokes.s1 / stokes.power, stokes.s2 / stokes.power);
+  }
+  if constexpr ((outputs & output_total_power) != 0) {
+    target.template store<output_total_power>(linear_output<equal_maximum>(rules, stokes.power));
+  }
+  if constexpr ((outputs & output_horizontal_vertical) != 0) {
+    target.template store<output_horizontal_vertical>(linear_output<equal_maximum>(rules, stokes.s1));
+  }
+  if constexpr ((outputs & output_diagonal) != 0) {
+    target.template store<output_diagonal>(linear_output<equal_maximum>(rules, stokes.s2));
+  }
+  if constexpr ((outputs & output_azimuth) != 0) {
+    const Float degrees = azimuth_degrees(Rules::Samples::stokes_angle(stokes.s1, stokes.s2));
+    target.template store<output_azimuth>(clamp_to_output(rules.scale_degrees(degrees), rules.output_maximum));
+  }
+  if constexpr ((outputs & output_degree) != 0) {
+    const Float degree = degree_of_linear_polarization(stokes) * rules.output_maximum;
+    target.template store<output_degree>(clamp_to_output(degree, rules.output_maximum));
+  }
+}
+
+}  // namespace
+}  // namespace nerova_zel
