@@ -37,6 +37,13 @@ if(NEROVA_SANITIZE)
   add_link_options(-fsanitize=${NEROVA_SANITIZE})
 endif()
 
+# A sanitizer's functions come with the program, so its libraries must be allowed to leave them undefined.
+if(NEROVA_SANITIZE)
+  set(NEROVA_NO_UNDEFINED)
+else()
+  set(NEROVA_NO_UNDEFINED -Wl,--no-undefined)
+endif()
+
 # nerova_set_warnings(target): the warnings of all our own code; third-party sources are built without them.
 function(nerova_set_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wundef

@@ -1,0 +1,27 @@
+# What is installed: libraries, headers, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+set_target_properties(nerova_zel_polarization_processor PROPERTIES EXPORT_NAME polarization_processor)
+install(TARGETS nerova_zel_polarization_processor EXPORT nerova_polarization_processor
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# Companions lie beside the library, where it looks for them.
+install(TARGETS nerova_zel_logger LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/nerova_zel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/nerova_polarization_processor)
+install(EXPORT nerova_polarization_processor NAMESPACE Nerova:: DESTINATION ${package_folder}
+  FILE nerova_polarization_processor-targets.cmake)
+file(WRITE ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config.cmake
+  "include(\${CMAKE_CURRENT_LIST_DIR}/nerova_polarization_processor-targets.cmake)\n")
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config-version.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config.cmake
+  ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config-version.cmake
+  DESTINATION ${package_folder})
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/nerova_polarization_processor.pc.in
+  ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -6,6 +6,7 @@
 #include "kernels/block_row.h"
 #include "kernels/lanes_4.h"
 #include "kernels/pixel_arithmetic.h"
+#include "kernels/polarizer_differences.h"
 
 namespace nerova_zel {
 namespace {
@@ -42,25 +43,6 @@ struct BlockTarget {
   }
 };
 
-struct Differences {
-  Int4 s1;
-  Int4 s2;
-};
-
-/** I0 - I90 and I45 - I135, given where each polarizer lies relative to the row's first pixel. */
-template <PolarPhase first_angle>
-NEROVA_INLINE Differences polarizer_differences(const Channels4& upper, const Channels4& lower) {
-  if constexpr (first_angle == 0) {
-    return {upper.even - lower.odd, lower.even - upper.odd};
-  } else if constexpr (first_angle == 1) {
-    return {lower.even - upper.odd, upper.even - lower.odd};
-  } else if constexpr (first_angle == 2) {
-    return {lower.odd - upper.even, upper.odd - lower.even};
-  } else {
-    return {upper.odd - lower.even, lower.odd - upper.even};
-  }
-}
-
 template <PolarPhase first_angle, bool equal_maximum, OutputSet outputs>
 void block_row(const TransformParameters& parameters, const BlockConstants& constants, std::size_t row,
                std::size_t columns) {
@@ -72,10 +54,10 @@ void block_row(const TransformParameters& parameters, const BlockConstants& cons
   const auto width = static_cast<std::size_t>(images.width);
   const std::size_t first = row * width;
   for (std::size_t element = first; element < first + columns; element += 4) {
-    const Channels4 upper = load_channels(images.input + element);
-    const Channels4 lower = load_channels(images.input + element + width);
+    const Channels<Int4> upper = load_channels(images.input + element);
+    const Channels<Int4> lower = load_channels(images.input + element + width);
     const Int4 sum = (upper.even + upper.odd) + (lower.even + lower.odd);
-    const Differences differences = polarizer_differences<first_angle>(upper, lower);
+    const Differences<Int4> differences = polarizer_differences<first_angle>(upper, lower);
     const LinearStokes<Float4> stokes = {rules.power(to_float(sum)), to_float(differences.s1),
                                          to_float(differences.s2)};
     compute_outputs<equal_maximum, outputs>(rules, stokes, BlockTarget{images, element});

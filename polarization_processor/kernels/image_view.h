@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "kernels/transform_parameters.h"
+
 namespace nerova_zel {
 
 /** A row-major, tightly packed image: element (x, y) at first[y * columns + x]. Does not own it. */
@@ -21,5 +23,7 @@ struct ImageViews {
   ImageView<std::uint16_t> azimuth;
   ImageView<std::uint16_t> degree_of_linear_polarization;
 };
+
+ImageViews make_image_views(const TransformParameters& parameters);
 
 }  // namespace nerova_zel

@@ -21,15 +21,12 @@ struct Frame {
 };
 
 Frame make_frame(const TransformParameters& parameters, MatrixRow matrices, ComputePixel compute_pixel) {
-  const auto rows = static_cast<std::uint32_t>(parameters.height);
-  const auto columns = static_cast<std::uint32_t>(parameters.width);
-  const ImageViews views = {{parameters.input, rows, columns},
-                            {parameters.total_power, rows, columns},
-                            {parameters.horizontal_vertical, rows, columns},
-                            {parameters.diagonal, rows, columns},
-                            {parameters.azimuth, rows, columns},
-                            {parameters.degree_of_linear_polarization, rows, columns}};
-  return {parameters, matrices, compute_pixel, views, columns, rows};
+  return {parameters,
+          matrices,
+          compute_pixel,
+          make_image_views(parameters),
+          static_cast<std::uint32_t>(parameters.width),
+          static_cast<std::uint32_t>(parameters.height)};
 }
 
 /** Blocks of four columns; the last ones stay out, because a block reads beyond its own columns. */

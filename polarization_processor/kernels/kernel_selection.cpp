@@ -3,30 +3,12 @@
 #include <array>
 #include <utility>
 
+#include "kernels/default_calibration.h"
 #include "kernels/image_walk.h"
 
 namespace nerova_zel {
 
 namespace {
-
-constexpr unsigned phase_count = 4;
-constexpr unsigned flag_combinations = 1024;
-
-constexpr unsigned pack(const KernelFlags& flags) {
-  unsigned packed = 0;
-  unsigned bit = 0;
-  for (const bool flag :
-       {flags.equal_maximum, flags.normalized_stokes, flags.total_power, flags.horizontal_vertical, flags.diagonal,
-        flags.azimuth, flags.degree_of_linear_polarization, flags.height_even, flags.width_even, flags.sse41}) {
-    packed |= (flag ? 1U : 0U) << bit++;
-  }
-  return packed;
-}
-
-// The packed flags' low seven bits are the pixel selection index.
-constexpr unsigned height_even_bit = 1U << 7U;
-constexpr unsigned width_even_bit = 1U << 8U;
-constexpr unsigned sse41_bit = 1U << 9U;
 
 constexpr const BlockRowTable* block_row_tables[2][phase_count] = {
     {&block_rows_sse2_0, &block_rows_sse2_1, &block_rows_sse2_2, &block_rows_sse2_3},
@@ -79,25 +61,9 @@ constexpr auto kernels = make_kernels(std::make_integer_sequence<unsigned, phase
 
 }  // namespace
 
-KernelFlags kernel_flags(const TransformParameters& parameters, bool sse41) {
-  const std::uint32_t full_scale = (1U << (static_cast<std::uint32_t>(parameters.bit_depth) % 32U)) - 1U;
-  KernelFlags flags = {};
-  flags.equal_maximum = parameters.integer_output_maximum == full_scale;
-  flags.normalized_stokes = parameters.normalized_stokes != nullptr;
-  flags.total_power = parameters.total_power != nullptr;
-  flags.horizontal_vertical = parameters.horizontal_vertical != nullptr;
-  flags.diagonal = parameters.diagonal != nullptr;
-  flags.azimuth = parameters.azimuth != nullptr;
-  flags.degree_of_linear_polarization = parameters.degree_of_linear_polarization != nullptr;
-  flags.height_even = parameters.height % 2 == 0;
-  flags.width_even = parameters.width % 2 == 0;
-  flags.sse41 = sse41;
-  return flags;
-}
-
 WholeImageKernel select_kernel(PolarPhase phase, const KernelFlags& flags) {
-  const unsigned row = phase >= 0 && phase < static_cast<PolarPhase>(phase_count) ? static_cast<unsigned>(phase) : 0;
-  return kernels[row * flag_combinations + pack(flags)];
+  const unsigned row = phase >= 0 && phase < phase_count ? static_cast<unsigned>(phase) : 0;
+  return kernels[row * flag_combinations + pack_flags(flags)];
 }
 
 void run_built_in(const TransformParameters& parameters, MatrixRow matrices, bool sse41) {

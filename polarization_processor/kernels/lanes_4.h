@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "kernels/always_inline.h"
+#include "kernels/polarizer_differences.h"
 
 // Four lanes, in the SSE2 or the SSE4.1 form, whichever the file is compiled for. The forms differ in how samples are
 // brought into lanes and in how results are narrowed to 16 bits; the arithmetic is the same.
@@ -68,19 +69,10 @@ NEROVA_INLINE Int4 operator+(Int4 a, Int4 b) { return {_mm_add_epi32(a.v, b.v)};
 NEROVA_INLINE Int4 operator-(Int4 a, Int4 b) { return {_mm_sub_epi32(a.v, b.v)}; }
 NEROVA_INLINE Float4 to_float(Int4 a) { return {_mm_cvtepi32_ps(a.v)}; }
 
-/**
- * The samples s0..s7 of one row by polarizer: lane k takes the sample of the pair (column k, column k + 1) that lies in
- * an even column, and the one in an odd column.
- */
-struct Channels4 {
-  Int4 even;
-  Int4 odd;
-};
-
 #ifdef __SSE4_1__
 
-/** Eight samples are read. Lane 3 of the even channel repeats s2; that is this form's defined result. */
-NEROVA_INLINE Channels4 load_channels(const std::uint16_t* samples) {
+/** Eight samples s0..s7 are read. Lane 3 of the even channel repeats s2; that is this form's defined result. */
+NEROVA_INLINE Channels<Int4> load_channels(const std::uint16_t* samples) {
   const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(samples));
   const __m128i even = _mm_shuffle_epi8(s, _mm_setr_epi8(0, 1, -1, -1, 4, 5, -1, -1, 4, 5, -1, -1, 4, 5, -1, -1));
   const __m128i odd = _mm_shuffle_epi8(s, _mm_setr_epi8(2, 3, -1, -1, 2, 3, -1, -1, 6, 7, -1, -1, 6, 7, -1, -1));
@@ -95,8 +87,8 @@ NEROVA_INLINE void store_outputs(std::uint16_t* to, Float4 a) {
 
 #else
 
-/** Eight samples are read and five used: even channel (s0, s2, s2, s4), odd channel (s1, s1, s3, s3). */
-NEROVA_INLINE Channels4 load_channels(const std::uint16_t* samples) {
+/** Eight samples s0..s7 are read and five used: even channel (s0, s2, s2, s4), odd channel (s1, s1, s3, s3). */
+NEROVA_INLINE Channels<Int4> load_channels(const std::uint16_t* samples) {
   const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(samples));
   const __m128i even = _mm_and_si128(s, _mm_set1_epi32(0xFFFF));
   const __m128i odd = _mm_srli_epi32(s, 16);

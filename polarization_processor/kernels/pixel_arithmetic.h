@@ -17,6 +17,13 @@ struct LinearStokes {
   Float s2;
 };
 
+/** s1 / power and s2 / power. */
+template <class Float>
+struct NormalizedStokes {
+  Float s1;
+  Float s2;
+};
+
 /** Arctangent on -1..1 to 0.005 radian by an odd cubic. The coefficients are part of the result. */
 template <class Float>
 NEROVA_INLINE Float cubic_arctangent(Float t) {
@@ -76,6 +83,11 @@ NEROVA_INLINE Float degree_of_linear_polarization(const LinearStokes<Float>& sto
   return zero_if(stokes.power == Float::broadcast(0.0F), polarized * reciprocal_estimate(stokes.power));
 }
 
+template <class Float>
+NEROVA_INLINE NormalizedStokes<Float> divide_by_power(const LinearStokes<Float>& stokes) {
+  return {stokes.s1 / stokes.power, stokes.s2 / stokes.power};
+}
+
 /** The rules of pixels computed one by one: exact half, true divisions, any calibration. */
 template <class Float>
 struct PixelRules {
@@ -85,6 +97,9 @@ struct PixelRules {
   Float output_maximum;
 
   NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
+  NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {
+    return divide_by_power(stokes);
+  }
   NEROVA_INLINE Float rescale(Float value) const { return (value * output_maximum) / input_maximum; }
   NEROVA_INLINE Float scale_degrees(Float degrees) const {
     return (degrees * output_maximum) / Float::broadcast(180.0F);
@@ -102,6 +117,9 @@ struct BlockRules {
   Float azimuth_scale;
 
   NEROVA_INLINE Float power(Float sum) const { return sum * half; }
+  NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {
+    return divide_by_power(stokes);
+  }
   NEROVA_INLINE Float rescale(Float value) const { return (value * output_maximum) * input_reciprocal; }
   NEROVA_INLINE Float scale_degrees(Float degrees) const { return degrees * azimuth_scale; }
 };
@@ -133,7 +151,8 @@ NEROVA_INLINE Float linear_output(const Rules& rules, Float value) {
 template <bool equal_maximum, OutputSet outputs, class Rules, class Float, class Target>
 NEROVA_INLINE void compute_outputs(const Rules& rules, const LinearStokes<Float>& stokes, const Target& target) {
   if constexpr ((outputs & output_normalized_stokes) != 0) {
-    target.store_pair(stokes.s1 / stokes.power, stokes.s2 / stokes.power);
+    const NormalizedStokes<Float> normalized = rules.normalize(stokes);
+    target.store_pair(normalized.s1, normalized.s2);
   }
   if constexpr ((outputs & output_total_power) != 0) {
     target.template store<output_total_power>(linear_output<equal_maximum>(rules, stokes.power));

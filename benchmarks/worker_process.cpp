@@ -1,0 +1,71 @@
+#include "worker_process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <stdexcept>
+#include <system_error>
+
+extern char** environ;  // NOLINT(readability-redundant-declaration): not every C library declares it
+
+namespace nerova_zel::benchmark {
+
+namespace {
+
+std::array<int, 2> make_pipe() {
+  std::array<int, 2> ends = {-1, -1};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe");
+  }
+  return ends;
+}
+
+}  // namespace
+
+WorkerProcess::WorkerProcess(const std::string& program) {
+  const auto requests = make_pipe();
+  const auto answers = make_pipe();
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, requests[0], STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, answers[1], STDOUT_FILENO);
+  std::string name = program;
+  char* arguments[] = {name.data(), nullptr};
+  const int failure = posix_spawn(&process_, program.c_str(), &actions, nullptr, arguments, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(requests[0]);
+  close(answers[1]);
+  to_worker_ = fdopen(requests[1], "w");
+  from_worker_ = fdopen(answers[0], "r");
+  if (failure != 0) {
+    throw std::system_error(failure, std::generic_category(), program);
+  }
+}
+
+WorkerProcess::~WorkerProcess() {
+  std::fclose(to_worker_);
+  std::fclose(from_worker_);
+  waitpid(process_, nullptr, 0);
+}
+
+double WorkerProcess::measure(const FrameCase& frame_case) {
+  const std::string line = to_line(frame_case) + "\n";
+  std::array<char, 1024> answer = {};
+  if (std::fputs(line.c_str(), to_worker_) < 0 || std::fflush(to_worker_) != 0 ||
+      std::fgets(answer.data(), static_cast<int>(answer.size()), from_worker_) == nullptr) {
+    throw std::runtime_error("the worker process ended");
+  }
+  char* end = nullptr;
+  const double nanoseconds = std::strtod(answer.data(), &end);
+  if (end == answer.data()) {
+    throw std::runtime_error(answer.data());
+  }
+  return nanoseconds * 1e-9;
+}
+
+}  // namespace nerova_zel::benchmark

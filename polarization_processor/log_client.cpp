@@ -1,0 +1,75 @@
+#include "log_client.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace nerova_zel {
+
+namespace {
+
+using GetEntry = void* (*)(const char* module_name, const char* second_name, const char* configuration_file_name);
+using FreeEntry = void (*)(const char* module_name, const char* second_name);
+
+}  // namespace
+
+LogClient::LogClient(const char* module_name)
+    : module_name_(module_name), configuration_file_name_("nerova_zel_logger.cfg") {
+  bind();
+}
+
+void LogClient::bind() {
+  logger_module_ = load_module("nerova_zel_logger");
+  if (logger_module_ == nullptr) {
+    return;
+  }
+  const auto get_log = find_function<GetEntry>(logger_module_, "zel_get_log");
+  if (get_log == nullptr) {
+    return;
+  }
+  log_handle_ = get_log(module_name_.c_str(), second_name_.c_str(), configuration_file_name_.c_str());
+  if (log_handle_ == nullptr) {
+    return;
+  }
+  write_entry_ = find_function<WriteEntry>(logger_module_, "zel_log");
+  enabled_ = write_entry_ != nullptr;
+}
+
+LogClient::~LogClient() {
+  if (logger_module_ == nullptr) {
+    return;
+  }
+  // The log is keyed by its names, so it is given back even if no handle was ever received.
+  if (const auto free_log = find_function<FreeEntry>(logger_module_, "zel_free_log")) {
+    try {
+      free_log(module_name_.c_str(), second_name_.c_str());
+    } catch (...) {  // NOLINT(bugprone-empty-catch): there is nobody left to tell
+    }
+  }
+  unload_module(logger_module_);
+}
+
+bool LogClient::log(LogLevel level, const char* source_file, std::int32_t source_line, const char* function_name,
+                    const char* format, ...) const noexcept {
+  if (!enabled_) {
+    return false;
+  }
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  va_end(arguments);
+  if (length < 0) {
+    return false;
+  }
+  try {
+    std::string message(static_cast<std::size_t>(length), '\0');
+    va_start(arguments, format);
+    std::vsnprintf(message.data(), message.size() + 1, format, arguments);
+    va_end(arguments);
+    return write_entry_(log_handle_, static_cast<std::int32_t>(level), source_file, source_line, function_name,
+                        message.c_str()) == 0;
+  } catch (...) {
+    return false;
+  }
+}
+
+}  // namespace nerova_zel

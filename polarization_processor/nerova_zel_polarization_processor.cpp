@@ -1,0 +1,126 @@
+// The seven exported functions: is the module initialized, is there a handle, and the code to return.
+
+#include "nerova_zel/polarization_processor.h"
+
+#include <new>
+
+#include "cpu_features.h"
+#include "module.h"
+#include "processor.h"
+#include "records.h"
+#include "transform.h"
+
+// Callers on 32-bit x86 may align the stack to 4 bytes only; everything beneath these functions relies on 16.
+#if defined(__i386__)
+#define NEROVA_ENTRY [[gnu::force_align_arg_pointer]]
+#else
+#define NEROVA_ENTRY
+#endif
+
+namespace records = nerova_zel::records;
+using nerova_zel::current_log_client;
+using nerova_zel::LogClient;
+
+struct nv_polarization_processor final : nerova_zel::Processor {  // NOLINT(readability-identifier-naming): public name
+  using Processor::Processor;
+};
+
+NEROVA_ENTRY std::int32_t nv_polarization_processor_module_initialize() {
+  nerova_zel::initialize_module();
+  return NV_POLARIZATION_PROCESSOR_SUCCESS;
+}
+
+NEROVA_ENTRY std::int32_t nv_polarization_processor_module_terminate() {
+  nerova_zel::terminate_module();
+  return NV_POLARIZATION_PROCESSOR_SUCCESS;
+}
+
+NEROVA_ENTRY std::int32_t nv_polarization_processor_create_polarization_processor(
+    nv_polarization_processor** processor) {
+  const LogClient* const client = current_log_client();
+  if (client == nullptr) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
+  }
+  if (!nerova_zel::cpu_has_sse()) {
+    records::create_without_sse(*client);
+    return NV_POLARIZATION_PROCESSOR_ERROR_CREATION_FAILED;
+  }
+  try {
+    *processor = new nv_polarization_processor(nerova_zel::measure_cpu_level());
+    return NV_POLARIZATION_PROCESSOR_SUCCESS;
+  } catch (const std::bad_alloc&) {
+    records::create_out_of_memory(*client);
+    return NV_POLARIZATION_PROCESSOR_ERROR_OUT_OF_MEMORY;
+  } catch (...) {
+    records::create_unknown_error(*client);
+    return NV_POLARIZATION_PROCESSOR_ERROR_CREATION_FAILED;
+  }
+}
+
+NEROVA_ENTRY std::int32_t nv_polarization_processor_destroy_polarization_processor(
+    nv_polarization_processor* processor) {
+  const LogClient* const client = current_log_client();
+  if (client == nullptr) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
+  }
+  if (processor == nullptr) {
+    records::destroy_null_handle(*client);
+    return NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE;
+  }
+  delete processor;
+  return NV_POLARIZATION_PROCESSOR_SUCCESS;
+}
+
+NEROVA_ENTRY std::int32_t nv_polarization_processor_set_custom_calibration_coefficients(
+    nv_polarization_processor* processor, const float* matrix_0, const float* matrix_1, const float* matrix_2,
+    const float* matrix_3) {
+  const LogClient* const client = current_log_client();
+  if (client == nullptr) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
+  }
+  if (processor == nullptr) {
+    records::set_coefficients_null_handle(*client);
+    return NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE;
+  }
+  const float* const matrices[] = {matrix_0, matrix_1, matrix_2, matrix_3};
+  for (int index = 0; index < nerova_zel::Processor::phase_count; ++index) {
+    if (matrices[index] != nullptr) {
+      processor->set_matrix(index, matrices[index]);
+    }
+  }
+  return NV_POLARIZATION_PROCESSOR_SUCCESS;
+}
+
+NEROVA_ENTRY std::int32_t nv_polarization_processor_get_custom_calibration_coefficients(
+    nv_polarization_processor* processor, float* matrix_0, float* matrix_1, float* matrix_2, float* matrix_3) {
+  const LogClient* const client = current_log_client();
+  if (client == nullptr) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
+  }
+  if (processor == nullptr) {
+    records::get_coefficients_null_handle(*client);
+    return NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE;
+  }
+  float* const matrices[] = {matrix_0, matrix_1, matrix_2, matrix_3};
+  for (int index = 0; index < nerova_zel::Processor::phase_count; ++index) {
+    if (matrices[index] != nullptr) {
+      processor->get_matrix(index, matrices[index]);
+    }
+  }
+  return NV_POLARIZATION_PROCESSOR_SUCCESS;
+}
+
+NEROVA_ENTRY std::int32_t nv_polarization_processor_transform(
+    nv_polarization_processor* processor, std::int32_t phase, const std::uint16_t* input, std::int32_t origin_x,
+    std::int32_t origin_y, std::int32_t width, std::int32_t height, std::int32_t bit_depth,
+    std::uint16_t output_maximum, float* normalized_stokes, std::uint16_t* total_power,
+    std::uint16_t* horizontal_vertical, std::uint16_t* diagonal, std::uint16_t* azimuth,
+    std::uint16_t* degree_of_linear_polarization) {
+  const LogClient* const client = current_log_client();
+  if (client == nullptr) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
+  }
+  return nerova_zel::transform(
+      *client, {processor, phase, input, origin_x, origin_y, width, height, bit_depth, output_maximum,
+                normalized_stokes, total_power, horizontal_vertical, diagonal, azimuth, degree_of_linear_polarization});
+}

@@ -1,0 +1,44 @@
+#include "processor.h"
+
+#include <cstring>
+
+namespace nerova_zel {
+
+namespace {
+
+/** Matrix numbers by phase and parity index. */
+constexpr int matrix_numbers[Processor::phase_count][4] = {{0, 3, 1, 2}, {1, 2, 0, 3}, {2, 1, 3, 0}, {3, 0, 2, 1}};
+
+}  // namespace
+
+Processor::Processor(CpuLevel cpu_level)
+    : matrices_{
+          {{1, 1, 1, 1, 1, 0, 0, -1, 0, -1, 1, 0, 0, 0, 0, 0}},
+          {{1, 1, 1, 1, 0, -1, 1, 0, 1, 0, 0, -1, 0, 0, 0, 0}},
+          {{1, 1, 1, 1, -1, 0, 0, 1, 0, 1, -1, 0, 0, 0, 0, 0}},
+          {{1, 1, 1, 1, 0, 1, -1, 0, -1, 0, 0, 1, 0, 0, 0, 0}},
+      },
+      cpu_level_(cpu_level),
+      avx512_plugin_(avx512_plugin_names),
+      avx2_plugin_(avx2_plugin_names) {
+  for (int phase = 0; phase < phase_count; ++phase) {
+    for (int parity = 0; parity < 4; ++parity) {
+      phase_matrices_[phase][parity] = &matrices_[matrix_numbers[phase][parity]];
+    }
+  }
+}
+
+// Bytes, not floats: a signalling NaN passing through a floating-point register would come out quiet.
+void Processor::set_matrix(int index, const float* values) noexcept {
+  std::memmove(&matrices_[index], values, sizeof(CalibrationMatrix));
+}
+
+void Processor::get_matrix(int index, float* values) const noexcept {
+  std::memmove(values, &matrices_[index], sizeof(CalibrationMatrix));
+}
+
+MatrixRow Processor::matrix_row(PolarPhase phase) const noexcept {
+  return phase_matrices_[phase >= 0 && phase < phase_count ? phase : 0];
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,158 @@
+#include "transform.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "kernels/kernel_selection.h"
+#include "nerova_zel/polarization_processor.h"
+#include "platform/high_resolution_counter.h"
+#include "records.h"
+
+namespace nerova_zel {
+
+namespace {
+
+/** Runs from its construction. Counts that cannot be read stay 0. */
+class Stopwatch {
+ public:
+  Stopwatch() noexcept {
+    if (read_counter_frequency(frequency_)) {
+      read_counter(start_);
+    }
+  }
+
+  /** False when the counter cannot be read now. */
+  bool elapsed_microseconds(double& microseconds) const noexcept {
+    std::int64_t end = 0;
+    if (!read_counter(end)) {
+      return false;
+    }
+    microseconds = static_cast<double>(end - start_) / static_cast<double>(frequency_) * 1000000.0;
+    return true;
+  }
+
+ private:
+  std::int64_t frequency_ = 0;
+  std::int64_t start_ = 0;
+};
+
+/** The phase of the frame's own top-left pixel. A negative phase counts as 0 once a swap applies. */
+PolarPhase phase_at_origin(PolarPhase phase, std::int32_t origin_x, std::int32_t origin_y) noexcept {
+  const std::int32_t x = origin_x % 2;  // -1 for a negative odd coordinate, which takes the diagonal swap
+  const std::int32_t y = origin_y % 2;
+  if (x == 0 && y == 0) {
+    return phase;
+  }
+  // The three swaps of two pairs of phases are the three ways to flip bits of the phase.
+  constexpr PolarPhase vertical_swap = 1;
+  constexpr PolarPhase diagonal_swap = 2;
+  constexpr PolarPhase horizontal_swap = 3;
+  PolarPhase swap = diagonal_swap;
+  if (x == 0 && y == 1) {
+    swap = vertical_swap;
+  } else if (x == 1 && y == 0) {
+    swap = horizontal_swap;
+  }
+  return std::max(phase, 0) ^ swap;
+}
+
+std::int32_t check_outputs(const TransformArguments& arguments) noexcept {
+  const void* const outputs[] = {
+      arguments.normalized_stokes, arguments.total_power, arguments.horizontal_vertical,
+      arguments.diagonal,          arguments.azimuth,     arguments.degree_of_linear_polarization};
+  const auto wanted = [](const void* output) { return output != nullptr; };
+  if (std::none_of(std::begin(outputs), std::end(outputs), wanted)) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_NO_OUTPUT;
+  }
+  const void* const input = arguments.input;
+  if (std::find(std::begin(outputs), std::end(outputs), input) != std::end(outputs)) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_OUTPUT_IS_INPUT;
+  }
+  for (const void* const* output = std::begin(outputs); output != std::end(outputs); ++output) {
+    if (*output != nullptr && std::find(output + 1, std::end(outputs), *output) != std::end(outputs)) {
+      return NV_POLARIZATION_PROCESSOR_ERROR_OUTPUTS_EQUAL;
+    }
+  }
+  return NV_POLARIZATION_PROCESSOR_SUCCESS;
+}
+
+/** The first check that fails decides the code. */
+std::int32_t check(const LogClient& client, const TransformArguments& arguments) noexcept {
+  if (arguments.processor == nullptr) {
+    records::transform_null_handle(client);
+    return NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE;
+  }
+  if (arguments.phase >= Processor::phase_count) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_PHASE;
+  }
+  if (arguments.input == nullptr) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_NULL_INPUT;
+  }
+  if (const std::int32_t result = check_outputs(arguments)) {
+    return result;
+  }
+  if (arguments.width < 2) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_WIDTH;
+  }
+  if (arguments.height < 2) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_HEIGHT;
+  }
+  if (arguments.output_maximum == 0) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_OUTPUT_MAXIMUM;
+  }
+  if (arguments.bit_depth < 0 || arguments.bit_depth > 16) {
+    return NV_POLARIZATION_PROCESSOR_ERROR_BIT_DEPTH;
+  }
+  return NV_POLARIZATION_PROCESSOR_SUCCESS;
+}
+
+TransformParameters make_parameters(const TransformArguments& arguments) noexcept {
+  return {
+      arguments.height,
+      arguments.width,
+      phase_at_origin(arguments.phase, arguments.origin_x, arguments.origin_y),
+      arguments.input,
+      arguments.bit_depth,
+      static_cast<float>((std::int32_t{1} << arguments.bit_depth) - 1),
+      static_cast<float>(arguments.output_maximum),
+      arguments.output_maximum,
+      arguments.normalized_stokes,
+      arguments.total_power,
+      arguments.horizontal_vertical,
+      arguments.diagonal,
+      arguments.azimuth,
+      arguments.degree_of_linear_polarization,
+  };
+}
+
+/** No plugin stands in for the other: a level whose own plugin is unusable gets the built-in kernels. */
+void route(const Processor& processor, const TransformParameters& parameters, bool sse41) {
+  const MatrixRow matrices = processor.matrix_row(parameters.phase);
+  if (processor.cpu_level() == CpuLevel::Avx512 && processor.avx512_plugin().usable()) {
+    processor.avx512_plugin().transform(parameters, matrices);
+  } else if (processor.cpu_level() == CpuLevel::Avx2 && processor.avx2_plugin().usable()) {
+    processor.avx2_plugin().transform(parameters, matrices);
+  } else {
+    run_built_in(parameters, matrices, sse41);
+  }
+}
+
+}  // namespace
+
+std::int32_t transform(const LogClient& client, const TransformArguments& arguments) noexcept {
+  const Stopwatch stopwatch;
+  const std::int32_t result = check(client, arguments);
+  if (result == NV_POLARIZATION_PROCESSOR_SUCCESS) {
+    try {
+      route(*arguments.processor, make_parameters(arguments), cpu_has_sse41());
+    } catch (...) {  // NOLINT(bugprone-empty-catch): what a plugin makes of a frame is not examined
+    }
+  }
+  double microseconds = 0;
+  if (stopwatch.elapsed_microseconds(microseconds)) {
+    records::transform_time(client, microseconds);
+  }
+  return result;
+}
+
+}  // namespace nerova_zel

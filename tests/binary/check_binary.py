@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""Checks on built files: exported names, and that an instruction set stays in the objects meant for it."""
+
+import argparse
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+SSE41_AND_BELOW = re.compile(
+    r"^(pshufb|phadd\w*|phsub\w*|pmaddubsw|pmulhrsw|psign[bwd]|palignr|pabs[bwd]|"
+    r"blend\w*|pblend\w*|dpp[sd]|extractps|insertps|mpsadbw|packusdw|pcmpeqq|pextr[bdq]|pinsr[bdq]|phminposuw|"
+    r"pmax(sb|sd|ud|uw)|pmin(sb|sd|ud|uw)|pmovsx\w*|pmovzx\w*|pmuldq|pmulld|ptest|round[ps][sd]|movntdqa|"
+    r"addsub\w*|hadd\w*|hsub\w*|lddqu|movddup|movs[hl]dup|pcmpgtq|popcnt|crc32\w*)$")
+AVX = re.compile(r"^v[a-z0-9]+$")
+# Every 32-bit position-independent object has these; they hold two integer instructions.
+HARMLESS_SHARED = re.compile(r"^__x86\.get_pc_thunk\.")
+
+
+def run(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def instructions(path):
+    for line in run("objdump", "-d", "--no-show-raw-insn", path).splitlines():
+        match = re.match(r"\s+[0-9a-f]+:\s+(?:(?:lock|rep\w*|data16|cs|ds|es|notrack|bnd)\s+)*(\S+)(.*)", line)
+        if match:
+            yield match.group(1), match.group(2)
+
+
+def check_exports(arguments):
+    found = set()
+    for line in run("nm", "-D", "--defined-only", arguments.library).splitlines():
+        kind, name = line.split()[-2:]
+        if kind != "A":  # the version's own name
+            found.add(name.split("@")[0])
+    expected = set(arguments.names)
+    return [f"exports {name}, which is not part of the interface" for name in sorted(found - expected)] + [
+        f"does not export {name}" for name in sorted(expected - found)]
+
+
+def check_baseline(arguments):
+    faults = []
+    for path in arguments.objects:
+        seen = 0
+        for mnemonic, operands in instructions(path):
+            seen += 1
+            if AVX.match(mnemonic) or SSE41_AND_BELOW.match(mnemonic):
+                faults.append(f"{path}: {mnemonic} needs more than SSE2")
+            if arguments.no_sse and (re.search(r"%[xyz]mm", operands) or mnemonic.startswith("cmov")):
+                faults.append(f"{path}: {mnemonic}{operands} does not run on every 32-bit processor")
+        if seen == 0:
+            faults.append(f"{path}: no instruction found")
+    return faults
+
+
+def check_isolated(arguments):
+    faults = []
+    for path in arguments.objects:
+        mnemonics = {mnemonic for mnemonic, _ in instructions(path)}
+        if not mnemonics & set(arguments.uses):
+            faults.append(f"{path}: none of {', '.join(arguments.uses)}: built without its instruction set?")
+        if not arguments.avx and any(AVX.match(mnemonic) for mnemonic in mnemonics):
+            faults.append(f"{path}: holds AVX instructions")
+        for line in run("nm", path).splitlines():
+            kind, name = line.split()[-2:]
+            if HARMLESS_SHARED.match(name):
+                continue
+            if kind in "WwVvu":
+                faults.append(f"{path}: {name} could be shared with code for older processors")
+            if kind == "U" and name not in ("_GLOBAL_OFFSET_TABLE_", *arguments.needs):
+                faults.append(f"{path}: calls {name} elsewhere")
+        sections = run("objdump", "-h", path)
+        if re.search(r"\.(init_array|ctors|fini_array)", sections):
+            faults.append(f"{path}: runs code when the library is loaded, on any processor")
+    return faults
+
+
+def check_size(arguments):
+    with tempfile.NamedTemporaryFile() as stripped:
+        run("strip", "-o", stripped.name, arguments.library)
+        size = os.path.getsize(stripped.name)
+    print(f"{arguments.library}: {size} bytes stripped")
+    return [] if size < arguments.below else [f"{arguments.library}: {size} bytes, not below {arguments.below}"]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    checks = parser.add_subparsers(required=True)
+    exports = checks.add_parser("exports", help="a library exports exactly these names")
+    exports.add_argument("library")
+    exports.add_argument("names", nargs="+")
+    exports.set_defaults(check=check_exports)
+    baseline = checks.add_parser("baseline", help="objects run on a processor with SSE2 alone")
+    baseline.add_argument("--no-sse", action="store_true", help="and on one without SSE or CMOV")
+    baseline.add_argument("objects", nargs="+")
+    baseline.set_defaults(check=check_baseline)
+    isolated = checks.add_parser("isolated", help="objects built for an instruction set share nothing")
+    isolated.add_argument("--uses", action="append", required=True, help="an instruction that shows the set is used")
+    isolated.add_argument("--needs", action="append", default=[], help="a name that may be defined elsewhere")
+    isolated.add_argument("--avx", action="store_true", help="the set is AVX or above")
+    isolated.add_argument("objects", nargs="+")
+    isolated.set_defaults(check=check_isolated)
+
+    size = checks.add_parser("size", help="a library stays small")
+    size.add_argument("library")
+    size.add_argument("--below", type=int, required=True, help="bytes, stripped")
+    size.set_defaults(check=check_size)
+
+    arguments = parser.parse_args()
+    faults = arguments.check(arguments)
+    for fault in sorted(set(faults)):
+        print(fault, file=sys.stderr)
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,146 @@
+#pragma once
+
+#include <immintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kernels/always_inline.h"
+
+// Sixteen lanes with AVX-512 F, DQ and BW; two vectors of them, 32 pixels, make a step.
+namespace nerova_zel {
+namespace {
+
+struct Mask16 {
+  __mmask16 bits;
+};
+
+struct Float16 {
+  static constexpr bool stores_negative_as_zero = true;
+
+  __m512 v;
+
+  NEROVA_INLINE static Float16 broadcast(float value) { return {_mm512_set1_ps(value)}; }
+};
+
+NEROVA_INLINE Float16 operator+(Float16 a, Float16 b) { return {_mm512_add_ps(a.v, b.v)}; }
+NEROVA_INLINE Float16 operator-(Float16 a, Float16 b) { return {_mm512_sub_ps(a.v, b.v)}; }
+NEROVA_INLINE Float16 operator*(Float16 a, Float16 b) { return {_mm512_mul_ps(a.v, b.v)}; }
+NEROVA_INLINE Float16 operator/(Float16 a, Float16 b) { return {_mm512_div_ps(a.v, b.v)}; }
+NEROVA_INLINE Mask16 operator<(Float16 a, Float16 b) { return {_mm512_cmp_ps_mask(a.v, b.v, _CMP_LT_OQ)}; }
+NEROVA_INLINE Mask16 operator>(Float16 a, Float16 b) { return {_mm512_cmp_ps_mask(a.v, b.v, _CMP_GT_OQ)}; }
+NEROVA_INLINE Mask16 operator>=(Float16 a, Float16 b) { return {_mm512_cmp_ps_mask(a.v, b.v, _CMP_GE_OQ)}; }
+NEROVA_INLINE Mask16 operator==(Float16 a, Float16 b) { return {_mm512_cmp_ps_mask(a.v, b.v, _CMP_EQ_OQ)}; }
+
+NEROVA_INLINE Float16 min(Float16 a, Float16 b) { return {_mm512_min_ps(a.v, b.v)}; }
+NEROVA_INLINE Float16 max(Float16 a, Float16 b) { return {_mm512_max_ps(a.v, b.v)}; }
+NEROVA_INLINE Float16 abs(Float16 a) { return {_mm512_abs_ps(a.v)}; }
+NEROVA_INLINE Float16 sqrt(Float16 a) { return {_mm512_sqrt_ps(a.v)}; }
+/** a * b + c, rounded once. */
+NEROVA_INLINE Float16 fused_multiply_add(Float16 a, Float16 b, Float16 c) { return {_mm512_fmadd_ps(a.v, b.v, c.v)}; }
+/** c - a * b, rounded once. */
+NEROVA_INLINE Float16 fused_subtract_product(Float16 c, Float16 a, Float16 b) {
+  return {_mm512_fnmadd_ps(a.v, b.v, c.v)};
+}
+
+/** By the 256-bit instruction: the 512-bit one gives other estimates. */
+NEROVA_INLINE Float16 reciprocal_estimate(Float16 a) {
+  const __m256 low = _mm256_rcp_ps(_mm512_castps512_ps256(a.v));
+  const __m256 high = _mm256_rcp_ps(_mm512_extractf32x8_ps(a.v, 1));
+  return {_mm512_insertf32x8(_mm512_castps256_ps512(low), high, 1)};
+}
+
+NEROVA_INLINE Float16 select(Mask16 mask, Float16 yes, Float16 no) {
+  return {_mm512_mask_blend_ps(mask.bits, no.v, yes.v)};
+}
+NEROVA_INLINE Float16 zero_if(Mask16 mask, Float16 a) {
+  return {_mm512_maskz_mov_ps(static_cast<__mmask16>(~mask.bits), a.v)};
+}
+NEROVA_INLINE Float16 zero_if_nan(Float16 a) {
+  return {_mm512_maskz_mov_ps(_mm512_cmp_ps_mask(a.v, a.v, _CMP_ORD_Q), a.v)};
+}
+NEROVA_INLINE Float16 zero_unless_negative(Float16 sign, Float16 a) {
+  return {_mm512_maskz_mov_ps(_mm512_movepi32_mask(_mm512_castps_si512(sign.v)), a.v)};
+}
+/** The magnitude, not negative, with the sign of another value. */
+NEROVA_INLINE Float16 with_sign_of(Float16 sign, Float16 magnitude) {
+  constexpr int first_or_both_others = 0xF8;
+  return {_mm512_castsi512_ps(_mm512_ternarylogic_epi32(_mm512_castps_si512(magnitude.v), _mm512_castps_si512(sign.v),
+                                                        _mm512_set1_epi32(INT32_MIN), first_or_both_others))};
+}
+NEROVA_INLINE Float16 negate_unless(Mask16 mask, Float16 a) {
+  return {_mm512_mask_xor_ps(a.v, static_cast<__mmask16>(~mask.bits), a.v, _mm512_set1_ps(-0.0F))};
+}
+
+struct Int16 {
+  __m512i v;
+};
+
+NEROVA_INLINE Int16 operator+(Int16 a, Int16 b) { return {_mm512_add_epi32(a.v, b.v)}; }
+NEROVA_INLINE Int16 operator-(Int16 a, Int16 b) { return {_mm512_sub_epi32(a.v, b.v)}; }
+NEROVA_INLINE Float16 to_float(Int16 a) { return {_mm512_cvtepi32_ps(a.v)}; }
+NEROVA_INLINE Int16 round_to_int(Float16 a) { return {_mm512_cvtps_epi32(a.v)}; }
+
+/** How a row of samples comes into lanes, how results leave, and how many pixels that makes at a time. */
+struct Step32 {
+  using Float = Float16;
+  using Int = Int16;
+  static constexpr std::size_t pixels = 32;
+
+  /** Two vectors of 32-bit lanes, each a pair of samples: low half and high half. */
+  struct Pairs {
+    __m512i half[2];
+
+    NEROVA_INLINE Int low(int i) const { return {_mm512_and_si512(half[i], _mm512_set1_epi32(0xFFFF))}; }
+    NEROVA_INLINE Int high(int i) const { return {_mm512_srli_epi32(half[i], 16)}; }
+  };
+
+  /** Lane k: the sample of columns k and k + 1 that lies in an even column, then the other. Reads 33 samples. */
+  NEROVA_INLINE static Pairs load_channels(const std::uint16_t* samples) {
+    // Lanes 0 to 15 find their samples from 0 to 16 in the first vector, the others theirs in the second.
+    const __m512i even_then_odd = _mm512_set_epi16(15, 16, 15, 14, 13, 14, 13, 12, 11, 12, 11, 10, 9, 10, 9, 8, 7, 8, 7,
+                                                   6, 5, 6, 5, 4, 3, 4, 3, 2, 1, 2, 1, 0);
+    return permute(samples, even_then_odd);
+  }
+
+  /** Lane k: the samples of columns k and k + 1. Reads 33 samples. */
+  NEROVA_INLINE static Pairs load_neighbours(const std::uint16_t* samples) {
+    const __m512i own_then_next = _mm512_set_epi16(16, 15, 15, 14, 14, 13, 13, 12, 12, 11, 11, 10, 10, 9, 9, 8, 8, 7, 7,
+                                                   6, 6, 5, 5, 4, 4, 3, 3, 2, 2, 1, 1, 0);
+    return permute(samples, own_then_next);
+  }
+
+  /** Even columns take the first weight, odd columns the second. */
+  NEROVA_INLINE static Float alternate(float even, float odd) {
+    return {_mm512_mask_blend_ps(0xAAAA, _mm512_set1_ps(even), _mm512_set1_ps(odd))};
+  }
+
+  /** Saturates to 0..65535 and stores 32 results. */
+  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Int first, Int second) {
+    // Narrowing works within 128-bit quarters; bring their halves back into order.
+    const __m512i quarters = _mm512_packus_epi32(first.v, second.v);
+    const __m512i order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
+    _mm512_storeu_si512(to, _mm512_permutexvar_epi64(order, quarters));
+  }
+
+  /** Stores the (first, second) pairs of vector i of a step: 32 floats. */
+  NEROVA_INLINE static void store_pairs(float* to, int i, Float first, Float second) {
+    const __m512i low = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
+    const __m512i high = _mm512_add_epi32(low, _mm512_set1_epi32(8));
+    _mm512_storeu_ps(to + 32 * i, _mm512_permutex2var_ps(first.v, low, second.v));
+    _mm512_storeu_ps(to + 32 * i + 16, _mm512_permutex2var_ps(first.v, high, second.v));
+  }
+
+ private:
+  NEROVA_INLINE static Pairs permute(const std::uint16_t* samples, __m512i order) {
+    const __m512i first = _mm512_loadu_si512(samples);
+    const __m512i second = _mm512_loadu_si512(samples + 1);
+    const __m512i order_in_second = _mm512_add_epi16(order, _mm512_set1_epi16(15));
+    return {{_mm512_permutexvar_epi16(order, first), _mm512_permutexvar_epi16(order_in_second, second)}};
+  }
+};
+
+using Step = Step32;
+
+}  // namespace
+}  // namespace nerova_zel

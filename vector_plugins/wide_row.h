@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kernels/output_set.h"
+#include "kernels/transform_parameters.h"
+
+namespace nerova_zel {
+
+/** What is prepared once per frame; reciprocals as the sum of two floats. */
+struct FrameConstants {
+  float output_maximum;
+  float input_reciprocal;
+  float input_reciprocal_remainder;
+  float half_turn_reciprocal;
+  float half_turn_reciprocal_remainder;
+};
+
+/**
+ * A stretch of one row, beginning at an even column, a multiple of the step long. One sample more is read of both
+ * rows: the right partners of the last pixel.
+ */
+struct RowStretch {
+  const std::uint16_t* own;              ///< samples of the row
+  const std::uint16_t* partner;          ///< samples of the row below, or above for the last row
+  std::size_t element;                   ///< of the first pixel in the outputs
+  std::size_t pixels;                    ///< a multiple of wide_step_pixels
+  const CalibrationMatrix* even_matrix;  ///< for even columns
+  const CalibrationMatrix* odd_matrix;
+};
+
+/** Computes a stretch into the images. Leaves the upper halves of the vector registers clean. */
+using WideRow = void (*)(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch);
+
+/** By pixel selection index. */
+struct WideRowTable {
+  WideRow rows[pixel_selection_count];
+};
+
+/**
+ * Code for the default calibration, by the polarizer angle of the row's first pixel (0 to 3); only selections whose
+ * distinct_angle is the table's own have an entry.
+ */
+extern const WideRowTable default_wide_rows_0;
+extern const WideRowTable default_wide_rows_1;
+extern const WideRowTable default_wide_rows_2;
+extern const WideRowTable default_wide_rows_3;
+
+/** Code for any calibration and all angles. */
+extern const WideRowTable calibrated_wide_rows;
+
+/** Pixels that the code of this plugin computes at a time; even. */
+extern const std::size_t wide_step_pixels;
+
+}  // namespace nerova_zel

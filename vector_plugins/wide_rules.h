@@ -1,0 +1,90 @@
+#pragma once
+
+#include "kernels/pixel_arithmetic.h"
+
+// The per-pixel rules for wide lanes: the same results as PixelRules, bit for bit, without its divisions where a proof
+// allows. r(x) stands for a reciprocal within 2^-21.9 of 1 / x.
+namespace nerova_zel {
+namespace {
+
+/** 1 / d as the sum of two floats, good to 2^-48: the nearest float, and the float nearest to what that leaves. */
+template <class Float>
+struct Divisor {
+  Float reciprocal;
+  Float remainder;
+};
+
+/**
+ * a / d, correctly rounded, for integers d below 2^16 and any normal result. A quotient lies at least 2^-41 of itself
+ * from a boundary between two roundings: a 24-bit number divided by d cannot equal a 25-bit number m (d is odd, or 180
+ * with m odd), and differs from it by at least 1 / (d * m). The sum before its rounding is good to 2^-47.
+ */
+template <class Float>
+NEROVA_INLINE Float divide(Float a, const Divisor<Float>& d) {
+  return fused_multiply_add(a, d.reciprocal, a * d.remainder);
+}
+
+template <class Float>
+struct WideConstants {
+  Float output_maximum;
+  Divisor<Float> input_maximum;
+  Divisor<Float> half_turn;  ///< 180 degrees
+};
+
+/** Where the default calibration is in force: sums and differences of samples. */
+template <class Float>
+struct DefaultRules : WideConstants<Float> {
+  using Samples = SampleDifferences;
+
+  NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
+
+  /**
+   * Two quotients by one reciprocal, each corrected by its exact remainder. Correctly rounded: s / p is the quotient of
+   * integers below 2^17 and 2^18, so it lies at least 2^-43 of itself from a boundary between two roundings, and the
+   * sum before its rounding errs by less than 2^-43.4 (the error of the first quotient times that of r(p)).
+   */
+  NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {
+    const Float estimate = reciprocal_estimate(stokes.power);
+    const Float error = fused_subtract_product(Float::broadcast(1.0F), stokes.power, estimate);
+    const Float reciprocal = fused_multiply_add(estimate, error, estimate);
+    return {quotient(stokes.s1, stokes.power, reciprocal), quotient(stokes.s2, stokes.power, reciprocal)};
+  }
+
+  NEROVA_INLINE Float rescale(Float value) const { return divide(value * this->output_maximum, this->input_maximum); }
+  NEROVA_INLINE Float scale_degrees(Float degrees) const {
+    return divide(degrees * this->output_maximum, this->half_turn);
+  }
+
+ private:
+  NEROVA_INLINE static Float quotient(Float a, Float b, Float reciprocal) {
+    const Float near = a * reciprocal;
+    return fused_multiply_add(fused_subtract_product(a, near, b), reciprocal, near);
+  }
+};
+
+/** Where the matrices may hold anything. */
+template <class Float>
+struct CalibratedRules : WideConstants<Float> {
+  using Samples = AnySamples;
+
+  NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
+  NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {
+    return divide_by_power(stokes);
+  }
+  NEROVA_INLINE Float rescale(Float value) const {
+    return divide(not_negative(value * this->output_maximum), this->input_maximum);
+  }
+  NEROVA_INLINE Float scale_degrees(Float degrees) const {
+    return divide(not_negative(degrees * this->output_maximum), this->half_turn);
+  }
+
+ private:
+  /**
+   * The output is 0 for anything negative, so negative values may as well be 0 before the division, where minus
+   * infinity would become NaN. NaN stays; plus infinity becomes NaN, which gives the output maximum just as well.
+   */
+  NEROVA_INLINE static Float not_negative(Float value) { return max(Float::broadcast(0.0F), value); }
+};
+
+}  // namespace
+}  // namespace nerova_zel

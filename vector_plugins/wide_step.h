@@ -1,0 +1,107 @@
+#pragma once
+
+#include NEROVA_LANES  // the lanes of one instruction set
+
+#include "kernels/pixel_arithmetic.h"
+#include "wide_row.h"
+#include "wide_rules.h"
+
+// One step: two vectors of pixels, computed one after the other and stored together. Included by one file for each
+// table of rows; everything has internal linkage.
+namespace nerova_zel {
+namespace {
+
+using Float = Step::Float;
+using Int = Step::Int;
+
+/** The 16-bit results of the first vector of a step, until the second one's join them. */
+struct PendingOutputs {
+  Int total_power;
+  Int horizontal_vertical;
+  Int diagonal;
+  Int azimuth;
+  Int degree;
+};
+
+template <OutputSet output>
+NEROVA_INLINE Int& pending(PendingOutputs& outputs) {
+  if constexpr (output == output_total_power) {
+    return outputs.total_power;
+  } else if constexpr (output == output_horizontal_vertical) {
+    return outputs.horizontal_vertical;
+  } else if constexpr (output == output_diagonal) {
+    return outputs.diagonal;
+  } else if constexpr (output == output_azimuth) {
+    return outputs.azimuth;
+  } else {
+    static_assert(output == output_degree);
+    return outputs.degree;
+  }
+}
+
+template <OutputSet output>
+NEROVA_INLINE std::uint16_t* image(const TransformParameters& images) {
+  if constexpr (output == output_total_power) {
+    return images.total_power;
+  } else if constexpr (output == output_horizontal_vertical) {
+    return images.horizontal_vertical;
+  } else if constexpr (output == output_diagonal) {
+    return images.diagonal;
+  } else if constexpr (output == output_azimuth) {
+    return images.azimuth;
+  } else {
+    static_assert(output == output_degree);
+    return images.degree_of_linear_polarization;
+  }
+}
+
+/** Where the results of vector 0 or 1 of a step go. */
+template <int vector>
+struct StepTarget {
+  const TransformParameters& images;
+  std::size_t element;
+  PendingOutputs& waiting;
+
+  NEROVA_INLINE void store_pair(Float first, Float second) const {
+    Step::store_pairs(images.normalized_stokes + 2 * element, vector, first, second);
+  }
+
+  template <OutputSet output>
+  NEROVA_INLINE void store(Float value) const {
+    if constexpr (vector == 0) {
+      pending<output>(waiting) = round_to_int(value);
+    } else {
+      Step::store_outputs(image<output>(images) + element, pending<output>(waiting), round_to_int(value));
+    }
+  }
+};
+
+template <class Rules>
+NEROVA_INLINE Rules make_rules(const FrameConstants& constants) {
+  Rules rules;
+  rules.output_maximum = Float::broadcast(constants.output_maximum);
+  rules.input_maximum = {Float::broadcast(constants.input_reciprocal),
+                         Float::broadcast(constants.input_reciprocal_remainder)};
+  rules.half_turn = {Float::broadcast(constants.half_turn_reciprocal),
+                     Float::broadcast(constants.half_turn_reciprocal_remainder)};
+  return rules;
+}
+
+/** Walks a stretch. Source gives the Stokes parameters of vector i of the step at some samples of two rows. */
+template <bool equal_maximum, OutputSet outputs, class Rules, class Source>
+NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const FrameConstants& constants,
+                                   const RowStretch& stretch, const Source& source) {
+  const Rules rules = make_rules<Rules>(constants);
+  // A copy the stores below cannot alias, so that the pointers in it stay in registers.
+  const TransformParameters images = parameters;
+  for (std::size_t x = 0; x < stretch.pixels; x += Step::pixels) {
+    const auto samples = source.load(stretch.own + x, stretch.partner + x);
+    PendingOutputs waiting;
+    const std::size_t element = stretch.element + x;
+    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 0), StepTarget<0>{images, element, waiting});
+    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 1), StepTarget<1>{images, element, waiting});
+  }
+}
+
+}  // namespace
+}  // namespace nerova_zel
