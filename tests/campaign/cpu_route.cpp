@@ -2,6 +2,8 @@
 
 #include <cpuid.h>
 
+#include <map>
+
 namespace nerova_zel::test {
 
 namespace {
@@ -21,35 +23,41 @@ bool has_bit(unsigned value, unsigned bit) { return ((value >> bit) & 1U) != 0; 
 
 }  // namespace
 
-std::optional<Route> route_by_name(const std::string& name) {
-  if (name == "sse2") {
-    return Route::Sse2;
-  }
-  if (name == "sse41") {
-    return Route::Sse41;
-  }
-  if (name == "per-pixel") {
-    return Route::PerPixel;
-  }
-  return std::nullopt;
+std::optional<CpuRoute> route_by_name(const std::string& name) {
+  static const std::map<std::string, CpuRoute> routes = {
+      {"sse2", CpuRoute::Sse2}, {"sse41", CpuRoute::Sse41}, {"avx2", CpuRoute::Avx2}, {"avx512", CpuRoute::Avx512}};
+  const auto found = routes.find(name);
+  return found == routes.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::optional<std::string> why_route_is_not_taken(Route route) {
-  const Registers features = cpuid(1);
-  const bool sse2 = has_bit(features.edx, 26);
-  const bool sse41 = sse2 && has_bit(features.ecx, 19);
-  const bool avx2 = has_bit(features.ecx, 12) && has_bit(cpuid(7).ebx, 5);  // together with FMA
-  if (!sse2) {
-    return "the processor has no SSE2";
+Route rules_of(CpuRoute route) {
+  switch (route) {
+    case CpuRoute::Sse2:
+      return Route::Sse2;
+    case CpuRoute::Sse41:
+      return Route::Sse41;
+    default:
+      return Route::PerPixel;
   }
-  if (route == Route::Sse2 && sse41) {
+}
+
+std::optional<std::string> why_route_is_not_taken(CpuRoute route) {
+  const Registers features = cpuid(1);
+  const Registers extended = cpuid(7);
+  const bool sse41 = has_bit(features.ecx, 19);
+  const bool avx2 = has_bit(features.ecx, 12) && has_bit(extended.ebx, 5);  // together with FMA
+  const bool avx512 = has_bit(extended.ebx, 16) && has_bit(extended.ebx, 17) && has_bit(extended.ebx, 30);
+  if (route == CpuRoute::Sse2 && sse41) {
     return "the processor has SSE4.1";
   }
-  if (route == Route::Sse41 && !sse41) {
+  if (route == CpuRoute::Sse41 && !sse41) {
     return "the processor has no SSE4.1";
   }
-  if (route == Route::PerPixel && !avx2) {
-    return "the processor has no AVX2 with FMA";
+  if (route == CpuRoute::Avx2 && (!avx2 || avx512)) {
+    return avx512 ? "the processor has AVX-512" : "the processor has no AVX2 with FMA";
+  }
+  if (route == CpuRoute::Avx512 && !avx512) {
+    return "the processor has no AVX-512 F, DQ and BW";
   }
   return std::nullopt;
 }

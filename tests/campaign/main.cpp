@@ -1,6 +1,6 @@
 // Compares the library with the reference model over many frames, in memory that faults outside the buffers.
 //
-//   campaign --library PATH --route sse2|sse41|per-pixel [--cases N] [--seed N] [--only N]
+//   campaign --library PATH --route sse2|sse41|avx2|avx512 [--cases N] [--seed N] [--only N]
 //
 // --cases is the number of random frames besides the systematic ones; --only repeats the frame of one number, given
 // the same other options. The route is what this processor must take; anything else is a failure.
@@ -23,7 +23,7 @@ using Placement = GuardedBuffer::Placement;
 
 struct Options {
   std::string library;
-  Route route = Route::Sse2;
+  CpuRoute route = CpuRoute::Sse2;
   std::string route_name;
   int random_frames = 40000;
   std::uint64_t seed = 1;
@@ -51,7 +51,7 @@ Options parse(int argc, char** argv) {
   }
   const auto route = route_by_name(options.route_name);
   if (argc % 2 == 0 || options.library.empty() || !route) {
-    throw std::invalid_argument("--library PATH and --route sse2|sse41|per-pixel are needed");
+    throw std::invalid_argument("--library PATH and --route sse2|sse41|avx2|avx512 are needed");
   }
   options.route = *route;
   return options;
@@ -87,7 +87,11 @@ extern "C" void report_crash(int signal) {
 class Campaign {
  public:
   Campaign(const Options& options, const LoadedLibrary& library)
-      : options_(options), random_(options.seed), library_(library) {}
+      : options_(options),
+        rules_(rules_of(options.route)),
+        widest_(rules_ == Route::PerPixel ? 100 : 24),
+        random_(options.seed),
+        library_(library) {}
 
   /** The number of frames with a fault. */
   int run() {
@@ -100,7 +104,7 @@ class Campaign {
   }
 
  private:
-  static constexpr std::size_t largest_side = 24;
+  static constexpr int highest = 24;
   static constexpr std::size_t longest_row = 4099;
   static constexpr int most_reports = 10;
 
@@ -110,11 +114,11 @@ class Campaign {
       calls.push_back(uniform_call(outputs, Placement::AfterGuard));
       calls.push_back(uniform_call(outputs, Placement::BeforeGuard));
     }
-    CaseRunner runner(library_, options_.route, largest_side * largest_side);
+    CaseRunner runner(library_, rules_, most_pixels());
     for (int phase = -1; phase < 4; ++phase) {
       for (const bool equal : {false, true}) {
-        for (const int width : {16, 17}) {
-          for (const int height : {6, 7}) {
+        for (const int width : {widest_ - 4, widest_ - 3}) {
+          for (const int height : {4, 5}) {
             FrameCase frame_case = random_frame(width, height, equal);
             frame_case.phase = phase;
             frame_case.origin_x = 0;
@@ -127,7 +131,7 @@ class Campaign {
   }
 
   void sizes() {
-    CaseRunner runner(library_, options_.route, largest_side * largest_side);
+    CaseRunner runner(library_, rules_, most_pixels());
     for (int width = 2; width <= 21; ++width) {
       for (int height = 2; height <= 21; ++height) {
         for (const bool equal : {false, true}) {
@@ -138,7 +142,7 @@ class Campaign {
   }
 
   void long_rows() {
-    CaseRunner runner(library_, options_.route, longest_row * 6);
+    CaseRunner runner(library_, rules_, longest_row * 6);
     for (const int width : {64, 131, 254, 513, 1027, 1030, 2048, 2449, int{longest_row}}) {
       for (const int height : {3, 6}) {
         run_frame(runner, random_frame(width, height, random_.one_in(2)), all_outputs_both_placements);
@@ -147,10 +151,10 @@ class Campaign {
   }
 
   void random_mixtures() {
-    CaseRunner runner(library_, options_.route, largest_side * largest_side);
+    CaseRunner runner(library_, rules_, most_pixels());
     for (int i = 0; i < options_.random_frames; ++i) {
-      const int width = random_.between(2, int{largest_side});
-      const int height = random_.between(2, int{largest_side});
+      const int width = random_.between(2, random_.one_in(2) ? 24 : widest_);
+      const int height = random_.between(2, width > 24 ? 6 : highest);
       const FrameCase frame_case = random_frame(width, height, random_.one_in(3));
       Call call = {random_.one_in(2) ? all_outputs : static_cast<unsigned>(random_.between(1, all_outputs)), {}};
       for (Placement& placement : call.placements) {
@@ -201,7 +205,11 @@ class Campaign {
     }
   }
 
+  std::size_t most_pixels() const { return static_cast<std::size_t>(widest_) * highest; }
+
   const Options& options_;
+  const Route rules_;
+  const int widest_;  ///< of the random frames: a few steps of the route
   Random random_;
   const LoadedLibrary& library_;
   int frames_ = 0;
