@@ -83,7 +83,7 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_set_custom_calibration_coeff
     return NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE;
   }
   const float* const matrices[] = {matrix_0, matrix_1, matrix_2, matrix_3};
-  for (int index = 0; index < nerova_zel::Processor::phase_count; ++index) {
+  for (int index = 0; index < nerova_zel::phase_count; ++index) {
     if (matrices[index] != nullptr) {
       processor->set_matrix(index, matrices[index]);
     }
@@ -102,7 +102,7 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_get_custom_calibration_coeff
     return NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE;
   }
   float* const matrices[] = {matrix_0, matrix_1, matrix_2, matrix_3};
-  for (int index = 0; index < nerova_zel::Processor::phase_count; ++index) {
+  for (int index = 0; index < nerova_zel::phase_count; ++index) {
     if (matrices[index] != nullptr) {
       processor->get_matrix(index, matrices[index]);
     }

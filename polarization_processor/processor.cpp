@@ -4,26 +4,12 @@
 
 namespace nerova_zel {
 
-namespace {
-
-/** Matrix numbers by phase and parity index. */
-constexpr int matrix_numbers[Processor::phase_count][4] = {{0, 3, 1, 2}, {1, 2, 0, 3}, {2, 1, 3, 0}, {3, 0, 2, 1}};
-
-}  // namespace
-
 Processor::Processor(CpuLevel cpu_level)
-    : matrices_{
-          {{1, 1, 1, 1, 1, 0, 0, -1, 0, -1, 1, 0, 0, 0, 0, 0}},
-          {{1, 1, 1, 1, 0, -1, 1, 0, 1, 0, 0, -1, 0, 0, 0, 0}},
-          {{1, 1, 1, 1, -1, 0, 0, 1, 0, 1, -1, 0, 0, 0, 0, 0}},
-          {{1, 1, 1, 1, 0, 1, -1, 0, -1, 0, 0, 1, 0, 0, 0, 0}},
-      },
-      cpu_level_(cpu_level),
-      avx512_plugin_(avx512_plugin_names),
-      avx2_plugin_(avx2_plugin_names) {
+    : cpu_level_(cpu_level), avx512_plugin_(avx512_plugin_names), avx2_plugin_(avx2_plugin_names) {
+  std::memcpy(matrices_, default_matrices, sizeof(matrices_));
   for (int phase = 0; phase < phase_count; ++phase) {
     for (int parity = 0; parity < 4; ++parity) {
-      phase_matrices_[phase][parity] = &matrices_[matrix_numbers[phase][parity]];
+      phase_matrices_[phase][parity] = &matrices_[phase_matrix_numbers[phase][parity]];
     }
   }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cpu_features.h"
+#include "kernels/default_calibration.h"
 #include "kernels/transform_parameters.h"
 #include "vector_plugin.h"
 
@@ -12,8 +13,6 @@ namespace nerova_zel {
  */
 class Processor {
  public:
-  static constexpr int phase_count = 4;
-
   /** Makes the default matrices and loads both plugins. Throws as VectorPlugin does. */
   explicit Processor(CpuLevel cpu_level);
 
@@ -29,7 +28,7 @@ class Processor {
   const VectorPlugin& avx2_plugin() const noexcept { return avx2_plugin_; }
 
  private:
-  CalibrationMatrix matrices_[phase_count];
+  CalibrationMatrix matrices_[phase_count] = {};
   const CalibrationMatrix* phase_matrices_[phase_count][4] = {};  ///< by phase and parity index; into matrices_
   CpuLevel cpu_level_;
   VectorPlugin avx512_plugin_;  // unloaded last, also when the other fails to load

@@ -82,7 +82,7 @@ std::int32_t check(const LogClient& client, const TransformArguments& arguments)
     records::transform_null_handle(client);
     return NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE;
   }
-  if (arguments.phase >= Processor::phase_count) {
+  if (arguments.phase >= phase_count) {
     return NV_POLARIZATION_PROCESSOR_ERROR_PHASE;
   }
   if (arguments.input == nullptr) {

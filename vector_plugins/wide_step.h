@@ -55,6 +55,19 @@ NEROVA_INLINE std::uint16_t* image(const TransformParameters& images) {
   }
 }
 
+/**
+ * Asks for the cache lines that results will be written to some steps from now, so that the stores need not wait for
+ * them. May run past the end of an image: a prefetch touches nothing.
+ */
+template <std::size_t bytes>
+NEROVA_INLINE void prepare_to_write(const void* to) {
+  constexpr std::size_t line = 64;
+  constexpr std::size_t distance = 32 * bytes;
+  for (std::size_t offset = 0; offset < bytes; offset += line) {
+    __builtin_prefetch(static_cast<const char*>(to) + distance + offset, 1);
+  }
+}
+
 /** Where the results of vector 0 or 1 of a step go. */
 template <int vector>
 struct StepTarget {
@@ -63,6 +76,9 @@ struct StepTarget {
   PendingOutputs& waiting;
 
   NEROVA_INLINE void store_pair(Float first, Float second) const {
+    if constexpr (vector == 0) {
+      prepare_to_write<2 * Step::pixels * sizeof(float)>(images.normalized_stokes + 2 * element);
+    }
     Step::store_pairs(images.normalized_stokes + 2 * element, vector, first, second);
   }
 
@@ -71,6 +87,7 @@ struct StepTarget {
     if constexpr (vector == 0) {
       pending<output>(waiting) = round_to_int(value);
     } else {
+      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(image<output>(images) + element);
       Step::store_outputs(image<output>(images) + element, pending<output>(waiting), round_to_int(value));
     }
   }

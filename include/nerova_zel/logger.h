@@ -15,7 +15,7 @@
 #ifndef NEROVA_ZEL_LOGGER_H
 #define NEROVA_ZEL_LOGGER_H
 
-#include <stdint.h>
+#include <stdint.h> /* NOLINT(modernize-deprecated-headers): C callers have no <cstdint> */
 
 #if defined(NEROVA_ZEL_LOGGER_BUILDING) && defined(_WIN32)
 #define NEROVA_ZEL_LOGGER_API __declspec(dllexport)

@@ -19,7 +19,7 @@
 #ifndef NEROVA_ZEL_POLARIZATION_PROCESSOR_H
 #define NEROVA_ZEL_POLARIZATION_PROCESSOR_H
 
-#include <stdint.h>
+#include <stdint.h> /* NOLINT(modernize-deprecated-headers): C callers have no <cstdint> */
 
 #if defined(_WIN32)
 #define NV_POLARIZATION_PROCESSOR_CALL __cdecl
@@ -40,7 +40,7 @@ extern "C" {
 #endif
 
 /** A processor: four calibration matrices and the computation route chosen for this computer. Opaque. */
-typedef struct nv_polarization_processor nv_polarization_processor;
+typedef struct nv_polarization_processor nv_polarization_processor; /* NOLINT(modernize-use-using) */
 
 /** Result of every function. Tests are made in a fixed order; the first that fails decides the code. */
 enum nv_polarization_processor_error {
