@@ -1,0 +1,178 @@
+#include "lifecycle/arrangement.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+#include "lifecycle/failing_allocation.h"
+
+namespace nerova_zel::test {
+
+namespace {
+
+constexpr char logger_file[] = "/nerova_zel_logger.so";
+constexpr char avx512_file[] = "/nerova_zel_polarization_processor_vector_avx512.so";
+constexpr char avx2_file[] = "/nerova_zel_polarization_processor_vector_avx2.so";
+
+Arrangement* current_arrangement = nullptr;
+
+bool is_loaded(const std::string& path) {
+  void* const module = dlopen(path.c_str(), RTLD_NOLOAD | RTLD_NOW);
+  if (module != nullptr) {
+    dlclose(module);
+  }
+  return module != nullptr;
+}
+
+/** Copies a library; the missing entry gets another name of the same length, which no look-up will find. */
+void copy_library(const std::string& from, const std::string& to, const std::string& missing_entry) {
+  if (missing_entry.empty()) {
+    std::filesystem::copy_file(from, to);
+    return;
+  }
+  std::ifstream source(from, std::ios::binary);
+  std::string bytes(std::istreambuf_iterator<char>(source), {});
+  const std::string entry = '\0' + missing_entry + '\0';
+  if (bytes.find(entry) == std::string::npos) {
+    throw std::logic_error(from + " has no entry " + missing_entry);
+  }
+  for (std::size_t at = bytes.find(entry); at != std::string::npos; at = bytes.find(entry, at)) {
+    bytes[at + 1] = 'X';
+  }
+  std::ofstream(to, std::ios::binary) << bytes;
+}
+
+/** A path on a Windows drive, shortened to what follows the directory of the whole suite. */
+std::string without_beginning(const std::string& path) {
+  const std::string suite = "\\polarization_processing_suite\\";
+  const std::size_t at = path.find(suite);
+  return path.compare(1, 2, ":\\") == 0 && at != std::string::npos ? "..." + path.substr(at + suite.size() - 1) : path;
+}
+
+/** Replaces the first number, if it has the form that "%f" gives it. */
+std::string without_number(std::string text) {
+  constexpr char digits[] = "0123456789";
+  const std::size_t begin = text.find_first_of(digits);
+  const std::size_t point = text.find_first_not_of(digits, begin);
+  const std::size_t end = text.find_first_not_of(digits, point + 1);
+  if (point == std::string::npos || text[point] != '.' || end - point != 7) {
+    return text;
+  }
+  return text.replace(begin, end - begin, "#");
+}
+
+}  // namespace
+
+void Journal::add(const std::string& event) {
+  const UncountedAllocation uncounted;
+  const std::lock_guard<std::mutex> lock(mutex_);
+  events_.push_back(event);
+}
+
+Events Journal::take() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return std::exchange(events_, {});
+}
+
+void* MockLogger::get_log(const char* module_name, const char* second_name, const char* configuration) {
+  const UncountedAllocation uncounted;
+  journal_.add(std::string("get_log ") + module_name + '|' + second_name + '|' + configuration);
+  return gives_handle ? this : nullptr;
+}
+
+std::int32_t MockLogger::log(void* log, std::int32_t level, const char* file, std::int32_t line, const char* function,
+                             const char* message) {
+  const UncountedAllocation uncounted;
+  std::string path = file;
+  std::string text = message;
+  if (level == 7) {
+    path = without_beginning(path);
+    text = without_number(text);
+  }
+  journal_.add((log == this ? "" : "wrong handle ") + std::to_string(level) + '|' + path + '|' + std::to_string(line) +
+               '|' + function + '|' + text);
+  return log_result;
+}
+
+void MockLogger::free_log(const char* module_name, const char* second_name) {
+  journal_.add(std::string("free_log ") + module_name + '|' + second_name);
+}
+
+std::int32_t MockPlugin::initialize() {
+  const UncountedAllocation uncounted;
+  journal_.add(name_ + " initialize");
+  return on_initialize();
+}
+
+void MockPlugin::transform(const void* parameters, const float* const* matrices) {
+  journal_.add(name_ + " transform");
+  on_transform(parameters, matrices);
+}
+
+void MockPlugin::terminate() {
+  const UncountedAllocation uncounted;
+  journal_.add(name_ + " terminate");
+}
+
+Arrangement::Arrangement() {
+  directory_ = (std::filesystem::temp_directory_path() / "nerova_zel_XXXXXX").string();
+  if (mkdtemp(directory_.data()) == nullptr) {
+    throw std::runtime_error("cannot make a directory like " + directory_);
+  }
+  current_arrangement = this;
+}
+
+Arrangement::~Arrangement() {
+  library_.reset();
+  std::filesystem::remove_all(directory_);
+  current_arrangement = nullptr;
+}
+
+void Arrangement::add_logger(const std::string& missing_entry) {
+  copy_library(NEROVA_MOCK_LOGGER, directory_ + logger_file, missing_entry);
+}
+
+void Arrangement::add_avx512(const std::string& missing_entry) {
+  copy_library(NEROVA_MOCK_AVX512, directory_ + avx512_file, missing_entry);
+}
+
+void Arrangement::add_avx2(const std::string& missing_entry) {
+  copy_library(NEROVA_MOCK_AVX2, directory_ + avx2_file, missing_entry);
+}
+
+bool Arrangement::logger_loaded() const { return is_loaded(directory_ + logger_file); }
+
+bool Arrangement::avx512_loaded() const { return is_loaded(directory_ + avx512_file); }
+
+bool Arrangement::avx2_loaded() const { return is_loaded(directory_ + avx2_file); }
+
+LoadedLibrary& Arrangement::library() {
+  if (!library_) {
+    const std::string path = directory_ + "/library.so";
+    copy_library(library_path(), path, {});
+    library_.emplace(path);
+  }
+  return *library_;
+}
+
+nv_polarization_processor* Arrangement::make_processor() {
+  nv_polarization_processor* processor = nullptr;
+  if (library().module_initialize() != 0 || library().create(&processor) != 0) {
+    throw std::runtime_error("cannot make a processor");
+  }
+  journal.take();
+  return processor;
+}
+
+}  // namespace nerova_zel::test
+
+nerova_zel::test::LoggerBehaviour& mock_logger_behaviour() { return nerova_zel::test::current_arrangement->logger; }
+
+nerova_zel::test::PluginBehaviour& mock_avx512_behaviour() { return nerova_zel::test::current_arrangement->avx512; }
+
+nerova_zel::test::PluginBehaviour& mock_avx2_behaviour() { return nerova_zel::test::current_arrangement->avx2; }

@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include "lifecycle/arrangement.h"
+#include "lifecycle/failing_allocation.h"
+#include "lifecycle/transform_call.h"
+
+namespace nerova_zel::test {
+namespace {
+
+const std::string get_log = "get_log NEROVA_ZEL_POLARIZATION_PROCESSOR||nerova_zel_logger.cfg";
+const std::string free_log = "free_log NEROVA_ZEL_POLARIZATION_PROCESSOR|";
+const std::string null_destroyed =
+    "2|nerova_zel_polarization_processor.cpp|300|nv_polarization_processor_destroy_polarization_processor|"
+    "ERROR:  The specified color processor handle is NULL!";
+
+/** All functions that need the module refuse, whatever the handle, and write nothing. */
+void expect_not_initialized(LoadedLibrary& library, nv_polarization_processor* processor) {
+  auto* created = reinterpret_cast<nv_polarization_processor*>(&library);
+  EXPECT_EQ(library.create(&created), 2);
+  EXPECT_EQ(created, reinterpret_cast<nv_polarization_processor*>(&library));
+  float matrix[16] = {5};
+  EXPECT_EQ(library.set_coefficients(processor, matrix, nullptr, nullptr, nullptr), 2);
+  EXPECT_EQ(library.get_coefficients(processor, matrix, nullptr, nullptr, nullptr), 2);
+  EXPECT_EQ(matrix[0], 5);
+  const TransformCall call(processor);
+  EXPECT_EQ(call.run(library), 2);
+  EXPECT_TRUE(call.outputs_untouched());
+  EXPECT_EQ(library.destroy(processor), 2);
+}
+
+TEST(Module, NothingWorksBeforeTheFirstInitialize) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+  expect_not_initialized(arrangement.library(), nullptr);
+  EXPECT_EQ(arrangement.journal.take(), Events());
+}
+
+TEST(Module, CountsInitializations) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  LoadedLibrary& library = arrangement.library();
+  EXPECT_EQ(library.module_initialize(), 0);
+  EXPECT_EQ(library.module_initialize(), 0);
+  EXPECT_EQ(arrangement.journal.take(), Events{get_log});
+  EXPECT_EQ(library.module_terminate(), 0);
+  EXPECT_EQ(arrangement.journal.take(), Events());
+  EXPECT_TRUE(arrangement.logger_loaded());
+  EXPECT_EQ(library.destroy(nullptr), 4);
+  EXPECT_EQ(arrangement.journal.take(), Events{null_destroyed});
+  EXPECT_EQ(library.module_terminate(), 0);
+  EXPECT_EQ(arrangement.journal.take(), Events{free_log});
+  EXPECT_FALSE(arrangement.logger_loaded());
+  EXPECT_EQ(library.module_terminate(), 0);  // one too many must not count below 0
+  EXPECT_EQ(library.module_initialize(), 0);
+  EXPECT_EQ(library.module_terminate(), 0);
+  EXPECT_EQ(arrangement.journal.take(), (Events{get_log, free_log}));
+}
+
+TEST(Module, ProcessorOutlivesTheLastTerminate) {
+  Arrangement arrangement;
+  LoadedLibrary& library = arrangement.library();
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  EXPECT_EQ(library.module_terminate(), 0);
+  expect_not_initialized(library, processor);
+  EXPECT_EQ(library.module_initialize(), 0);
+  EXPECT_EQ(TransformCall(processor).run(library), 0);
+  EXPECT_EQ(library.destroy(processor), 0);
+  EXPECT_EQ(library.module_terminate(), 0);
+}
+
+TEST(Module, LoggerThatLacksSomethingIsKeptButWritesNothing) {
+  struct Case {
+    const char* missing;
+    bool gives_handle;
+    Events expected;
+  };
+  for (const Case& fault :
+       {Case{"zel_get_log", true, {free_log}}, Case{"", false, {get_log, free_log}},
+        Case{"zel_log", true, {get_log, free_log}}, Case{"zel_free_log", true, {get_log, null_destroyed}}}) {
+    SCOPED_TRACE(fault.missing);
+    Arrangement arrangement;
+    arrangement.add_logger(fault.missing);
+    arrangement.logger.gives_handle = fault.gives_handle;
+    EXPECT_EQ(arrangement.library().module_initialize(), 0);
+    EXPECT_TRUE(arrangement.logger_loaded());
+    EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
+    EXPECT_EQ(arrangement.library().module_terminate(), 0);
+    EXPECT_EQ(arrangement.journal.take(), fault.expected);
+    EXPECT_FALSE(arrangement.logger_loaded());
+  }
+}
+
+TEST(Module, LoggerThatFailsIsIgnored) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  arrangement.logger.log_result = 1;
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  EXPECT_EQ(TransformCall(processor).run(arrangement.library()), 0);
+  EXPECT_EQ(arrangement.library().destroy(processor), 0);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+}
+
+TEST(Module, InitializeWithoutMemoryCountsButServesNothing) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  LoadedLibrary& library = arrangement.library();
+  for (int number = 0;; ++number) {
+    SCOPED_TRACE(number);
+    bool happened = false;
+    {
+      const FailingAllocation failing(number, FailingAllocation::Extent::Once);
+      EXPECT_EQ(library.module_initialize(), 0);
+      happened = failing.happened();
+      EXPECT_TRUE(!happened || failing.outstanding() == 0);
+    }
+    if (!happened) {
+      EXPECT_GT(number, 0);
+      break;
+    }
+    EXPECT_EQ(library.module_initialize(), 0);  // only the step from 0 to 1 makes a client
+    expect_not_initialized(library, nullptr);
+    EXPECT_EQ(library.module_terminate(), 0);
+    EXPECT_EQ(library.module_terminate(), 0);
+  }
+  EXPECT_EQ(library.destroy(nullptr), 4);
+  EXPECT_EQ(library.module_terminate(), 0);
+}
+
+TEST(Module, RecordThatFindsNoMemoryIsDropped) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  EXPECT_EQ(arrangement.library().module_initialize(), 0);
+  arrangement.journal.take();
+  {
+    const FailingAllocation failing(0, FailingAllocation::Extent::FromThenOn);
+    EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
+    EXPECT_TRUE(failing.happened());
+  }
+  EXPECT_EQ(arrangement.journal.take(), Events());
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+}
+
+}  // namespace
+}  // namespace nerova_zel::test

@@ -1,0 +1,244 @@
+// Which plugin, if any, computes a frame depends on the processor the test runs on; the tests named Routing are run on
+// emulated processors too, whose level NEROVA_CPU_LEVEL states.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+#include "lifecycle/arrangement.h"
+#include "lifecycle/transform_call.h"
+
+namespace nerova_zel::test {
+namespace {
+
+/** 0: built-in kernels, 1: AVX2 plugin, 2: AVX-512 plugin. */
+int cpu_level() {
+  if (const char* const stated = std::getenv("NEROVA_CPU_LEVEL")) {
+    return std::atoi(stated);
+  }
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw")) {
+    return 2;
+  }
+  return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? 1 : 0;
+}
+
+TEST(Routing, OnlyThePluginOfTheLevelComputes) {
+  const int level = cpu_level();
+  enum class State { Absent, Unwilling, Usable };
+  for (const State avx512 : {State::Absent, State::Unwilling, State::Usable}) {
+    for (const State avx2 : {State::Absent, State::Unwilling, State::Usable}) {
+      SCOPED_TRACE("AVX-512 " + std::to_string(static_cast<int>(avx512)) + ", AVX2 " +
+                   std::to_string(static_cast<int>(avx2)));
+      Arrangement arrangement;
+      Events terminated;
+      if (avx2 != State::Absent) {
+        arrangement.add_avx2();
+        terminated.emplace_back("avx2 terminate");
+      }
+      if (avx512 != State::Absent) {
+        arrangement.add_avx512();
+        terminated.emplace_back("avx512 terminate");
+      }
+      arrangement.avx512.on_initialize = [&] { return avx512 == State::Usable ? 0 : 1; };
+      arrangement.avx2.on_initialize = [&] { return avx2 == State::Usable ? 0 : -1; };
+      nv_polarization_processor* const processor = arrangement.make_processor();
+
+      const bool by_avx512 = level == 2 && avx512 == State::Usable;
+      const bool by_avx2 = level == 1 && avx2 == State::Usable;
+      const TransformCall call(processor);
+      EXPECT_EQ(call.run(arrangement.library()), 0);
+      EXPECT_EQ(arrangement.journal.take(), by_avx512 ? Events{"avx512 transform"}
+                                            : by_avx2 ? Events{"avx2 transform"}
+                                                      : Events());
+      EXPECT_EQ(call.outputs_untouched(), by_avx512 || by_avx2);  // these mocks compute nothing
+
+      EXPECT_EQ(arrangement.library().destroy(processor), 0);
+      EXPECT_EQ(arrangement.journal.take(), terminated);
+      EXPECT_EQ(arrangement.library().module_terminate(), 0);
+    }
+  }
+}
+
+/** A processor on which a mock plugin computes; both behave alike, so the level need only not be 0. */
+class RoutingToPlugin : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (cpu_level() == 0) {
+      GTEST_SKIP() << "this processor has neither AVX2 nor AVX-512";
+    }
+    arrangement.add_avx512();
+    arrangement.add_avx2();
+    processor = arrangement.make_processor();
+  }
+
+  void TearDown() override {
+    if (processor != nullptr) {
+      EXPECT_EQ(arrangement.library().destroy(processor), 0);
+      EXPECT_EQ(arrangement.library().module_terminate(), 0);
+    }
+  }
+
+  template <class Function>
+  void on_transform(Function function) {
+    arrangement.avx512.on_transform = function;
+    arrangement.avx2.on_transform = function;
+  }
+
+  Arrangement arrangement;
+  nv_polarization_processor* processor = nullptr;
+};
+
+/** Reads a record field by field: each lies at the next multiple of its own size. */
+class FieldReader {
+ public:
+  explicit FieldReader(const void* record) : record_(static_cast<const unsigned char*>(record)) {}
+
+  template <class Value>
+  Value next() {
+    offset_ = (offset_ + sizeof(Value) - 1) / sizeof(Value) * sizeof(Value);
+    Value value;
+    std::memcpy(&value, record_ + offset_, sizeof(Value));
+    offset_ += sizeof(Value);
+    return value;
+  }
+
+ private:
+  const unsigned char* record_;
+  std::size_t offset_ = 0;
+};
+
+TEST_F(RoutingToPlugin, RecordHoldsTheCall) {
+  TransformCall call(processor);
+  call.frame.assign(6, 100);
+  call.input = call.frame.data();
+  call.width = 3;
+  call.phase = 3;
+  call.images[1] = nullptr;
+  int calls = 0;
+  on_transform([&](const void* record, const float* const* /*matrices*/) {
+    ++calls;
+    FieldReader reader(record);
+    EXPECT_EQ(reader.next<std::int32_t>(), call.height);
+    EXPECT_EQ(reader.next<std::int32_t>(), call.width);
+    EXPECT_EQ(reader.next<std::int32_t>(), call.phase);
+    EXPECT_EQ(reader.next<const std::uint16_t*>(), call.input);
+    EXPECT_EQ(reader.next<std::int32_t>(), call.bit_depth);
+    EXPECT_EQ(reader.next<float>(), static_cast<float>((1 << call.bit_depth) - 1));
+    EXPECT_EQ(reader.next<float>(), static_cast<float>(call.output_maximum));
+    EXPECT_EQ(reader.next<std::uint32_t>(), call.output_maximum);
+    EXPECT_EQ(reader.next<float*>(), call.stokes);
+    for (std::uint16_t* const image : call.images) {
+      EXPECT_EQ(reader.next<std::uint16_t*>(), image);
+    }
+  });
+  for (const std::int32_t bit_depth : {0, 1, 12, 16}) {
+    for (const std::uint16_t output_maximum : {std::uint16_t{1}, std::uint16_t{65535}}) {
+      call.bit_depth = bit_depth;
+      call.output_maximum = output_maximum;
+      EXPECT_EQ(call.run(arrangement.library()), 0);
+    }
+  }
+  EXPECT_EQ(calls, 8);
+}
+
+/** The matrix number of each parity index follows from the polarizers' angles in units of 45 degrees. */
+constexpr std::array<float, 4> super_pixels[] = {{0, 3, 1, 2}, {1, 2, 0, 3}, {2, 1, 3, 0}, {3, 0, 2, 1}};
+
+TEST_F(RoutingToPlugin, OriginIsFoldedIntoPhaseAndMatrices) {
+  float matrices[4][16] = {{0}, {1}, {2}, {3}};
+  EXPECT_EQ(arrangement.library().set_coefficients(processor, matrices[0], matrices[1], matrices[2], matrices[3]), 0);
+
+  std::int32_t phase = 0;
+  std::array<float, 4> row = {};
+  on_transform([&](const void* record, const float* const* pointers) {
+    std::memcpy(&phase, static_cast<const char*>(record) + 8, sizeof(phase));
+    row = {pointers[0][0], pointers[1][0], pointers[2][0], pointers[3][0]};
+  });
+
+  struct Fold {
+    std::vector<std::array<std::int32_t, 2>> origins;
+    std::array<std::int32_t, 4> phases;  ///< what 0, 1, 2, 3 become
+    std::int32_t negative;               ///< what a negative phase becomes
+  };
+  const Fold folds[] = {
+      {{{0, 0}, {2, 4}, {-2, -4}, {INT_MIN, 0}}, {0, 1, 2, 3}, -5},
+      {{{0, 1}, {6, 3}, {-2, INT_MAX}}, {1, 0, 3, 2}, 1},
+      {{{1, 0}, {5, -2}, {INT_MAX, 2}}, {3, 2, 1, 0}, 3},
+      {{{1, 1}, {-1, 0}, {-3, 1}, {0, -1}, {2, -5}, {-1, -1}, {1, -1}, {INT_MIN + 1, 4}}, {2, 3, 0, 1}, 2},
+  };
+  TransformCall call(processor);
+  for (const Fold& fold : folds) {
+    for (const auto& [x, y] : fold.origins) {
+      for (const std::int32_t given : {0, 1, 2, 3, -5}) {
+        SCOPED_TRACE("phase " + std::to_string(given) + " at " + std::to_string(x) + ", " + std::to_string(y));
+        call.phase = given;
+        call.origin_x = x;
+        call.origin_y = y;
+        const std::int32_t expected = given < 0 ? fold.negative : fold.phases[static_cast<std::size_t>(given)];
+        EXPECT_EQ(call.run(arrangement.library()), 0);
+        EXPECT_EQ(phase, expected);
+        EXPECT_EQ(row, super_pixels[expected < 0 ? 0 : expected]);
+      }
+    }
+  }
+}
+
+TEST_F(RoutingToPlugin, PluginThatThrowsIsContained) {
+  on_transform([](const void* /*record*/, const float* const* /*matrices*/) { throw 1; });
+  EXPECT_EQ(TransformCall(processor).run(arrangement.library()), 0);
+}
+
+#if defined(__i386__)
+
+/** Calls a C function with the stack off its 16-byte alignment by so many bytes. */
+std::int32_t call_misaligned(void* function, const std::vector<std::uint32_t>& arguments, std::uint32_t offset) {
+  std::int32_t result = 0;
+  const std::uint32_t* last = arguments.data() + arguments.size();
+  std::uint32_t count = static_cast<std::uint32_t>(arguments.size());
+  const std::uint32_t padding = (0U - 4 * count - offset) & 15U;
+  __asm__ volatile(
+      "movl %%esp, %%edi\n"
+      "andl $-16, %%esp\n"
+      "subl %[padding], %%esp\n"
+      "1: subl $4, %[last]\n"
+      "pushl (%[last])\n"
+      "decl %[count]\n"
+      "jnz 1b\n"
+      "call *%[function]\n"
+      "movl %%edi, %%esp\n"
+      : "=a"(result), [count] "+c"(count), [last] "+d"(last)
+      : [padding] "b"(padding), [function] "S"(function)
+      : "edi", "memory", "cc");
+  return result;
+}
+
+template <class Value>
+std::uint32_t slot(Value value) {
+  static_assert(sizeof(Value) == sizeof(std::uint32_t));
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &value, sizeof(bits));
+  return bits;
+}
+
+TEST_F(RoutingToPlugin, StackOfTheCallerMayBeMisaligned) {
+  LoadedLibrary& library = arrangement.library();
+  const TransformCall call(processor);
+  for (const std::uint32_t offset : {0U, 4U, 8U, 12U}) {
+    EXPECT_EQ(call_misaligned(library.find("nv_polarization_processor_transform"),
+                              {slot(call.processor), 0, slot(call.input), 0, 0, 2, 2, 12, 4095, slot(call.stokes),
+                               slot(call.images[0]), slot(call.images[1]), slot(call.images[2]), slot(call.images[3]),
+                               slot(call.images[4])},
+                              offset),
+              0);
+  }
+  EXPECT_EQ(arrangement.journal.take().size(), 4U);
+  EXPECT_TRUE(arrangement.avx512.stack_was_aligned && arrangement.avx2.stack_was_aligned);
+}
+
+#endif
+
+}  // namespace
+}  // namespace nerova_zel::test

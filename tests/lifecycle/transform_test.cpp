@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "lifecycle/arrangement.h"
+#include "lifecycle/transform_call.h"
+
+namespace nerova_zel::test {
+namespace {
+
+const std::string time_record =
+    "7|...\\polarization_processor\\nerova_zel_polarization_processor.cpp|190|nv_polarization_processor_transform|"
+    "transform takes # microseconds.";
+const std::string null_record =
+    "2|nerova_zel_polarization_processor.cpp|194|nv_polarization_processor_transform|"
+    "ERROR:  The specified polarization processor handle is NULL!";
+
+struct Fault {
+  std::int32_t code;
+  void (*spoil)(TransformCall& call);
+};
+
+/** In the order of the checks. */
+const Fault faults[] = {
+    {4, [](TransformCall& call) { call.processor = nullptr; }},
+    {9, [](TransformCall& call) { call.phase = 4; }},
+    {9, [](TransformCall& call) { call.phase = INT_MAX; }},
+    {5, [](TransformCall& call) { call.input = nullptr; }},
+    {6,
+     [](TransformCall& call) {
+       call.stokes = nullptr;
+       std::fill(std::begin(call.images), std::end(call.images), nullptr);
+     }},
+    {7, [](TransformCall& call) { call.stokes = reinterpret_cast<float*>(call.frame.data()); }},
+    {7, [](TransformCall& call) { call.images[4] = call.frame.data(); }},
+    {8, [](TransformCall& call) { call.images[0] = reinterpret_cast<std::uint16_t*>(call.stokes); }},
+    {8, [](TransformCall& call) { call.images[4] = call.images[3]; }},
+    {8, [](TransformCall& call) { call.images[3] = call.images[1]; }},
+    {11, [](TransformCall& call) { call.width = 1; }},
+    {11, [](TransformCall& call) { call.width = INT_MIN; }},
+    {12, [](TransformCall& call) { call.height = 1; }},
+    {12, [](TransformCall& call) { call.height = -2; }},
+    {10, [](TransformCall& call) { call.output_maximum = 0; }},
+    {13, [](TransformCall& call) { call.bit_depth = 17; }},
+    {13, [](TransformCall& call) { call.bit_depth = -1; }},
+};
+
+TEST(Transform, FirstFaultDecidesTheCode) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  for (const Fault& first : faults) {
+    for (const Fault* second = &first; second != std::end(faults); ++second) {
+      if (second != &first && second->code == first.code) {
+        continue;
+      }
+      SCOPED_TRACE("faults " + std::to_string(first.code) + " and " + std::to_string(second->code));
+      TransformCall call(processor);
+      second->spoil(call);
+      first.spoil(call);
+      EXPECT_EQ(call.run(arrangement.library()), first.code);
+      EXPECT_TRUE(call.outputs_untouched());
+      EXPECT_EQ(arrangement.journal.take(), first.code == 4 ? (Events{null_record, time_record}) : Events{time_record});
+    }
+  }
+  EXPECT_EQ(arrangement.library().destroy(processor), 0);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+}
+
+TEST(Transform, AcceptsTheLimits) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  for (const std::int32_t phase : {INT_MIN, -1, 0, 3}) {
+    for (const std::int32_t bit_depth : {0, 16}) {
+      for (const std::uint16_t output_maximum : {std::uint16_t{1}, std::uint16_t{65535}}) {
+        TransformCall call(processor);
+        call.phase = phase;
+        call.bit_depth = bit_depth;
+        call.output_maximum = output_maximum;
+        EXPECT_EQ(call.run(arrangement.library()), 0);
+        EXPECT_FALSE(call.outputs_untouched());
+        EXPECT_EQ(arrangement.journal.take(), Events{time_record});
+      }
+    }
+  }
+  for (int wanted = 0; wanted < 6; ++wanted) {  // missing outputs do not count as equal ones
+    TransformCall call(processor);
+    call.stokes = wanted == 5 ? call.stokes : nullptr;
+    for (int image = 0; image < 5; ++image) {
+      call.images[image] = wanted == image ? call.images[image] : nullptr;
+    }
+    EXPECT_EQ(call.run(arrangement.library()), 0);
+    EXPECT_FALSE(call.outputs_untouched());
+  }
+  EXPECT_EQ(arrangement.library().destroy(processor), 0);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+}
+
+/** transform as compilers may call it that leave garbage in the upper half of a 16-bit argument's slot. */
+using TransformWithWideMaximum = std::int32_t (*)(nv_polarization_processor*, std::int32_t, const std::uint16_t*,
+                                                  std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                                                  std::uint32_t, float*, std::uint16_t*, std::uint16_t*, std::uint16_t*,
+                                                  std::uint16_t*, std::uint16_t*);
+
+TEST(Transform, IgnoresTheUpperHalfOfTheOutputMaximum) {
+  Arrangement arrangement;
+  LoadedLibrary& library = arrangement.library();
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  const auto transform =
+      reinterpret_cast<TransformWithWideMaximum>(library.find("nv_polarization_processor_transform"));
+  const auto run = [&](TransformCall& call, std::uint32_t maximum) {
+    return transform(call.processor, 0, call.input, 0, 0, 2, 2, 12, maximum, call.stokes, call.images[0],
+                     call.images[1], call.images[2], call.images[3], call.images[4]);
+  };
+  TransformCall plain(processor);
+  TransformCall dirty(processor);
+  EXPECT_EQ(run(plain, 4000), 0);
+  EXPECT_EQ(run(dirty, 0xFFFF0000U | 4000U), 0);
+  EXPECT_EQ(dirty.image_buffers, plain.image_buffers);
+  EXPECT_EQ(run(dirty, 0xFFFF0000U), 10);
+  EXPECT_EQ(library.destroy(processor), 0);
+  EXPECT_EQ(library.module_terminate(), 0);
+}
+
+}  // namespace
+}  // namespace nerova_zel::test

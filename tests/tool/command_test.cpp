@@ -1,0 +1,152 @@
+#include <cmath>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <utility>
+
+#include "tool_run.h"
+
+namespace nerova_zel::test {
+namespace {
+
+template <class Element>
+std::string bytes_of(const Element* elements, std::size_t count) {
+  return {reinterpret_cast<const char*>(elements), count * sizeof(Element)};
+}
+
+/** Whether the picture in a file has exactly these elements, bit for bit. */
+template <class Element>
+bool holds(const std::string& file, const std::vector<Element>& elements) {
+  const cv::Mat picture = cv::imread(file, cv::IMREAD_UNCHANGED);
+  return picture.type() == cv::traits::Type<Element>::value &&
+         bytes_of(picture.ptr<Element>(), picture.total()) == bytes_of(elements.data(), elements.size());
+}
+
+std::vector<float> component(const std::vector<float>& pairs, std::size_t which) {
+  std::vector<float> values;
+  for (std::size_t i = which; i < pairs.size(); i += 2) {
+    values.push_back(pairs[i]);
+  }
+  return values;
+}
+
+class CommandTest : public ToolTest {
+ protected:
+  /** A simulated frame through a file and both commands, against the same by direct calls. */
+  void expect_exact(const std::string& name, int bit_depth, const std::string& format, const std::string& options);
+};
+
+void CommandTest::expect_exact(const std::string& name, int bit_depth, const std::string& format,
+                               const std::string& options) {
+  SCOPED_TRACE(name);
+  CameraSettings camera;
+  camera.width = 37;
+  camera.height = 30;
+  camera.bit_depth = bit_depth;
+  camera.layout = MosaicLayout(135);
+  camera.origin_x = 3;
+  camera.full_well = 5000;
+  camera.seed = 7;
+  const auto frame = simulate_frame(SimulatedScene(camera.width, camera.height, {}), camera);
+  const Outputs expected = transform_by_library(camera, frame, 4095);
+
+  const std::string sensor = " --layout 135 --origin 3,0 ";
+  const RunResult simulated = run("simulate " + name + sensor + "--size 37x30 --photons 5000 --seed 7 --bit-depth " +
+                                  std::to_string(bit_depth));
+  ASSERT_EQ(simulated.exit_code, 0) << simulated.errors;
+  const RunResult transformed =
+      run("transform " + name + sensor + "--output-max 4095 --out results --format " + format + " " + options);
+  ASSERT_EQ(transformed.exit_code, 0) << transformed.errors;
+  EXPECT_EQ(transformed.errors, "");
+  EXPECT_NE(transformed.output.find("Mpixel/s"), std::string::npos) << transformed.output;
+
+  const std::string stem = path("results/" + name.substr(0, name.find('.')));
+  const std::string end = "." + format;
+  EXPECT_TRUE(holds(stem + "_s1.tiff", component(expected.stokes, 0)));
+  EXPECT_TRUE(holds(stem + "_s2.tiff", component(expected.stokes, 1)));
+  EXPECT_TRUE(holds(stem + "_power" + end, expected.power));
+  EXPECT_TRUE(holds(stem + "_hv" + end, expected.hv));
+  EXPECT_TRUE(holds(stem + "_diagonal" + end, expected.diagonal));
+  EXPECT_TRUE(holds(stem + "_azimuth" + end, expected.azimuth));
+  EXPECT_TRUE(holds(stem + "_dolp" + end, expected.dolp));
+  EXPECT_EQ(cv::imread(stem + "_sheet.png", cv::IMREAD_UNCHANGED).cols, 2400);
+}
+
+// Every kind of file goes through both commands without a bit changed, down to frames of one bit, which hold pixels
+// without light whose normalized pair is not a number. A PGM says its bit depth itself.
+TEST_F(CommandTest, EveryKindOfFrameGivesWhatTheLibraryComputes) {
+  expect_exact("a.png", 8, "png", "");
+  expect_exact("b.png", 12, "png", "--bit-depth 12");
+  expect_exact("c.tif", 8, "tiff", "");
+  expect_exact("d.tiff", 16, "tiff", "");
+  expect_exact("e.pgm", 1, "png", "");
+  expect_exact("f.PGM", 12, "png", "");
+  expect_exact("g.raw", 7, "png", "--bit-depth 7 --raw 37x30");
+  expect_exact("h.raw", 14, "tiff", "--bit-depth 14 --raw 37x30");
+}
+
+TEST_F(CommandTest, TruthIsThatOfTheScene) {
+  ASSERT_EQ(run("simulate s.png --size 64x48 --truth truth").exit_code, 0);
+  CameraSettings camera;
+  camera.width = 64;
+  camera.height = 48;
+  const SimulatedScene scene(camera.width, camera.height, {});
+  std::vector<float> angles;
+  std::vector<float> degrees;
+  for (int y = 0; y < camera.height; ++y) {
+    for (int x = 0; x < camera.width; ++x) {
+      const StokesVector light = true_light(scene, camera, x, y);
+      angles.push_back(static_cast<float>(light.angle_degrees()));
+      degrees.push_back(static_cast<float>(light.degree()));
+    }
+  }
+  EXPECT_TRUE(holds(path("truth/s_true_angle.tiff"), angles));
+  EXPECT_TRUE(holds(path("truth/s_true_degree.tiff"), degrees));
+}
+
+TEST_F(CommandTest, WritesWhatIsWantedAndNoMore) {
+  ASSERT_EQ(run("simulate s.png --size 64x48").exit_code, 0);
+  ASSERT_EQ(run("transform s.png --bit-depth 12 --outputs dolp,sheet --out new/results --repeat 1").exit_code, 0);
+  EXPECT_EQ(listing(), (std::set<std::string>{"new", "new/results", "new/results/s_dolp.png", "new/results/s_sheet.png",
+                                              "s.png"}));
+}
+
+TEST_F(CommandTest, SheetShowsTheAngleAsHueAndTheDegreeAsBrightness) {
+  constexpr int size = 64;
+  for (const double angle : {0.0, 30.0, 60.0, 90.0, 135.0, 170.0}) {
+    for (const double degree : {0.4, 0.9}) {
+      SCOPED_TRACE(::testing::Message() << angle << " degrees, degree " << degree);
+      const double twice = angle * CV_PI / 90.0;
+      const StokesVector light{0.5, 0.5 * degree * std::cos(twice), 0.5 * degree * std::sin(twice)};
+      std::vector<std::uint16_t> frame;
+      for (int y = 0; y < size; ++y) {
+        for (int x = 0; x < size; ++x) {
+          frame.push_back(
+              static_cast<std::uint16_t>(std::lround(65535 * light.behind_polarizer(MosaicLayout(45).angle_at(x, y)))));
+        }
+      }
+      write_pgm("even.pgm", frame, size, size, 16);
+      ASSERT_EQ(run("transform even.pgm --layout 45 --outputs sheet --degree-max 1").exit_code, 0);
+      const cv::Mat sheet = cv::imread(path("even_sheet.png"));
+      ASSERT_FALSE(sheet.empty());
+      cv::Mat hsv;
+      sheet(cv::Rect(sheet.cols / 2, 500, 1, 1)).convertTo(hsv, CV_32F, 1.0 / 255.0);
+      cv::cvtColor(hsv, hsv, cv::COLOR_BGR2HSV);
+      const auto shown = hsv.at<cv::Vec3f>(0);
+      EXPECT_LT(std::abs(std::remainder(shown[0] / 2.0 - angle, 180.0)), 0.5);
+      EXPECT_NEAR(shown[1], 1.0, 0.01);
+      EXPECT_NEAR(shown[2], degree, 0.01);
+    }
+  }
+}
+
+TEST_F(CommandTest, DrawsSheetsOfAnyShape) {
+  for (const auto& [width, height] : {std::pair{2, 2}, {2, 900}, {3000, 3}, {5000, 2}, {7, 5}}) {
+    SCOPED_TRACE(::testing::Message() << width << " x " << height);
+    write_pgm("shape.pgm", std::vector<std::uint16_t>(static_cast<std::size_t>(width * height)), width, height, 12);
+    const RunResult result = run("transform shape.pgm --outputs sheet");
+    EXPECT_EQ(result.exit_code, 0) << result.errors;
+  }
+}
+
+}  // namespace
+}  // namespace nerova_zel::test

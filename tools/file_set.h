@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace nerova_zel {
+
+/**
+ * Files that appear together or not at all. Each is first written under a temporary name beside its place; commit gives
+ * them their names. What was not committed is removed again, made directories included. Throws Failure.
+ */
+class FileSet {
+ public:
+  FileSet() = default;
+  ~FileSet();
+  FileSet(const FileSet&) = delete;
+  FileSet& operator=(const FileSet&) = delete;
+
+  /** Makes a directory, and those above it, where missing. */
+  void make_directory(const std::filesystem::path& directory);
+
+  void write(const std::filesystem::path& path, const std::vector<unsigned char>& bytes);
+
+  void commit();
+
+ private:
+  struct Entry {
+    std::filesystem::path temporary;
+    std::filesystem::path path;
+  };
+  std::vector<Entry> entries_;
+  std::vector<std::filesystem::path> made_directories_;
+  bool committed_ = false;
+};
+
+}  // namespace nerova_zel

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "nerova_zel/polarization_processor.h"
+
+namespace nerova_zel {
+
+/** One frame, as handed to the library. */
+struct TransformInput {
+  int phase = 0;
+  const std::uint16_t* pixels = nullptr;
+  int origin_x = 0;
+  int origin_y = 0;
+  int width = 0;
+  int height = 0;
+  int bit_depth = 0;
+  std::uint16_t output_maximum = 0;
+};
+
+/** Where the results go; NULL where one is not wanted. */
+struct TransformOutput {
+  float* normalized_stokes = nullptr;
+  std::uint16_t* total_power = nullptr;
+  std::uint16_t* horizontal_vertical = nullptr;
+  std::uint16_t* diagonal = nullptr;
+  std::uint16_t* azimuth = nullptr;
+  std::uint16_t* degree_of_linear_polarization = nullptr;
+};
+
+/**
+ * The polarization processor library, opened at run time, with one processor. Everything is released on destruction,
+ * in reverse order. Throws Failure.
+ */
+class Library {
+ public:
+  /**
+   * Opens the library at `path`; if empty, the one that lies in ../lib beside the program or in the program's own
+   * directory, else whatever the system's ordinary search finds.
+   */
+  explicit Library(const std::string& path);
+  ~Library();
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+
+  void transform(const TransformInput& input, const TransformOutput& output) const;
+
+ private:
+  template <class Function>
+  void resolve(Function& function, const char* name);
+  void start();
+  void close();
+
+  std::string path_;
+  void* module_ = nullptr;
+  bool initialized_ = false;
+  nv_polarization_processor* processor_ = nullptr;
+  decltype(&nv_polarization_processor_module_initialize) module_initialize_ = nullptr;
+  decltype(&nv_polarization_processor_module_terminate) module_terminate_ = nullptr;
+  decltype(&nv_polarization_processor_create_polarization_processor) create_ = nullptr;
+  decltype(&nv_polarization_processor_destroy_polarization_processor) destroy_ = nullptr;
+  decltype(&nv_polarization_processor_transform) transform_ = nullptr;
+};
+
+}  // namespace nerova_zel

@@ -1,0 +1,90 @@
+#include "option_values.h"
+
+#include <map>
+#include <optional>
+#include <sstream>
+#include <utility>
+
+#include "failure.h"
+
+namespace nerova_zel {
+
+namespace {
+
+/** Two whole numbers from `least` to `greatest` with `separator` between, and nothing else. */
+std::optional<std::pair<int, int>> two_numbers(const std::string& text, char separator, int least, int greatest) {
+  std::istringstream stream(text);
+  int first = 0;
+  int second = 0;
+  char between = 0;
+  if (!(stream >> std::noskipws >> first >> between >> second) || between != separator || stream.peek() != EOF) {
+    return std::nullopt;
+  }
+  if (first < least || first > greatest || second < least || second > greatest) {
+    return std::nullopt;
+  }
+  return std::make_pair(first, second);
+}
+
+}  // namespace
+
+FrameSize parse_size(const std::string& option, const std::string& text) {
+  constexpr int most_pixels = 1 << 28;
+  const auto numbers = two_numbers(text, 'x', 2, most_pixels);
+  if (!numbers || numbers->second > most_pixels / numbers->first) {
+    throw Failure(option + " " + text + " is not a size; it should read like 2448x2048, at least 2x2 and at most " +
+                  std::to_string(most_pixels) + " pixels in all.");
+  }
+  return {numbers->first, numbers->second};
+}
+
+Origin parse_origin(const std::string& text) {
+  const auto numbers = two_numbers(text, ',', 0, 1'000'000'000);
+  if (!numbers) {
+    throw Failure("--origin " + text + " is not a place on the sensor; it should read like 0,0 or 101,64.");
+  }
+  return {numbers->first, numbers->second};
+}
+
+std::set<OutputKind> parse_outputs(const std::string& text) {
+  static const std::map<std::string, OutputKind> kinds = {
+      {"stokes", OutputKind::stokes},     {"power", OutputKind::power},     {"hv", OutputKind::hv},
+      {"diagonal", OutputKind::diagonal}, {"azimuth", OutputKind::azimuth}, {"dolp", OutputKind::dolp},
+      {"sheet", OutputKind::sheet}};
+  std::set<OutputKind> wanted;
+  std::istringstream stream(text);
+  std::string name;
+  while (std::getline(stream, name, ',')) {
+    if (name == "all") {
+      for (const auto& kind : kinds) {
+        wanted.insert(kind.second);
+      }
+    } else if (const auto kind = kinds.find(name); kind != kinds.end()) {
+      wanted.insert(kind->second);
+    } else {
+      throw Failure("--outputs knows no \"" + name +
+                    "\"; it takes all, or a list of stokes, power, hv, diagonal, azimuth, dolp and sheet.");
+    }
+  }
+  if (wanted.empty()) {
+    throw Failure(
+        "--outputs is empty; it takes all, or a list of stokes, power, hv, diagonal, azimuth, dolp and sheet.");
+  }
+  return wanted;
+}
+
+void check_layout(int degrees) {
+  if (degrees != 0 && degrees != 45 && degrees != 90 && degrees != 135) {
+    throw Failure("--layout " + std::to_string(degrees) +
+                  " is no polarizer of the mosaic; it must be 0, 45, 90 or 135.");
+  }
+}
+
+void check_range(const std::string& option, long long value, long long least, long long greatest) {
+  if (value < least || value > greatest) {
+    throw Failure(option + " " + std::to_string(value) + " is out of range; it must be " + std::to_string(least) +
+                  " to " + std::to_string(greatest) + ".");
+  }
+}
+
+}  // namespace nerova_zel

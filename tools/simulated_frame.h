@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "mosaic_layout.h"
+#include "simulated_scene.h"
+
+namespace nerova_zel {
+
+/** The camera that looks at the scene. */
+struct CameraSettings {
+  int width = 2448;
+  int height = 2048;
+  /** 1 to 16; full scale is 2^bit_depth - 1. */
+  int bit_depth = 12;
+  MosaicLayout layout = MosaicLayout(90);
+  /** Sensor coordinates of the frame's top-left pixel, at least 0. */
+  int origin_x = 0;
+  int origin_y = 0;
+  /** Photo-electrons that fill a pixel to full scale; 0 for a camera without shot noise. */
+  double full_well = 0.0;
+  std::uint64_t seed = 1;
+};
+
+/** Raw mosaic frame, width * height pixels, row by row. The same settings give the same frame. */
+std::vector<std::uint16_t> simulate_frame(const SimulatedScene& scene, const CameraSettings& camera);
+
+/**
+ * The light that the output pixel (x, y) of a transform stands for: at the centre of the 2 x 2 neighbourhood it is
+ * computed from, which lies inwards in the last column and row.
+ */
+StokesVector true_light(const SimulatedScene& scene, const CameraSettings& camera, int x, int y);
+
+}  // namespace nerova_zel
