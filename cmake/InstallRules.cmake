@@ -7,7 +7,12 @@ install(TARGETS nerova_zel_polarization_processor EXPORT nerova_polarization_pro
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 # Companions lie beside the library, where it looks for them.
-install(TARGETS nerova_zel_logger LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS
+  nerova_zel_logger
+  nerova_zel_polarization_processor_vector_avx2
+  nerova_zel_polarization_processor_vector_avx512
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/nerova_zel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/nerova_polarization_processor)

@@ -10,10 +10,18 @@ namespace {
 
 constexpr std::array<const char*, static_cast<std::size_t>(SampleKind::Count)> sample_kind_names = {
     "zeros", "saturated", "65535", "uniform", "ramp", "few values", "equal neighbours", "within depth", "above depth"};
-constexpr std::array<const char*, static_cast<std::size_t>(MatrixKind::Count)> matrix_kind_names = {"default", "mild",
-                                                                                                    "hostile"};
+constexpr std::array<const char*, static_cast<std::size_t>(MatrixKind::Count)> matrix_kind_names = {"default", "border",
+                                                                                                    "mild", "hostile"};
 
 int full_scale(int bit_depth) { return (1 << bit_depth) - 1; }
+
+void flip_one_bit(CalibrationMatrices& matrices, Random& random) {
+  float& entry = matrices[static_cast<std::size_t>(random.below(4))][static_cast<std::size_t>(random.below(16))];
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &entry, sizeof bits);
+  bits ^= random.one_in(2) ? 1U : 0x80000000U;
+  std::memcpy(&entry, &bits, sizeof bits);
+}
 
 void make_mild(CalibrationMatrix& matrix, Random& random) {
   for (float& entry : matrix) {
@@ -121,6 +129,9 @@ std::vector<std::uint16_t> make_samples(const FrameCase& frame_case) {
 CalibrationMatrices make_matrices(const FrameCase& frame_case) {
   Random random(~frame_case.seed);
   CalibrationMatrices matrices = default_matrices();
+  if (frame_case.matrices == MatrixKind::Border) {
+    flip_one_bit(matrices, random);
+  }
   for (CalibrationMatrix& matrix : matrices) {
     if (frame_case.matrices == MatrixKind::Mild) {
       make_mild(matrix, random);

@@ -42,6 +42,7 @@ enum class SampleKind {
 
 enum class MatrixKind {
   Default,
+  Border,   // the default ones, with one bit of one entry flipped: the lowest or the sign
   Mild,     // a real calibration: near the default ones
   Hostile,  // rows of special values, zero rows and rows of the default matrices mixed
   Count

@@ -1,0 +1,107 @@
+// The real plugins, called as the library calls them.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <immintrin.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "kernels/default_calibration.h"
+#include "support/loaded_library.h"
+
+namespace nerova_zel::test {
+namespace {
+
+/** What this processor (or the emulated one) runs: 0 no plugin, 1 the AVX2 plugin, 2 both. */
+int cpu_level() {
+  const char* const level = std::getenv("NEROVA_CPU_LEVEL");
+  return level != nullptr ? std::atoi(level) : 2;
+}
+
+class Plugin {
+ public:
+  explicit Plugin(const std::string& set) : set_(set) {
+    const std::string library = library_path();
+    const std::string path =
+        library.substr(0, library.rfind('/') + 1) + "nerova_zel_polarization_processor_vector_" + set + ".so";
+    module_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    EXPECT_NE(module_, nullptr) << dlerror();
+  }
+  ~Plugin() { dlclose(module_); }
+  Plugin(const Plugin&) = delete;
+  Plugin& operator=(const Plugin&) = delete;
+
+  std::int32_t initialize() const {
+    return reinterpret_cast<std::int32_t (*)()>(
+        find("nv_polarization_processor_vector_" + set_ + "_module_initialize"))();
+  }
+
+  void transform(const TransformParameters& parameters, MatrixRow matrices) const {
+    reinterpret_cast<void (*)(const TransformParameters*, MatrixRow)>(
+        find("nv_polarization_processor_transform_vector_" + set_))(&parameters, matrices);
+  }
+
+ private:
+  void* find(const std::string& name) const { return dlsym(module_, name.c_str()); }
+
+  std::string set_;
+  void* module_;
+};
+
+TEST(RealPlugins, InitializeOnlyWhereTheyRun) {
+  EXPECT_EQ(Plugin("avx2").initialize() == 0, cpu_level() >= 1);
+  EXPECT_EQ(Plugin("avx512").initialize() == 0, cpu_level() >= 2);
+}
+
+/** Whether the upper halves of ymm0-15 or zmm0-15 hold anything but zero. */
+__attribute__((target("xsave"))) bool wide_registers_in_use() {
+  constexpr auto ymm_and_zmm_halves = 0x44U;
+  return (static_cast<unsigned>(_xgetbv(1)) & ymm_and_zmm_halves) != 0;
+}
+
+// Assembler, because the compiler cleans up after intrinsics by itself.
+void use_wide_registers() { __asm__ volatile("vcmptrueps %%ymm7, %%ymm7, %%ymm7" : : : "xmm7"); }
+void clean_wide_registers() { __asm__ volatile("vzeroupper"); }
+
+class CleanRegisters : public testing::TestWithParam<const char*> {};
+
+TEST_P(CleanRegisters, AfterFramesOfEveryPath) {
+  const Plugin plugin(GetParam());
+  ASSERT_EQ(plugin.initialize(), 0);
+  const std::array<CalibrationMatrix, 4> custom = {};
+  const CalibrationMatrix* const default_row[] = {&default_matrices[0], &default_matrices[3], &default_matrices[1],
+                                                  &default_matrices[2]};
+  const CalibrationMatrix* const custom_row[] = {&custom[0], &custom[1], &custom[2], &custom[3]};
+  // Below a step, and whole steps with the last one overlapping.
+  for (const std::int32_t width : {7, 100}) {
+    const std::size_t pixels = static_cast<std::size_t>(width) * 4;
+    const std::vector<std::uint16_t> input(pixels, 100);
+    std::vector<std::uint16_t> azimuth(pixels);
+    TransformParameters parameters = {};
+    parameters.height = 4;
+    parameters.width = width;
+    parameters.input = input.data();
+    parameters.bit_depth = 8;
+    parameters.input_maximum = 255.0F;
+    parameters.output_maximum = 255.0F;
+    parameters.integer_output_maximum = 255;
+    parameters.azimuth = azimuth.data();
+    for (const MatrixRow row : {default_row, custom_row}) {
+      clean_wide_registers();
+      plugin.transform(parameters, row);
+      EXPECT_FALSE(wide_registers_in_use()) << "width " << width;
+    }
+  }
+  use_wide_registers();
+  EXPECT_TRUE(wide_registers_in_use()) << "the check sees nothing";
+  clean_wide_registers();
+}
+
+INSTANTIATE_TEST_SUITE_P(RealPlugins, CleanRegisters, testing::Values("avx2", "avx512"));
+
+}  // namespace
+}  // namespace nerova_zel::test
