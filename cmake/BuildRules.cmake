@@ -37,6 +37,16 @@ if(NEROVA_SANITIZE)
   add_link_options(-fsanitize=${NEROVA_SANITIZE})
 endif()
 
+# The lanes code is thousands of values in registers, none an array on the stack: to watch over each as one would take
+# minutes to compile and find nothing.
+set(nerova_lanes_flags -O3)
+if(NEROVA_SANITIZE)
+  set(nerova_lanes_flags -O2)  # below this GCC leaves the wide registers in use
+  if(NEROVA_SANITIZE MATCHES "address")
+    list(APPEND nerova_lanes_flags --param asan-stack=0)
+  endif()
+endif()
+
 # A sanitizer's functions come with the program, so its libraries must be allowed to leave them undefined.
 if(NEROVA_SANITIZE)
   set(NEROVA_NO_UNDEFINED)

@@ -49,7 +49,10 @@ bool keeps_state(const Leaf& features, unsigned state) noexcept {
 bool cpu_has_sse() noexcept { return has_bits(read_leaf(1).edx, bit(25)); }
 
 bool cpu_has_sse41() noexcept {
-  const Leaf features = read_leaf(1);
+  // Asked for every frame, and a virtual machine makes each question a costly one: no second one for the highest leaf.
+  // There is a processor object, so leaf 1 exists: it said that there is SSE.
+  Leaf features;
+  __cpuid(1, features.eax, features.ebx, features.ecx, features.edx);
   return has_bits(features.edx, bit(26)) && has_bits(features.ecx, bit(19));
 }
 

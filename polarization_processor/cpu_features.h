@@ -9,7 +9,7 @@ enum class CpuLevel : std::int32_t { BuiltIn = 0, Avx2 = 1, Avx512 = 2 };
 
 bool cpu_has_sse() noexcept;
 
-/** SSE2 and SSE4.1 both: what the SSE4.1 form of the kernels needs. */
+/** SSE2 and SSE4.1 both: what the SSE4.1 form of the kernels needs. Only where cpu_has_sse. */
 bool cpu_has_sse41() noexcept;
 
 CpuLevel measure_cpu_level() noexcept;

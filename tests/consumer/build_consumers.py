@@ -36,7 +36,7 @@ def main():
         environment = dict(os.environ, PKG_CONFIG_PATH=str(libraries / "pkgconfig"))
         flags = run(["pkg-config", "--cflags", "--libs", "nerova_polarization_processor"], env=environment,
                     stdout=subprocess.PIPE).stdout.split()
-        run(["cc", *arguments.flags.split(), source / "consumer.c", "-o", place / "by-pkg-config", *flags])
+        run(["cc", *arguments.flags.split(), source.parent.parent / "examples" / "first_frame.c", "-o", place / "by-pkg-config", *flags])
         run([place / "by-pkg-config"], env=dict(os.environ, LD_LIBRARY_PATH=str(libraries)))
     return 0
 

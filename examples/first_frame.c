@@ -1,4 +1,4 @@
-/* A caller's first program, built from nothing but an installed tree. */
+/* The shortest whole use of the library: one 2 x 2 frame, its total power. */
 #include <stdint.h>
 #include <stdio.h>
 
