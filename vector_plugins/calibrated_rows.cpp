@@ -11,7 +11,7 @@ namespace {
 struct Weights {
   Float column[4];
 
-  NEROVA_INLINE static Weights of(const RowStretch& stretch, int row) {
+  NEROVA_INLINE static Weights of(const RowStretch& stretch, std::size_t row) {
     const float* even = stretch.even_matrix->m + 4 * row;
     const float* odd = stretch.odd_matrix->m + 4 * row;
     return {{Step::alternate(even[0], odd[0]), Step::alternate(even[1], odd[1]), Step::alternate(even[2], odd[2]),

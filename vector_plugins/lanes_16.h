@@ -124,7 +124,7 @@ struct Step32 {
   }
 
   /** Stores the (first, second) pairs of vector i of a step: 32 floats. */
-  NEROVA_INLINE static void store_pairs(float* to, int i, Float first, Float second) {
+  NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
     const __m512i low = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
     const __m512i high = _mm512_add_epi32(low, _mm512_set1_epi32(8));
     _mm512_storeu_ps(to + 32 * i, _mm512_permutex2var_ps(first.v, low, second.v));

@@ -106,7 +106,7 @@ struct Step16 {
   }
 
   /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places. */
-  NEROVA_INLINE static void store_pairs(float* to, int i, Float first, Float second) {
+  NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
     const __m256 low = _mm256_unpacklo_ps(first.v, second.v);
     const __m256 high = _mm256_unpackhi_ps(first.v, second.v);
     _mm256_storeu_ps(to + 8 * i, _mm256_permute2f128_ps(low, high, 0x20));

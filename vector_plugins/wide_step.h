@@ -69,7 +69,7 @@ NEROVA_INLINE void prepare_to_write(const void* to) {
 }
 
 /** Where the results of vector 0 or 1 of a step go. */
-template <int vector>
+template <std::size_t vector>
 struct StepTarget {
   const TransformParameters& images;
   std::size_t element;
@@ -108,7 +108,7 @@ NEROVA_INLINE Rules make_rules(const FrameConstants& constants) {
 template <bool equal_maximum, OutputSet outputs, class Rules, class Source>
 NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const FrameConstants& constants,
                                    const RowStretch& stretch, const Source& source) {
-  const Rules rules = make_rules<Rules>(constants);
+  const auto rules = make_rules<Rules>(constants);
   // A copy the stores below cannot alias, so that the pointers in it stay in registers.
   const TransformParameters images = parameters;
   for (std::size_t x = 0; x < stretch.pixels; x += Step::pixels) {

@@ -87,8 +87,7 @@ enum nv_polarization_processor_phase {
  * @return 0 always. Should memory run out here, the other functions return 2 until the module is initialized anew.
  * Thread safety: serialised with module_initialize and module_terminate.
  */
-NV_POLARIZATION_PROCESSOR_API int32_t NV_POLARIZATION_PROCESSOR_CALL
-nv_polarization_processor_module_initialize(void);
+NV_POLARIZATION_PROCESSOR_API int32_t NV_POLARIZATION_PROCESSOR_CALL nv_polarization_processor_module_initialize(void);
 
 /**
  * Takes back one module_initialize. The last one releases the logger library; from then on the other functions return

@@ -17,6 +17,7 @@ bool is_default_calibration(PolarPhase phase, MatrixRow matrices) noexcept {
   constexpr std::size_t bytes_that_count = 12 * sizeof(float);
   for (int parity = 0; parity < 4; ++parity) {
     const CalibrationMatrix& expected = default_matrices[phase_matrix_numbers[phase][parity]];
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits are meant
     if (std::memcmp(matrices[parity]->m, expected.m, bytes_that_count) != 0) {
       return false;
     }

@@ -32,8 +32,10 @@ NEROVA_INLINE Float cubic_arctangent(Float t) {
   return ((t * t) * k2 + k1) * t;
 }
 
-constexpr float pi = 3.1415927F;
-constexpr float half_pi = 1.5707964F;
+struct Radians {
+  static constexpr float half_turn = 3.1415927F;
+  static constexpr float quarter_turn = 1.5707964F;
+};
 
 /**
  * Angle of the Stokes vector, atan2(s2, s1) in radians, -pi..pi; for any values, infinities and NaN included. Near the
@@ -46,8 +48,9 @@ struct AnySamples {
     const Float ratio = s2 * reciprocal_estimate(s1);
     const auto near_axis = abs(s2) < abs(s1);
     const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)));
-    const Float turn = select(s2 >= zero, Float::broadcast(pi), Float::broadcast(-pi));
-    const Float quarter = select(s2 > zero, Float::broadcast(half_pi), Float::broadcast(-half_pi));
+    const Float turn = select(s2 >= zero, Float::broadcast(Radians::half_turn), Float::broadcast(-Radians::half_turn));
+    const Float quarter =
+        select(s2 > zero, Float::broadcast(Radians::quarter_turn), Float::broadcast(-Radians::quarter_turn));
     const Float angle = select(near_axis, select(s1 > zero, zero, turn) + arc, quarter - arc);
     return select(s1 == zero, select(s2 == zero, zero, quarter), angle);
   }
@@ -63,8 +66,8 @@ struct SampleDifferences {
     const Float ratio = s2 * reciprocal_estimate(s1);
     const auto near_axis = abs(s2) < abs(s1);
     const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)));
-    const Float turn = zero_unless_negative(s1, Float::broadcast(pi));
-    const Float start = with_sign_of(s2, select(near_axis, turn, Float::broadcast(half_pi)));
+    const Float turn = zero_unless_negative(s1, Float::broadcast(Radians::half_turn));
+    const Float start = with_sign_of(s2, select(near_axis, turn, Float::broadcast(Radians::quarter_turn)));
     return zero_if_nan(start + negate_unless(near_axis, arc));
   }
 };
