@@ -20,40 +20,8 @@ struct PendingOutputs {
   Int horizontal_vertical;
   Int diagonal;
   Int azimuth;
-  Int degree;
+  Int degree_of_linear_polarization;
 };
-
-template <OutputSet output>
-NEROVA_INLINE Int& pending(PendingOutputs& outputs) {
-  if constexpr (output == output_total_power) {
-    return outputs.total_power;
-  } else if constexpr (output == output_horizontal_vertical) {
-    return outputs.horizontal_vertical;
-  } else if constexpr (output == output_diagonal) {
-    return outputs.diagonal;
-  } else if constexpr (output == output_azimuth) {
-    return outputs.azimuth;
-  } else {
-    static_assert(output == output_degree);
-    return outputs.degree;
-  }
-}
-
-template <OutputSet output>
-NEROVA_INLINE std::uint16_t* image(const TransformParameters& images) {
-  if constexpr (output == output_total_power) {
-    return images.total_power;
-  } else if constexpr (output == output_horizontal_vertical) {
-    return images.horizontal_vertical;
-  } else if constexpr (output == output_diagonal) {
-    return images.diagonal;
-  } else if constexpr (output == output_azimuth) {
-    return images.azimuth;
-  } else {
-    static_assert(output == output_degree);
-    return images.degree_of_linear_polarization;
-  }
-}
 
 /**
  * Asks for the cache lines that results will be written to some steps from now, so that the stores need not wait for
@@ -85,11 +53,18 @@ struct StepTarget {
   template <OutputSet output>
   NEROVA_INLINE void store(Float value) const {
     if constexpr (vector == 0) {
-      pending<output>(waiting) = round_to_int(value);
+      pending<output>() = round_to_int(value);
     } else {
-      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(image<output>(images) + element);
-      Step::store_outputs(image<output>(images) + element, pending<output>(waiting), round_to_int(value));
+      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(image_of<output>(images) + element);
+      Step::store_outputs(image_of<output>(images) + element, pending<output>(), round_to_int(value));
     }
+  }
+
+ private:
+  template <OutputSet output>
+  NEROVA_INLINE Int& pending() const {
+    return choose<output>(waiting.total_power, waiting.horizontal_vertical, waiting.diagonal, waiting.azimuth,
+                          waiting.degree_of_linear_polarization);
   }
 };
 

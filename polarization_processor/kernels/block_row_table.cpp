@@ -22,24 +22,7 @@ struct BlockTarget {
 
   template <OutputSet output>
   NEROVA_INLINE void store(Float4 value) const {
-    store_outputs(image<output>() + element, value);
-  }
-
- private:
-  template <OutputSet output>
-  NEROVA_INLINE std::uint16_t* image() const {
-    if constexpr (output == output_total_power) {
-      return parameters.total_power;
-    } else if constexpr (output == output_horizontal_vertical) {
-      return parameters.horizontal_vertical;
-    } else if constexpr (output == output_diagonal) {
-      return parameters.diagonal;
-    } else if constexpr (output == output_azimuth) {
-      return parameters.azimuth;
-    } else {
-      static_assert(output == output_degree);
-      return parameters.degree_of_linear_polarization;
-    }
+    store_outputs(image_of<output>(parameters) + element, value);
   }
 };
 

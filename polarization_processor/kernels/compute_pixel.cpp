@@ -22,24 +22,7 @@ struct PixelTarget {
 
   template <OutputSet output>
   NEROVA_INLINE void store(Float1 value) const {
-    image<output>().first[element] = round_to_output(value);
-  }
-
- private:
-  template <OutputSet output>
-  NEROVA_INLINE const ImageView<std::uint16_t>& image() const {
-    if constexpr (output == output_total_power) {
-      return views.total_power;
-    } else if constexpr (output == output_horizontal_vertical) {
-      return views.horizontal_vertical;
-    } else if constexpr (output == output_diagonal) {
-      return views.diagonal;
-    } else if constexpr (output == output_azimuth) {
-      return views.azimuth;
-    } else {
-      static_assert(output == output_degree);
-      return views.degree_of_linear_polarization;
-    }
+    image_of<output>(views).first[element] = round_to_output(value);
   }
 };
 

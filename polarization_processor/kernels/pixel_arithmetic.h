@@ -147,6 +147,31 @@ NEROVA_INLINE Float linear_output(const Rules& rules, Float value) {
   }
 }
 
+/** Of five things, one for each 16-bit output, the one for this output. */
+template <OutputSet output, class Thing>
+NEROVA_INLINE Thing& choose(Thing& total_power, Thing& horizontal_vertical, Thing& diagonal, Thing& azimuth,
+                            Thing& degree) {
+  if constexpr (output == output_total_power) {
+    return total_power;
+  } else if constexpr (output == output_horizontal_vertical) {
+    return horizontal_vertical;
+  } else if constexpr (output == output_diagonal) {
+    return diagonal;
+  } else if constexpr (output == output_azimuth) {
+    return azimuth;
+  } else {
+    static_assert(output == output_degree);
+    return degree;
+  }
+}
+
+/** The image of a 16-bit output; of TransformParameters or ImageViews. */
+template <OutputSet output, class Images>
+NEROVA_INLINE const auto& image_of(const Images& images) {
+  return choose<output>(images.total_power, images.horizontal_vertical, images.diagonal, images.azimuth,
+                        images.degree_of_linear_polarization);
+}
+
 /**
  * Every selected output of some pixels. The target takes them with store_pair(s1 / p, s2 / p) and store<output>(value),
  * the value clamped and not yet rounded.
