@@ -27,6 +27,8 @@ install(FILES
   ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config-version.cmake
   DESTINATION ${package_folder})
 
+# Relative, so that an installed tree can be moved; the library folder may be more than one level deep.
+file(RELATIVE_PATH way_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/nerova_polarization_processor.pc.in
   ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

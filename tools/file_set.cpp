@@ -43,7 +43,10 @@ void FileSet::write(const fs::path& path, const std::vector<unsigned char>& byte
   if (fs::is_directory(path, error)) {
     throw Failure("cannot write " + path.string() + ": a directory has that name.");
   }
-  const fs::path temporary = path.string() + ".partial";
+  fs::path temporary = path.string() + ".partial";
+  for (int number = 2; fs::exists(temporary, error); ++number) {
+    temporary = path.string() + ".partial" + std::to_string(number);
+  }
   errno = 0;
   std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
   if (file) {

@@ -10,14 +10,14 @@
 
 namespace nerova_zel {
 
-namespace {
-
 std::string lower_case_extension(const std::string& path) {
   std::string extension = std::filesystem::path(path).extension().string();
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return extension;
 }
+
+namespace {
 
 std::vector<unsigned char> to_bytes(const std::vector<std::uint16_t>& pixels, bool two_bytes, bool low_byte_first) {
   if (!two_bytes) {

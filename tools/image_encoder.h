@@ -17,6 +17,9 @@ std::vector<unsigned char> encode_picture(const cv::Mat& picture, const std::str
 std::vector<unsigned char> encode_frame(const std::vector<std::uint16_t>& pixels, int width, int height, int bit_depth,
                                         const std::string& path);
 
+/** ".png" of "Frame.PNG"; empty when there is none. */
+std::string lower_case_extension(const std::string& path);
+
 /** Throws the Failure of encode_frame for an unknown extension before any work is done. */
 void check_frame_extension(const std::string& path);
 

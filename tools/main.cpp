@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
 #include <string>
 
@@ -12,6 +13,8 @@ namespace {
 
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
+
+const std::string memory_ran_out = "memory ran out; a smaller frame or fewer --outputs need less.";
 
 const char* const layout_help =
     "Angle of the top-left pixel when the origin is even, which names the whole 2 x 2 pattern: 0 [0,135/45,90], "
@@ -103,7 +106,11 @@ int main(int argc, char** argv) {
   } catch (const nerova_zel::Failure& failure) {
     return complain(failure.what(), exit_failure);
   } catch (const std::bad_alloc&) {
-    return complain("memory ran out; a smaller frame or fewer --outputs need less.", exit_failure);
+    return complain(memory_ran_out, exit_failure);
+  } catch (const cv::Exception& error) {
+    return complain(
+        error.code == cv::Error::StsNoMem ? memory_ran_out : "the picture library fails: " + error.err + ".",
+        exit_failure);
   } catch (const std::exception& error) {
     return complain(std::string("unexpected failure: ") + error.what(), exit_failure);
   }

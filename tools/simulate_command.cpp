@@ -60,7 +60,7 @@ void write_truth(FileSet& files, const fs::path& directory, const SimulatedScene
 std::string next_command(const SimulateOptions& options) {
   std::string command = "nerova-polarize transform " + options.file + " --layout " + std::to_string(options.layout) +
                         " --origin " + options.origin + " --bit-depth " + std::to_string(options.bit_depth);
-  if (fs::path(options.file).extension() == ".raw") {
+  if (lower_case_extension(options.file) == ".raw") {
     command += " --raw " + options.size;
   }
   return command;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <iostream>
 #include <opencv2/core.hpp>
 #include <set>
 #include <vector>

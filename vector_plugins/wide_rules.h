@@ -3,7 +3,7 @@
 #include "kernels/pixel_arithmetic.h"
 
 // The per-pixel rules for wide lanes: the same results as PixelRules, bit for bit, without its divisions where a proof
-// allows. r(x) stands for a reciprocal within 2^-21.9 of 1 / x.
+// allows.
 namespace nerova_zel {
 namespace {
 
@@ -15,7 +15,8 @@ struct Divisor {
 };
 
 /**
- * a / d, correctly rounded, for integers d below 2^16 and any normal result. A quotient lies at least 2^-41 of itself
+ * a / d, correctly rounded, for integers d below 2^16 and results above 2^-100 (smaller ones are 0 as outputs, however
+ * they are rounded). A quotient lies at least 2^-41 of itself
  * from a boundary between two roundings: a 24-bit number divided by d cannot equal a 25-bit number m (d is odd, or 180
  * with m odd), and differs from it by at least 1 / (d * m). The sum before its rounding is good to 2^-47.
  */
@@ -41,7 +42,8 @@ struct DefaultRules : WideConstants<Float> {
   /**
    * Two quotients by one reciprocal, each corrected by its exact remainder. Correctly rounded: s / p is the quotient of
    * integers below 2^17 and 2^18, so it lies at least 2^-43 of itself from a boundary between two roundings, and the
-   * sum before its rounding errs by less than 2^-43.4 (the error of the first quotient times that of r(p)).
+   * sum before its rounding errs by less than 2^-43.4 (the error of the first quotient times that of the
+   * reciprocal, either below 2^-21.9).
    */
   NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {
     const Float estimate = reciprocal_estimate(stokes.power);

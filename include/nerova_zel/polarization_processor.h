@@ -163,7 +163,7 @@ nv_polarization_processor_get_custom_calibration_coefficients(nv_polarization_pr
  *
  * @param processor a processor from create; NULL is an error.
  * @param phase polarizer angle of the top-left pixel for an origin at even coordinates, see
- *        nv_polarization_processor_phase; a negative phase counts as 0 when both coordinates of the origin are even.
+ *        nv_polarization_processor_phase; a negative phase counts as 0.
  * @param input width * height pixels, unsigned 16-bit, read only.
  * @param origin_x,origin_y sensor coordinates of the frame's top-left pixel; only their parity matters. A negative odd
  *        coordinate counts as if both coordinates were odd.
@@ -177,7 +177,7 @@ nv_polarization_processor_get_custom_calibration_coefficients(nv_polarization_pr
  * @param horizontal_vertical width * height pixels: S1 * output_maximum / full scale; 0 where S1 is negative.
  * @param diagonal width * height pixels: S2 * output_maximum / full scale; 0 where S2 is negative.
  * @param azimuth width * height pixels: angle of linear polarization, atan2(S2, S1) / 2 in -90..+90 degrees plus 90
- *        degrees, where 180 degrees map to output_maximum; within 0.16 degrees.
+ *        degrees, where 180 degrees map to output_maximum; within 0.16 degrees before rounding.
  * @param degree_of_linear_polarization width * height pixels: sqrt(S1^2 + S2^2) / P, where 1 maps to output_maximum;
  *        0 where P is 0.
  * @return 0; 2 (not initialized); 4 (NULL handle); 9 (phase above 3); 5 (NULL input); 6 (no output); 7 (an output is

@@ -1,19 +1,27 @@
 #include <dlfcn.h>
 
+#include <climits>
+#include <cstdlib>
+
 #include "platform/dynamic_library.h"
 
 namespace nerova_zel {
 
 namespace {
 
-/** The directory this library was loaded from, with its last slash; empty when unknown. */
-std::string own_directory() {
-  static const char symbol_of_this_library = 0;
+char own_path[PATH_MAX];  // empty when unknown
+
+// As the library is loaded: a relative path would mean another place once the program changes its working directory.
+__attribute__((constructor)) void find_own_path() {
   Dl_info info = {};
-  if (dladdr(&symbol_of_this_library, &info) == 0 || info.dli_fname == nullptr) {
-    return {};
+  if (dladdr(own_path, &info) == 0 || info.dli_fname == nullptr || realpath(info.dli_fname, own_path) == nullptr) {
+    own_path[0] = '\0';
   }
-  std::string path = info.dli_fname;
+}
+
+/** The directory this library was loaded from, absolute and with its last slash; empty when unknown. */
+std::string own_directory() {
+  std::string path = own_path;
   path.erase(path.rfind('/') + 1);  // no slash: npos + 1 == 0, all of it
   return path;
 }

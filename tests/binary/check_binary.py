@@ -77,6 +77,16 @@ def check_isolated(arguments):
     return faults
 
 
+def check_unshared(arguments):
+    faults = []
+    for path in arguments.objects:
+        for line in run("nm", path).splitlines():
+            kind, name = line.split()[-2:]
+            if kind in "WVu" and not HARMLESS_SHARED.match(name):
+                faults.append(f"{path}: {name} could be shared with code for older processors")
+    return faults
+
+
 def check_size(arguments):
     with tempfile.NamedTemporaryFile() as stripped:
         run("strip", "-o", stripped.name, arguments.library)
@@ -103,6 +113,9 @@ def main():
     isolated.add_argument("objects", nargs="+")
     isolated.set_defaults(check=check_isolated)
 
+    unshared = checks.add_parser("unshared", help="objects define nothing that the linker could share")
+    unshared.add_argument("objects", nargs="+")
+    unshared.set_defaults(check=check_unshared)
     size = checks.add_parser("size", help="a library stays small")
     size.add_argument("library")
     size.add_argument("--below", type=int, required=True, help="bytes, stripped")

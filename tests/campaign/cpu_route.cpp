@@ -43,10 +43,11 @@ Route rules_of(CpuRoute route) {
 
 std::optional<std::string> why_route_is_not_taken(CpuRoute route) {
   const Registers features = cpuid(1);
-  const Registers extended = cpuid(7);
   const bool sse41 = has_bit(features.ecx, 19);
-  const bool avx2 = has_bit(features.ecx, 12) && has_bit(extended.ebx, 5);  // together with FMA
-  const bool avx512 = has_bit(extended.ebx, 16) && has_bit(extended.ebx, 17) && has_bit(extended.ebx, 30);
+  // The compiler's own test asks the operating system too.
+  const bool avx2 = __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0;
+  const bool avx512 = __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512dq") != 0 &&
+                      __builtin_cpu_supports("avx512bw") != 0;
   if (route == CpuRoute::Sse2 && sse41) {
     return "the processor has SSE4.1";
   }

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "lifecycle/arrangement.h"
 #include "lifecycle/transform_call.h"
@@ -48,6 +50,56 @@ TEST(Concurrency, ThreadsShareTheModuleAndAProcessor) {
   EXPECT_EQ(library.destroy(shared), 0);
   EXPECT_EQ(library.module_terminate(), 0);
 }
+
+/** Frames with blocks, single pixels and every output, by whichever kernels or plugins lie beside the library. */
+void transform_from_many_threads(const std::string& library_file) {
+  constexpr std::int32_t width = 67;
+  constexpr std::int32_t height = 9;
+  constexpr auto pixels = static_cast<std::size_t>(width * height);
+  std::vector<std::uint16_t> frame(pixels);
+  for (std::size_t i = 0; i < pixels; ++i) {
+    frame[i] = static_cast<std::uint16_t>(i * 2654435761U >> 20U);
+  }
+  const LoadedLibrary library(library_file);
+  ASSERT_EQ(library.module_initialize(), 0);
+  nv_polarization_processor* processor = nullptr;
+  ASSERT_EQ(library.create(&processor), 0);
+
+  struct Images {
+    std::vector<float> stokes = std::vector<float>(2 * pixels);
+    std::vector<std::vector<std::uint16_t>> others =
+        std::vector<std::vector<std::uint16_t>>(5, std::vector<std::uint16_t>(pixels));
+  };
+  const auto transform = [&](Images& images) {
+    auto& others = images.others;
+    return library.transform(processor, 0, frame.data(), 0, 0, width, height, 12, 65535, images.stokes.data(),
+                             others[0].data(), others[1].data(), others[2].data(), others[3].data(), others[4].data());
+  };
+  Images expected;
+  EXPECT_EQ(transform(expected), 0);
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 4; ++number) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 50; ++round) {
+        Images images;
+        EXPECT_EQ(transform(images), 0);
+        EXPECT_EQ(images.stokes, expected.stokes);
+        EXPECT_EQ(images.others, expected.others);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(library.destroy(processor), 0);
+  EXPECT_EQ(library.module_terminate(), 0);
+}
+
+TEST(Concurrency, ThreadsShareAProcessorOfTheBuiltInKernels) {
+  transform_from_many_threads(NEROVA_BUILT_IN_ONLY_LIBRARY);
+}
+
+TEST(Concurrency, ThreadsShareAProcessorOfThePlugins) { transform_from_many_threads(library_path()); }
 
 }  // namespace
 }  // namespace nerova_zel::test

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "lifecycle/arrangement.h"
 #include "lifecycle/failing_allocation.h"
 #include "lifecycle/transform_call.h"
@@ -26,6 +28,19 @@ void expect_not_initialized(LoadedLibrary& library, nv_polarization_processor* p
   EXPECT_EQ(call.run(library), 2);
   EXPECT_TRUE(call.outputs_untouched());
   EXPECT_EQ(library.destroy(processor), 2);
+}
+
+TEST(Module, CompanionsLieBesideTheLibraryWhereverTheProgramGoes) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  std::filesystem::copy_file(library_path(), arrangement.directory() + "/copy.so");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(arrangement.directory());
+  const LoadedLibrary library("./copy.so");
+  std::filesystem::current_path(before);
+  EXPECT_EQ(library.module_initialize(), 0);
+  EXPECT_EQ(arrangement.journal.take(), Events{get_log});
+  EXPECT_EQ(library.module_terminate(), 0);
 }
 
 TEST(Module, NothingWorksBeforeTheFirstInitialize) {

@@ -48,7 +48,9 @@ double azimuth_error(std::uint16_t azimuth, const StokesVector& truth) {
 // the light differs between the four samples and their centre, plus half a pixel value of rounding each; that turns the
 // angle by at most asin(error / |S|) / 2. The library adds its documented 0.16 degrees to the angle, and to the degree
 // twice the relative error 1.5 * 2^-12 of the reciprocal estimate (in P and in 1 / P); outputs are rounded.
-TEST(Physics, EveryPixelIsWithinItsBoundForAllLayoutsAndOrigins) {
+class PhysicsOfRoute : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(PhysicsOfRoute, EveryPixelIsWithinItsBoundForAllLayoutsAndOrigins) {
   constexpr double azimuth_approximation = 0.16;
   constexpr double estimates = 2.0 * 1.5 / 4096.0 + 1e-6;
   constexpr double half_code = 0.5 / output_maximum;
@@ -63,7 +65,7 @@ TEST(Physics, EveryPixelIsWithinItsBoundForAllLayoutsAndOrigins) {
       camera.origin_y = origin_y;
       const double full_scale = (1 << camera.bit_depth) - 1;
       const SimulatedScene scene(camera.width, camera.height, {});
-      const Outputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum);
+      const Outputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum, GetParam());
       int outside = 0;
       int sharply_bounded = 0;
       std::size_t at = 0;
@@ -93,6 +95,9 @@ TEST(Physics, EveryPixelIsWithinItsBoundForAllLayoutsAndOrigins) {
     }
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Physics, PhysicsOfRoute, ::testing::Values(NEROVA_LIBRARY, NEROVA_BUILT_IN_ONLY_LIBRARY),
+                         [](const auto& library) { return library.index == 0 ? "WithPlugins" : "BuiltIn"; });
 
 // With shot noise the errors are as large as photon statistics makes them, neither more nor less. For N electrons at
 // full scale a sample of relative intensity I has the variance I / N; with I0 + I90 = I45 + I135 = S0 the variance of

@@ -10,8 +10,6 @@
 #include <sys/wait.h>
 #endif
 
-#include "support/loaded_library.h"
-
 namespace nerova_zel::test {
 
 namespace fs = std::filesystem;
@@ -81,8 +79,8 @@ std::set<std::string> ToolTest::listing() const {
 }
 
 Outputs transform_by_library(const CameraSettings& camera, const std::vector<std::uint16_t>& frame,
-                             std::uint16_t output_maximum) {
-  const LoadedLibrary library(library_path());
+                             std::uint16_t output_maximum, const std::string& library_file) {
+  const LoadedLibrary library(library_file);
   nv_polarization_processor* processor = nullptr;
   library.module_initialize();
   library.create(&processor);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simulated_frame.h"
+#include "support/loaded_library.h"
 
 namespace nerova_zel::test {
 
@@ -51,6 +52,6 @@ struct Outputs {
 };
 
 Outputs transform_by_library(const CameraSettings& camera, const std::vector<std::uint16_t>& frame,
-                             std::uint16_t output_maximum);
+                             std::uint16_t output_maximum, const std::string& library_file = library_path());
 
 }  // namespace nerova_zel::test
