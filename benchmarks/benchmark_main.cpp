@@ -1,13 +1,17 @@
 // Times every route, set of outputs and frame size in one run. Each width of address is a worker process, so the
-// 32-bit build stands beside the 64-bit one in the same table.
+// 32-bit build stands beside the 64-bit one in the same table; so is each peer in another language.
 //
 // NEROVA_WORKERS: comma-separated NAME=PROGRAM pairs; default: x86-64 and the worker beside this program.
+// Names of cases: worker/route/outputs/size/maxima/matrices.
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -34,18 +38,51 @@ constexpr NamedOutputs output_sets[] = {
     {"diagonal", nerova_zel::output_diagonal},
     {"azimuth", nerova_zel::output_azimuth},
     {"dolp", nerova_zel::output_degree},
+    {"five", nerova_zel::all_outputs & ~nerova_zel::output_normalized_stokes},
     {"all", nerova_zel::all_outputs},
 };
 
 struct Size {
   std::int32_t width;
   std::int32_t height;
+
+  double pixels() const { return static_cast<double>(width) * height; }
 };
 
 // A 5-megapixel sensor, and a strip whose input and outputs stay in the second-level cache.
 constexpr Size sizes[] = {{2448, 2048}, {640, 64}};
 
-constexpr unsigned pixels_per_measurement = 5'000'000;
+// For the growth of the cost.
+constexpr std::int32_t smallest_side = 16;
+constexpr std::int32_t largest_side = 8192;
+constexpr std::int32_t largest_peer_side = 2048;
+
+// The smallest frame, for the cost of a call as such.
+constexpr Size smallest = {2, 2};
+
+constexpr double pixels_per_measurement = 10e6;
+constexpr double most_calls = 2000;
+constexpr unsigned calls_on_smallest = 20000;
+
+struct Variant {
+  bool equal_maximum;
+  bool custom_matrices;
+};
+
+/** Only the library's routes heed the maxima, and only the plugins the matrices in the whole frame. */
+std::vector<Variant> variants(const std::string& route) {
+  if (route == "avx2" || route == "avx512") {
+    return {{false, false}, {true, false}, {false, true}, {true, true}};
+  }
+  if (route == "sse2" || route == "sse41") {
+    return {{false, false}, {true, false}};
+  }
+  return {{false, false}};
+}
+
+bool is_one_of(const std::string& route, std::initializer_list<const char*> names) {
+  return std::find(names.begin(), names.end(), route) != names.end();
+}
 
 std::map<std::string, std::string> workers(const char* program) {
   std::map<std::string, std::string> found;
@@ -75,24 +112,65 @@ void time_case(benchmark::State& state, WorkerProcess& worker, const FrameCase& 
       benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate, benchmark::Counter::kIs1000);
 }
 
-void register_case(const std::string& platform, WorkerProcess& worker, const char* route, const NamedOutputs& set,
-                   Size size, bool equal_maximum) {
-  FrameCase frame_case;
-  frame_case.route = route;
-  frame_case.width = size.width;
-  frame_case.height = size.height;
-  frame_case.outputs = set.outputs;
-  frame_case.equal_maximum = equal_maximum;
-  const auto pixels = static_cast<unsigned>(size.width) * static_cast<unsigned>(size.height);
-  frame_case.repetitions = pixels_per_measurement / pixels + 1;
-  const std::string name = platform + "/" + route + "/" + set.name + "/" + std::to_string(size.width) + "x" +
-                           std::to_string(size.height) + (equal_maximum ? "/equal" : "/rescaled");
-  benchmark::RegisterBenchmark(name.c_str(),
-                               [&worker, frame_case](benchmark::State& state) { time_case(state, worker, frame_case); })
-      ->UseManualTime()
-      ->Unit(benchmark::kMillisecond)
-      ->MinTime(0.05);
-}
+/** The cases of one route of one worker. */
+class RouteCases {
+ public:
+  RouteCases(std::string worker_name, WorkerProcess& worker, std::string route)
+      : worker_name_(std::move(worker_name)), worker_(worker), route_(std::move(route)) {}
+
+  void add_all() const {
+    if (is_one_of(route_, {"library", "library-alone", "sse41", "avx2", "avx512", "cpu-question", "clock"})) {
+      add(output_sets[std::size(output_sets) - 1], smallest, {});
+    }
+    if (is_one_of(route_, {"cpu-question", "clock", "library-alone"})) {
+      return;
+    }
+    if (route_ != "sse2") {
+      add_growth();
+    }
+    if (route_ == "library") {
+      return;
+    }
+    for (const Size size : sizes) {
+      for (const auto& set : output_sets) {
+        for (const Variant variant : variants(route_)) {
+          add(set, size, variant);
+        }
+      }
+    }
+  }
+
+ private:
+  void add_growth() const {
+    const std::int32_t largest = is_one_of(route_, {"plain", "opencv", "numpy"}) ? largest_peer_side : largest_side;
+    for (std::int32_t side = smallest_side; side <= largest; side *= 2) {
+      add(output_sets[std::size(output_sets) - 1], {side, side}, {});
+    }
+  }
+
+  void add(const NamedOutputs& set, Size size, Variant variant) const {
+    FrameCase frame_case;
+    frame_case.route = route_;
+    frame_case.width = size.width;
+    frame_case.height = size.height;
+    frame_case.outputs = set.outputs;
+    frame_case.equal_maximum = variant.equal_maximum;
+    frame_case.custom_matrices = variant.custom_matrices;
+    frame_case.repetitions = static_cast<unsigned>(std::clamp(pixels_per_measurement / size.pixels(), 1.0, most_calls));
+    const std::string name = worker_name_ + "/" + route_ + "/" + set.name + "/" + std::to_string(size.width) + "x" +
+                             std::to_string(size.height) + (variant.equal_maximum ? "/equal" : "/rescaled") +
+                             (variant.custom_matrices ? "/custom" : "/default");
+    benchmark::RegisterBenchmark(name.c_str(), [&worker = worker_, frame_case](
+                                                   benchmark::State& state) { time_case(state, worker, frame_case); })
+        ->UseManualTime()
+        ->Unit(benchmark::kMicrosecond)
+        ->Iterations(1);
+  }
+
+  std::string worker_name_;
+  WorkerProcess& worker_;
+  std::string route_;
+};
 
 }  // namespace
 
@@ -102,15 +180,10 @@ int main(int argument_count, char** arguments) {
     return 1;
   }
   std::vector<std::unique_ptr<WorkerProcess>> processes;
-  for (const auto& [platform, program] : workers(arguments[0])) {
+  for (const auto& [name, program] : workers(arguments[0])) {
     processes.push_back(std::make_unique<WorkerProcess>(program));
-    for (const Size size : sizes) {
-      for (const auto& set : output_sets) {
-        for (const char* route : {"stream", "stream-uncached", "plain", "sse2", "sse41"}) {
-          register_case(platform, *processes.back(), route, set, size, false);
-        }
-        register_case(platform, *processes.back(), "sse41", set, size, true);
-      }
+    for (const std::string& route : processes.back()->routes()) {
+      RouteCases(name, *processes.back(), route).add_all();
     }
   }
   benchmark::RunSpecifiedBenchmarks();

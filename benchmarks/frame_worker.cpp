@@ -1,44 +1,107 @@
-// Times frames for another process, so that one benchmark run can compare builds of different word sizes. Reads one
-// case a line from standard input and answers each with the nanoseconds of one call, or with "error" and a sentence.
+// Computes frames for another process, so that one benchmark run can compare builds of different word sizes. Reads one
+// request a line from standard input and answers each with a line:
+//   routes                 the names of the routes that run here
+//   time CASE              the nanoseconds of one call
+//   save DIRECTORY CASE    "saved", once input and images lie in the directory
+// or, when a request fails, "error" and a sentence.
 
 #include <chrono>
 #include <exception>
 #include <iostream>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "frame_case.h"
+#include "prepared_frame.h"
 #include "routes.h"
 
 namespace {
 
 using nerova_zel::benchmark::FrameCase;
 using nerova_zel::benchmark::PreparedFrame;
+using nerova_zel::benchmark::Route;
 
-double nanoseconds_per_call(const FrameCase& frame_case, const PreparedFrame& frame) {
-  const auto route = nerova_zel::benchmark::find_route(frame_case.route);
-  const auto start = std::chrono::steady_clock::now();
-  for (unsigned i = 0; i < frame_case.repetitions; ++i) {
-    route(frame.parameters(), frame.matrices());
+using Clock = std::chrono::steady_clock;
+
+// Fresh memory and a processor at rest are slower for some calls; a camera's frames meet neither.
+constexpr std::chrono::milliseconds warm_up_time(40);
+
+class Worker {
+ public:
+  std::string answer(const std::string& request) {
+    std::istringstream words(request);
+    std::string verb;
+    words >> verb;
+    if (verb == "routes") {
+      return nerova_zel::benchmark::runnable_routes();
+    }
+    std::string directory;
+    if (verb == "save") {
+      words >> directory;
+    } else if (verb != "time") {
+      throw std::invalid_argument("no such request: " + request);
+    }
+    std::string line;
+    std::getline(words >> std::ws, line);
+    return verb == "save" ? save(line, directory) : time(line);
   }
-  const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - start;
-  return elapsed.count() / frame_case.repetitions;
-}
+
+ private:
+  static double nanoseconds_per_call(const Route& route, const FrameCase& frame_case, const PreparedFrame& frame) {
+    const auto start = Clock::now();
+    for (unsigned i = 0; i < frame_case.repetitions; ++i) {
+      route(frame.parameters(), frame.matrices());
+    }
+    const std::chrono::duration<double, std::nano> elapsed = Clock::now() - start;
+    return elapsed.count() / frame_case.repetitions;
+  }
+
+  const Route& route_of(const FrameCase& frame_case) {
+    Route& route = routes_[frame_case.route];
+    if (!route) {
+      route = nerova_zel::benchmark::find_route(frame_case.route);
+    }
+    return route;
+  }
+
+  std::string time(const std::string& line) {
+    const FrameCase frame_case = nerova_zel::benchmark::from_line(line);
+    const Route& route = route_of(frame_case);
+    if (line != prepared_line_) {
+      frame_.reset();
+      frame_ = std::make_unique<PreparedFrame>(frame_case);
+      const auto end_of_warm_up = Clock::now() + warm_up_time;
+      do {
+        route(frame_->parameters(), frame_->matrices());
+      } while (Clock::now() < end_of_warm_up);
+      prepared_line_ = line;
+    }
+    return std::to_string(nanoseconds_per_call(route, frame_case, *frame_));
+  }
+
+  std::string save(const std::string& line, const std::string& directory) {
+    const FrameCase frame_case = nerova_zel::benchmark::from_line(line);
+    const PreparedFrame frame(frame_case);
+    route_of(frame_case)(frame.parameters(), frame.matrices());
+    frame.save(directory);
+    return "saved";
+  }
+
+  std::map<std::string, Route> routes_;
+  std::string prepared_line_;
+  std::unique_ptr<PreparedFrame> frame_;
+};
 
 }  // namespace
 
 int main() {
-  std::string line;
-  std::string prepared_line;
-  std::unique_ptr<PreparedFrame> frame;
-  while (std::getline(std::cin, line)) {
+  Worker worker;
+  for (std::string request; std::getline(std::cin, request);) {
     try {
-      const FrameCase frame_case = nerova_zel::benchmark::from_line(line);
-      if (line != prepared_line) {
-        frame = std::make_unique<PreparedFrame>(frame_case);
-        nanoseconds_per_call(frame_case, *frame);
-        prepared_line = line;
-      }
-      std::cout << nanoseconds_per_call(frame_case, *frame) << std::endl;
+      std::cout << worker.answer(request) << std::endl;
     } catch (const std::exception& error) {
       std::cout << "error " << error.what() << std::endl;
     }

@@ -2,62 +2,135 @@
 
 #include <dlfcn.h>
 
+#include <cstdint>
+#include <map>
 #include <stdexcept>
 
+#include "cpu_features.h"
 #include "kernels/kernel_selection.h"
+#include "nerova_zel/polarization_processor.h"
 #include "peers/plain_loop.h"
+#include "platform/high_resolution_counter.h"
 #include "streaming_limit.h"
+#ifdef NEROVA_OPENCV_PEER
+#include "peers/opencv_functions.h"
+#endif
 
 namespace nerova_zel::benchmark {
 
 namespace {
 
-void run_sse2(const TransformParameters& parameters, MatrixRow matrices) { run_built_in(parameters, matrices, false); }
-
-void run_sse41(const TransformParameters& parameters, MatrixRow matrices) { run_built_in(parameters, matrices, true); }
-
-/** The transform entry of a plugin of this build, initialised. It stays loaded. */
-Route plugin_route(const std::string& path, const std::string& set) {
-  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) {
-    throw std::runtime_error(dlerror());
+/** A file that stays loaded. */
+class Module {
+ public:
+  explicit Module(const char* path) : module_(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
+    if (module_ == nullptr) {
+      throw std::runtime_error(dlerror());
+    }
   }
-  const auto find = [&](const std::string& name) { return dlsym(module, name.c_str()); };
-  const auto initialize = reinterpret_cast<std::int32_t (*)()>(
-      find("nv_polarization_processor_vector_" + set + "_module_initialize"));
-  const auto transform = reinterpret_cast<void (*)(const TransformParameters*, MatrixRow)>(
-      find("nv_polarization_processor_transform_vector_" + set));
-  if (initialize == nullptr || transform == nullptr || initialize() != 0) {
+
+  template <class Function>
+  Function* find(const std::string& name) const {
+    auto* const function = reinterpret_cast<Function*>(dlsym(module_, name.c_str()));
+    if (function == nullptr) {
+      throw std::runtime_error("no entry " + name);
+    }
+    return function;
+  }
+
+ private:
+  void* module_;
+};
+
+Route built_in_route(bool sse41) {
+  if (sse41 && !cpu_has_sse41()) {
+    throw std::runtime_error("this processor has no SSE4.1");
+  }
+  return
+      [sse41](const TransformParameters& parameters, MatrixRow matrices) { run_built_in(parameters, matrices, sse41); };
+}
+
+Route plugin_route(const char* path, const std::string& set) {
+  const Module plugin(path);
+  if (plugin.find<std::int32_t()>("nv_polarization_processor_vector_" + set + "_module_initialize")() != 0) {
     throw std::runtime_error("the " + set + " plugin does not run here");
   }
+  auto* const transform =
+      plugin.find<void(const TransformParameters*, MatrixRow)>("nv_polarization_processor_transform_vector_" + set);
   return [transform](const TransformParameters& parameters, MatrixRow matrices) { transform(&parameters, matrices); };
+}
+
+/** The processor lives as long as this process. */
+Route library_route(const char* path) {
+  const Module library(path);
+  library.find<decltype(nv_polarization_processor_module_initialize)>("nv_polarization_processor_module_initialize")();
+  nv_polarization_processor* processor = nullptr;
+  if (library.find<decltype(nv_polarization_processor_create_polarization_processor)>(
+          "nv_polarization_processor_create_polarization_processor")(&processor) != 0) {
+    throw std::runtime_error("the library makes no processor");
+  }
+  auto* const transform =
+      library.find<decltype(nv_polarization_processor_transform)>("nv_polarization_processor_transform");
+  return [transform, processor](const TransformParameters& p, MatrixRow /*matrices*/) {
+    transform(processor, p.phase, p.input, 0, 0, p.width, p.height, p.bit_depth,
+              static_cast<std::uint16_t>(p.integer_output_maximum), p.normalized_stokes, p.total_power,
+              p.horizontal_vertical, p.diagonal, p.azimuth, p.degree_of_linear_polarization);
+  };
+}
+
+template <void (*fill)(const TransformParameters&)>
+Route without_matrices() {
+  return [](const TransformParameters& parameters, MatrixRow /*matrices*/) { fill(parameters); };
+}
+
+void ask_processor(const TransformParameters& /*parameters*/) { cpu_has_sse41(); }
+
+void read_clock_twice(const TransformParameters& /*parameters*/) {
+  std::int64_t count = 0;
+  read_counter(count);
+  read_counter(count);
+}
+
+const std::map<std::string, Route (*)()>& makers() {
+  static const std::map<std::string, Route (*)()> routes = {
+      {"sse2", [] { return built_in_route(false); }},
+      {"sse41", [] { return built_in_route(true); }},
+      {"avx2", [] { return plugin_route(NEROVA_AVX2_PLUGIN, "avx2"); }},
+      {"avx512", [] { return plugin_route(NEROVA_AVX512_PLUGIN, "avx512"); }},
+      {"library", [] { return library_route(NEROVA_LIBRARY_WITH_PLUGINS); }},
+      {"library-alone", [] { return library_route(NEROVA_LIBRARY_ALONE); }},
+      {"cpu-question", without_matrices<ask_processor>},
+      {"clock", without_matrices<read_clock_twice>},
+      {"stream", without_matrices<stream_frame>},
+      {"stream-uncached", without_matrices<stream_frame_uncached>},
+      {"plain", without_matrices<plain_loop>},
+#ifdef NEROVA_OPENCV_PEER
+      {"opencv", without_matrices<opencv_functions>},
+#endif
+  };
+  return routes;
 }
 
 }  // namespace
 
 Route find_route(const std::string& name) {
-  if (name == "sse2") {
-    return run_sse2;
+  const auto found = makers().find(name);
+  if (found == makers().end()) {
+    throw std::runtime_error("no such route: " + name);
   }
-  if (name == "sse41") {
-    return run_sse41;
+  return found->second();
+}
+
+std::string runnable_routes() {
+  std::string names;
+  for (const auto& [name, make] : makers()) {
+    try {
+      make();
+      names += name + " ";
+    } catch (const std::runtime_error&) {  // NOLINT(bugprone-empty-catch): left out
+    }
   }
-  if (name == "avx2") {
-    return plugin_route(NEROVA_AVX2_PLUGIN, name);
-  }
-  if (name == "avx512") {
-    return plugin_route(NEROVA_AVX512_PLUGIN, name);
-  }
-  if (name == "stream") {
-    return [](const TransformParameters& parameters, MatrixRow /*matrices*/) { stream_frame(parameters); };
-  }
-  if (name == "stream-uncached") {
-    return [](const TransformParameters& parameters, MatrixRow /*matrices*/) { stream_frame_uncached(parameters); };
-  }
-  if (name == "plain") {
-    return [](const TransformParameters& parameters, MatrixRow /*matrices*/) { plain_loop(parameters); };
-  }
-  throw std::runtime_error("no such route: " + name);
+  return names;
 }
 
 }  // namespace nerova_zel::benchmark

@@ -11,10 +11,18 @@ namespace nerova_zel::benchmark {
 using Route = std::function<void(const TransformParameters& parameters, MatrixRow matrices)>;
 
 /**
- * sse2, sse41: the built-in forms. avx2, avx512: the plugins that lie beside the library, initialised. stream: reads
- * the frame, writes as many bytes as the outputs have, computes nothing. plain: a per-pixel loop as users write it.
+ * The named way:
+ * sse2, sse41: the built-in forms; avx2, avx512: the plugins. Called directly, without the C interface.
+ * library, library-alone: through the C interface, plugins beside the library or none, never a logger; default
+ * calibration, whatever the matrices.
+ * cpu-question, clock: nothing but what the library asks of the processor and of the clock once in every call.
+ * stream, stream-uncached: reads the frame, writes as many bytes as the outputs have, computes nothing.
+ * plain: a per-pixel loop as users write it. opencv: the functions of OpenCV, one thread.
  * Throws std::runtime_error for a route that is unknown or does not run here.
  */
 Route find_route(const std::string& name);
+
+/** Every route that runs here, separated by blanks. */
+std::string runnable_routes();
 
 }  // namespace nerova_zel::benchmark

@@ -8,6 +8,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -53,17 +55,27 @@ WorkerProcess::~WorkerProcess() {
   waitpid(process_, nullptr, 0);
 }
 
-double WorkerProcess::measure(const FrameCase& frame_case) {
-  const std::string line = to_line(frame_case) + "\n";
+std::string WorkerProcess::ask(const std::string& request) {
+  const std::string line = request + "\n";
   std::array<char, 1024> answer = {};
   if (std::fputs(line.c_str(), to_worker_) < 0 || std::fflush(to_worker_) != 0 ||
       std::fgets(answer.data(), static_cast<int>(answer.size()), from_worker_) == nullptr) {
     throw std::runtime_error("the worker process ended");
   }
+  return answer.data();
+}
+
+std::vector<std::string> WorkerProcess::routes() {
+  std::istringstream names(ask("routes"));
+  return {std::istream_iterator<std::string>(names), {}};
+}
+
+double WorkerProcess::measure(const FrameCase& frame_case) {
+  const std::string answer = ask("time " + to_line(frame_case));
   char* end = nullptr;
-  const double nanoseconds = std::strtod(answer.data(), &end);
-  if (end == answer.data()) {
-    throw std::runtime_error(answer.data());
+  const double nanoseconds = std::strtod(answer.c_str(), &end);
+  if (end == answer.c_str()) {
+    throw std::runtime_error(answer);
   }
   return nanoseconds * 1e-9;
 }

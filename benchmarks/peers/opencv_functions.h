@@ -1,0 +1,13 @@
+#pragma once
+
+#include "kernels/transform_parameters.h"
+
+namespace nerova_zel::benchmark {
+
+/**
+ * The six images by OpenCV's functions over whole float images, in one thread. Default calibration; the last column
+ * and row are mirrored.
+ */
+void opencv_functions(const TransformParameters& parameters);
+
+}  // namespace nerova_zel::benchmark
