@@ -28,7 +28,7 @@ def main():
         run(["cmake", "--install", arguments.build, "--prefix", tree], stdout=subprocess.DEVNULL)
         libraries = next(tree.rglob("libnerova_zel_polarization_processor.so")).parent
 
-        run(["cmake", "-S", source, "-B", place / "by-cmake", f"-DCMAKE_PREFIX_PATH={tree}",
+        run(["cmake", "-G", "Ninja", "-S", source, "-B", place / "by-cmake", f"-DCMAKE_PREFIX_PATH={tree}",
              f"-DCMAKE_C_FLAGS={arguments.flags}"], stdout=subprocess.DEVNULL)
         run(["cmake", "--build", place / "by-cmake"], stdout=subprocess.DEVNULL)
         run([place / "by-cmake" / "consumer"])

@@ -55,7 +55,7 @@ TEST(Concurrency, ThreadsShareTheModuleAndAProcessor) {
 void transform_from_many_threads(const std::string& library_file) {
   constexpr std::int32_t width = 67;
   constexpr std::int32_t height = 9;
-  constexpr auto pixels = static_cast<std::size_t>(width * height);
+  constexpr std::size_t pixels = std::size_t{width} * std::size_t{height};
   std::vector<std::uint16_t> frame(pixels);
   for (std::size_t i = 0; i < pixels; ++i) {
     frame[i] = static_cast<std::uint16_t>(i * 2654435761U >> 20U);
@@ -77,8 +77,10 @@ void transform_from_many_threads(const std::string& library_file) {
   };
   Images expected;
   EXPECT_EQ(transform(expected), 0);
+  constexpr int thread_count = 4;
   std::vector<std::thread> threads;
-  for (int number = 0; number < 4; ++number) {
+  threads.reserve(thread_count);
+  for (int number = 0; number < thread_count; ++number) {
     threads.emplace_back([&] {
       for (int round = 0; round < 50; ++round) {
         Images images;
