@@ -54,6 +54,14 @@ else()
   set(NEROVA_NO_UNDEFINED -Wl,--no-undefined)
 endif()
 
+# nerova_export_only(target map): of a shared library, nothing but the names in the version script.
+function(nerova_export_only target map)
+  if(NOT WIN32)
+    target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,relro,-z,now ${NEROVA_NO_UNDEFINED})
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+  endif()
+endfunction()
+
 # nerova_set_warnings(target): the warnings of all our own code; third-party sources are built without them.
 function(nerova_set_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wundef

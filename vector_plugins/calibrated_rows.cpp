@@ -1,7 +1,5 @@
 // The rows under any calibration. Compiled once for each plugin.
 
-#include <utility>
-
 #include "wide_step.h"
 
 namespace nerova_zel {
@@ -51,24 +49,21 @@ void calibrated_row(const TransformParameters& images, const FrameConstants& con
   compute_stretch<equal_maximum, outputs, CalibratedRules<Float>>(images, constants, stretch, source);
 }
 
-template <unsigned index>
-constexpr WideRow row_of_index() {
-  constexpr PixelSelection selection = pixel_selection(index);
-  if constexpr (selection.outputs != 0) {
-    return calibrated_row<selection.equal_maximum, selection.outputs>;
-  } else {
-    return nullptr;
+struct CalibratedRows {
+  template <unsigned index>
+  static constexpr WideRow of() {
+    constexpr PixelSelection selection = pixel_selection(index);
+    if constexpr (selection.outputs != 0) {
+      return calibrated_row<selection.equal_maximum, selection.outputs>;
+    } else {
+      return nullptr;
+    }
   }
-}
-
-template <unsigned... indices>
-constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
-  return {{row_of_index<indices>()...}};
-}
+};
 
 }  // namespace
 
-const WideRowTable calibrated_wide_rows = make_table(std::make_integer_sequence<unsigned, pixel_selection_count>());
+const WideRowTable calibrated_wide_rows = make_table<CalibratedRows>();
 const std::size_t wide_step_pixels = Step::pixels;
 
 }  // namespace nerova_zel

@@ -1,8 +1,6 @@
 // The rows of one polarizer angle under the default calibration. Compiled once for each plugin and angle:
 // NEROVA_FIRST_ANGLE is the angle of the row's first pixel (0 to 3), NEROVA_TABLE the name of the table.
 
-#include <utility>
-
 #include "kernels/polarizer_differences.h"
 #include "wide_step.h"
 
@@ -36,23 +34,21 @@ void default_row(const TransformParameters& images, const FrameConstants& consta
                                                                DefaultSource<first_angle>());
 }
 
-template <unsigned index>
-constexpr WideRow row_of_index() {
-  constexpr PixelSelection selection = pixel_selection(index);
-  if constexpr (selection.outputs != 0 && distinct_angle(NEROVA_FIRST_ANGLE, selection.outputs) == NEROVA_FIRST_ANGLE) {
-    return default_row<NEROVA_FIRST_ANGLE, selection.equal_maximum, selection.outputs>;
-  } else {
-    return nullptr;
+struct DefaultRows {
+  template <unsigned index>
+  static constexpr WideRow of() {
+    constexpr PixelSelection selection = pixel_selection(index);
+    if constexpr (selection.outputs != 0 &&
+                  distinct_angle(NEROVA_FIRST_ANGLE, selection.outputs) == NEROVA_FIRST_ANGLE) {
+      return default_row<NEROVA_FIRST_ANGLE, selection.equal_maximum, selection.outputs>;
+    } else {
+      return nullptr;
+    }
   }
-}
-
-template <unsigned... indices>
-constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
-  return {{row_of_index<indices>()...}};
-}
+};
 
 }  // namespace
 
-const WideRowTable NEROVA_TABLE = make_table(std::make_integer_sequence<unsigned, pixel_selection_count>());
+const WideRowTable NEROVA_TABLE = make_table<DefaultRows>();
 
 }  // namespace nerova_zel

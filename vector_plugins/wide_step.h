@@ -2,6 +2,8 @@
 
 #include NEROVA_LANES  // the lanes of one instruction set
 
+#include <utility>
+
 #include "kernels/pixel_arithmetic.h"
 #include "wide_row.h"
 #include "wide_rules.h"
@@ -93,6 +95,17 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
     compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 0), StepTarget<0>{images, element, waiting});
     compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 1), StepTarget<1>{images, element, waiting});
   }
+}
+
+/** The rows that Rows::of<index>() names. */
+template <class Rows, unsigned... indices>
+constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
+  return {{Rows::template of<indices>()...}};
+}
+
+template <class Rows>
+constexpr WideRowTable make_table() {
+  return make_table<Rows>(std::make_integer_sequence<unsigned, pixel_selection_count>());
 }
 
 }  // namespace
