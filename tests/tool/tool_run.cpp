@@ -54,6 +54,7 @@ RunResult ToolTest::run(const std::string& arguments) const {
 }
 
 void ToolTest::write(const std::string& name, const std::string& content) const {
+  fs::create_directories(fs::path(path(name)).parent_path());
   std::ofstream(path(name), std::ios::binary) << content;
 }
 

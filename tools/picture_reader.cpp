@@ -1,68 +1,32 @@
-#include "frame_reader.h"
+#include "picture_reader.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <opencv2/imgcodecs.hpp>
 
 #include "failure.h"
+#include "file_bytes.h"
 #include "quiet_errors.h"
 
 namespace nerova_zel {
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-Bytes read_file(const std::string& path) {
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) {
-    throw Failure(path + " is a directory; the file of a frame is needed.");
-  }
-  errno = 0;
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  const std::streamoff length = file ? static_cast<std::streamoff>(file.tellg()) : -1;
-  if (length < 0) {
-    throw Failure("cannot read " + path + ": " + (errno != 0 ? std::strerror(errno) : "unknown reason") + ".");
-  }
-  Bytes bytes(static_cast<std::size_t>(length));
-  file.seekg(0);
-  if (!file.read(reinterpret_cast<char*>(bytes.data()), length)) {
-    throw Failure("cannot read " + path + " to its end.");
-  }
-  return bytes;
-}
-
 bool starts_with(const Bytes& bytes, const char* magic, std::size_t length) {
   return bytes.size() >= length && std::memcmp(bytes.data(), magic, length) == 0;
 }
 
-/** Widens one- or two-byte pixels that start at `first`. */
-std::vector<std::uint16_t> widen(const unsigned char* first, std::size_t count, bool two_bytes, bool low_byte_first) {
+/** Widens one-byte pixels, or two-byte ones with the high byte first, that start at `first`. */
+std::vector<std::uint16_t> widen(const unsigned char* first, std::size_t count, bool two_bytes) {
   if (!two_bytes) {
     return {first, first + count};
   }
   std::vector<std::uint16_t> pixels(count);
   for (std::size_t i = 0; i < count; ++i) {
-    const unsigned low = first[2 * i + (low_byte_first ? 0 : 1)];
-    const unsigned high = first[2 * i + (low_byte_first ? 1 : 0)];
-    pixels[i] = static_cast<std::uint16_t>(high << 8U | low);
+    pixels[i] = static_cast<std::uint16_t>(first[2 * i] << 8U | first[2 * i + 1]);
   }
   return pixels;
-}
-
-RawFrame from_headerless(const std::string& path, const Bytes& bytes, const FrameSize& size) {
-  const auto count = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
-  if (bytes.size() != count && bytes.size() != 2 * count) {
-    throw Failure(path + " holds " + std::to_string(bytes.size()) + " bytes, but " + std::to_string(size.width) +
-                  " x " + std::to_string(size.height) + " pixels take " + std::to_string(count) + " (8-bit) or " +
-                  std::to_string(2 * count) + " (16-bit).");
-  }
-  const bool two_bytes = bytes.size() != count;
-  return {size.width, size.height, two_bytes ? 16 : 8, widen(bytes.data(), count, two_bytes, true)};
 }
 
 /** The next number of a PGM header, past white space and comments; -1 when there is none. */
@@ -105,7 +69,8 @@ RawFrame from_pgm(const std::string& path, const Bytes& bytes) {
   while (frame.bit_depth < 16 && (1 << frame.bit_depth) - 1 < greatest) {
     ++frame.bit_depth;
   }
-  frame.pixels = widen(bytes.data() + at, static_cast<std::size_t>(count), greatest > 255, false);
+  frame.pixels = widen(bytes.data() + at, static_cast<std::size_t>(count), greatest > 255);
+  frame.storage_bits = greatest > 255 ? 16 : 8;
   return frame;
 }
 
@@ -130,16 +95,13 @@ RawFrame from_picture(const std::string& path, const Bytes& bytes) {
   const int bits = picture.depth() == CV_8U ? 8 : 16;
   cv::Mat wide;
   picture.convertTo(wide, CV_16U);
-  return {wide.cols, wide.rows, bits, {wide.begin<std::uint16_t>(), wide.end<std::uint16_t>()}};
+  return {wide.cols, wide.rows, bits, bits, {wide.begin<std::uint16_t>(), wide.end<std::uint16_t>()}};
 }
 
 }  // namespace
 
-RawFrame read_frame(const std::string& path, const std::optional<FrameSize>& raw_size) {
-  const Bytes bytes = read_file(path);
-  if (raw_size) {
-    return from_headerless(path, bytes, *raw_size);
-  }
+RawFrame read_picture(const std::string& path) {
+  const Bytes bytes = read_bytes(path);
   if (bytes.empty()) {
     throw Failure(path + " is empty; a PNG, TIFF or PGM file is needed.");
   }
