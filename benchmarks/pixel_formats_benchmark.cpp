@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t pixels = 2448 * 2048;
+constexpr std::size_t pixels = 2448UL * 2048UL;
 
 void measure(benchmark::State& state, nerova_zel::PixelFormat format) {
   const std::vector<unsigned char> bytes(nerova_zel::byte_count(format, pixels), 0x5A);

@@ -58,7 +58,6 @@ void BatchReport::print(const FrameReport& report) {
     std::fflush(messages());
   }
   if (!failed && lines_) {
-    bar_.erase();
     std::printf("%s\n", report.line.c_str());
     std::fflush(stdout);
   }

@@ -35,6 +35,7 @@ class BatchReport {
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   std::mutex mutex_;
   ProgressBar bar_;
+  /** Not where they would get between the bar. */
   const bool lines_;
   /** Ended before a frame that comes earlier. */
   std::map<std::uint64_t, FrameReport> waiting_;

@@ -1,5 +1,7 @@
 #include "frame_outputs.h"
 
+#include <utility>
+
 #include "failure.h"
 #include "image_encoder.h"
 #include "npy_header.h"
@@ -52,8 +54,8 @@ std::vector<OutputFile> output_files(const std::set<OutputKind>& wanted, const s
   return files;
 }
 
-FrameOutputs::FrameOutputs(const std::set<OutputKind>& wanted)
-    : computed_(wanted), images_(static_cast<std::size_t>(OutputKind::sheet) + 1) {
+FrameOutputs::FrameOutputs(std::set<OutputKind> wanted)
+    : computed_(std::move(wanted)), images_(static_cast<std::size_t>(OutputKind::sheet) + 1) {
   if (computed_.erase(OutputKind::sheet) != 0) {
     computed_.insert({OutputKind::stokes, OutputKind::power, OutputKind::azimuth, OutputKind::dolp});
   }

@@ -30,7 +30,7 @@ std::vector<OutputFile> output_files(const std::set<OutputKind>& wanted, const s
 /** The images of a frame; empty where neither wanted nor needed for the sheet. */
 class FrameOutputs {
  public:
-  explicit FrameOutputs(const std::set<OutputKind>& wanted);
+  explicit FrameOutputs(std::set<OutputKind> wanted);
 
   /** Room for the images of a frame of that size; kept when it is there already. */
   void allocate(int width, int height);

@@ -19,6 +19,9 @@ namespace {
 
 constexpr std::chrono::milliseconds interval(100);
 constexpr std::size_t usual_width = 80;
+constexpr std::size_t usual_text = 48;  // left free behind the bar, whose length thus stays the same
+constexpr std::size_t brackets = 3;
+constexpr std::size_t longest_bar = 40;
 
 #if defined(_WIN32)
 bool is_terminal() { return _isatty(_fileno(messages())) != 0; }
@@ -57,10 +60,8 @@ std::string progress_line(const Progress& progress, std::size_t width) {
       text += ", " + clock(static_cast<double>(*progress.total - progress.finished) / rate) + " left";
     }
   }
-  constexpr std::size_t least_bar = 10;
-  constexpr std::size_t brackets = 3;
-  if (progress.total && *progress.total > 0 && text.size() + brackets + least_bar <= width) {
-    const std::size_t length = std::min<std::size_t>(40, width - text.size() - brackets);
+  if (progress.total && *progress.total > 0 && width > usual_text + brackets) {
+    const std::size_t length = std::min(longest_bar, width - usual_text - brackets);
     const auto full = static_cast<std::size_t>(static_cast<double>(length) * static_cast<double>(progress.finished) /
                                                static_cast<double>(*progress.total));
     text = "[" + std::string(full, '#') + std::string(length - full, '.') + "] " + text;
