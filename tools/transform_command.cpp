@@ -5,6 +5,7 @@
 #include "batch_runner.h"
 #include "file_set.h"
 #include "interruption.h"
+#include "output_names.h"
 
 namespace nerova_zel {
 
