@@ -55,7 +55,6 @@ void BatchReport::print(const FrameReport& report) {
     bar_.erase();
     std::fflush(stdout);
     std::fprintf(messages(), "nerova-polarize: %s\n", (failed ? report.line : report.note).c_str());
-    std::fflush(messages());
   }
   if (!failed && lines_) {
     std::printf("%s\n", report.line.c_str());

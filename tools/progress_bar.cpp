@@ -80,7 +80,6 @@ void ProgressBar::draw(const Progress& progress) {
   }
   // The last column stays free: some terminals would begin a new line.
   std::fprintf(messages(), "\r%s\x1b[K", progress_line(progress, terminal_width() - 1).c_str());
-  std::fflush(messages());
   drawn_ = true;
   next_ = now + interval;
 }
@@ -88,7 +87,6 @@ void ProgressBar::draw(const Progress& progress) {
 void ProgressBar::erase() {
   if (drawn_) {
     std::fputs("\r\x1b[K", messages());
-    std::fflush(messages());
     drawn_ = false;
   }
 }

@@ -52,7 +52,11 @@ Silence& silence() {
 std::FILE* open_messages() {
   const int copy = duplicate(error_descriptor);
   std::FILE* stream = copy < 0 ? nullptr : open_stream(copy);
-  return stream == nullptr ? stderr : stream;
+  if (stream == nullptr) {
+    return stderr;
+  }
+  std::setvbuf(stream, nullptr, _IONBF, 0);  // as stderr: what was said is out, however the program ends
+  return stream;
 }
 
 }  // namespace

@@ -150,6 +150,31 @@ TEST_F(BatchTest, OnlyWhatIsMissingOrOutdatedIsDoneAgain) {
   EXPECT_NE(run(command).output.find("4 done, 0 skipped"), std::string::npos);
 }
 
+// The third frame may be in work when the request to stop comes, and is ended then; the fourth is never begun.
+TEST_F(BatchTest, AnInterruptionEndsTheFrameInWorkAndLeavesTheRest) {
+  write("two.raw", stream(2));
+  write("script.sh",
+        "mkfifo pipe\n"
+        "\"$1\" transform -" +
+            options_ +
+            "--outputs stokes,hv --jobs 1 < pipe > told 2>&1 &\n"
+            "exec 3> pipe\n"
+            "cat two.raw >&3\n"
+            "until [ -e results/stdin_000001_hv.npy ]; do sleep 0.01; done\n"
+            "kill -TERM $!\n"
+            "cat two.raw >&3\n"
+            "exec 3>&-\n"
+            "wait $!\n"
+            "[ $? -eq 143 ] && ls results > listing\n");
+  const std::string command = "cd \"" + path("") + "\" && timeout 20 sh script.sh \"" NEROVA_TOOL "\"";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_NE(read("told").find("interrupted"), std::string::npos) << read("told");
+  const std::string first_two =
+      "stdin_000000_hv.npy\nstdin_000000_stokes.npy\nstdin_000001_hv.npy\nstdin_000001_stokes.npy\n";
+  const std::string third = "stdin_000002_hv.npy\nstdin_000002_stokes.npy\n";
+  EXPECT_TRUE(read("listing") == first_two || read("listing") == first_two + third) << read("listing");
+}
+
 TEST_F(BatchTest, NothingIsOverwrittenByAnotherFrame) {
   for (const char* name : {"f.pgm", "f_power.pgm", "f_power.png", "one/f.pgm"}) {
     write_pgm(name, random_frame(1), 37, 5, 12);
