@@ -56,18 +56,18 @@ void run_batch(FrameSequence& frames, const TransformRequest& request, const Lib
     cv::setNumThreads(1);  // every core has a frame of its own
   }
   Work work(frames, request, library, report);
-  std::vector<std::thread> helpers;
-  helpers.reserve(jobs);
+  std::vector<std::thread> others;
+  others.reserve(jobs);
   try {
-    while (helpers.size() + 1 < jobs) {
-      helpers.emplace_back([&work] { work.run(); });
+    while (others.size() + 1 < jobs) {
+      others.emplace_back([&work] { work.run(); });
     }
   } catch (const std::exception&) {
     // The system has no thread more to give: those that are there do the work.
   }
   work.run();
-  for (std::thread& helper : helpers) {
-    helper.join();
+  for (std::thread& other : others) {
+    other.join();
   }
   work.rethrow_failure();
 }
