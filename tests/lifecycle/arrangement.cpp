@@ -1,35 +1,37 @@
 #include "lifecycle/arrangement.h"
 
-#include <dlfcn.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <utility>
 
 #include "lifecycle/failing_allocation.h"
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 
 namespace {
 
-constexpr char logger_file[] = "/nerova_zel_logger.so";
-constexpr char avx512_file[] = "/nerova_zel_polarization_processor_vector_avx512.so";
-constexpr char avx2_file[] = "/nerova_zel_polarization_processor_vector_avx2.so";
+constexpr char logger_name[] = "nerova_zel_logger";
+constexpr char avx512_name[] = "nerova_zel_polarization_processor_vector_avx512";
+constexpr char avx2_name[] = "nerova_zel_polarization_processor_vector_avx2";
 
 Arrangement* current_arrangement = nullptr;
 
-bool is_loaded(const std::string& path) {
-  void* const module = dlopen(path.c_str(), RTLD_NOLOAD | RTLD_NOW);
-  if (module != nullptr) {
-    dlclose(module);
+std::string make_directory() {
+  std::random_device random;
+  for (;;) {
+    const std::filesystem::path directory =
+        std::filesystem::temp_directory_path() / ("nerova_zel_" + std::to_string(random()));
+    if (std::filesystem::create_directory(directory)) {
+      return directory.generic_string();
+    }
   }
-  return module != nullptr;
 }
 
-/** Copies a library; the missing entry gets another name of the same length, which no look-up will find. */
+/** Copies a library; the missing entry ends in another letter, which keeps a table of names in order. */
 void copy_library(const std::string& from, const std::string& to, const std::string& missing_entry) {
   if (missing_entry.empty()) {
     std::filesystem::copy_file(from, to);
@@ -42,7 +44,7 @@ void copy_library(const std::string& from, const std::string& to, const std::str
     throw std::logic_error(from + " has no entry " + missing_entry);
   }
   for (std::size_t at = bytes.find(entry); at != std::string::npos; at = bytes.find(entry, at)) {
-    bytes[at + 1] = 'X';
+    bytes[at + missing_entry.size()] = 'X';
   }
   std::ofstream(to, std::ios::binary) << bytes;
 }
@@ -119,13 +121,7 @@ void MockPlugin::terminate() {
   journal_.add(name_ + " terminate");
 }
 
-Arrangement::Arrangement() {
-  directory_ = (std::filesystem::temp_directory_path() / "nerova_zel_XXXXXX").string();
-  if (mkdtemp(directory_.data()) == nullptr) {
-    throw std::runtime_error("cannot make a directory like " + directory_);
-  }
-  current_arrangement = this;
-}
+Arrangement::Arrangement() : directory_(make_directory()) { current_arrangement = this; }
 
 Arrangement::~Arrangement() {
   library_.reset();
@@ -133,29 +129,32 @@ Arrangement::~Arrangement() {
   current_arrangement = nullptr;
 }
 
+std::string Arrangement::file(const std::string& name) const { return directory_ + "/" + name + module_ending; }
+
 void Arrangement::add_logger(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_LOGGER, directory_ + logger_file, missing_entry);
+  copy_library(NEROVA_MOCK_LOGGER, file(logger_name), missing_entry);
 }
 
 void Arrangement::add_avx512(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_AVX512, directory_ + avx512_file, missing_entry);
+  copy_library(NEROVA_MOCK_AVX512, file(avx512_name), missing_entry);
 }
 
 void Arrangement::add_avx2(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_AVX2, directory_ + avx2_file, missing_entry);
+  copy_library(NEROVA_MOCK_AVX2, file(avx2_name), missing_entry);
 }
 
-bool Arrangement::logger_loaded() const { return is_loaded(directory_ + logger_file); }
+bool Arrangement::logger_loaded() const { return module_is_loaded(file(logger_name)); }
 
-bool Arrangement::avx512_loaded() const { return is_loaded(directory_ + avx512_file); }
+bool Arrangement::avx512_loaded() const { return module_is_loaded(file(avx512_name)); }
 
-bool Arrangement::avx2_loaded() const { return is_loaded(directory_ + avx2_file); }
+bool Arrangement::avx2_loaded() const { return module_is_loaded(file(avx2_name)); }
 
 LoadedLibrary& Arrangement::library() {
   if (!library_) {
-    const std::string path = directory_ + "/library.so";
+    const std::string path = file("library");
     copy_library(library_path(), path, {});
     library_.emplace(path);
+    watch_allocations(*library_, path);
   }
   return *library_;
 }

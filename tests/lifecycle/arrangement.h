@@ -11,6 +11,15 @@
 
 namespace nerova_zel::test {
 
+// Windows modules that carry their own C++ runtime do not catch each other's exceptions: neither these mocks' nor those
+// of anybody's plugin.
+#if defined(_WIN32)
+constexpr bool mocks_can_throw = false;
+#else
+constexpr bool mocks_can_throw = true;
+#endif
+constexpr char exceptions_stay_in_their_module[] = "exceptions do not cross from one module to another here";
+
 using Events = std::vector<std::string>;
 
 /** What the mocks were told, in order. Threads may share it. */
@@ -99,6 +108,8 @@ class Arrangement {
   std::string directory() const { return directory_; }
 
  private:
+  std::string file(const std::string& name) const;
+
   std::string directory_;
   std::optional<LoadedLibrary> library_;
 };
