@@ -1,5 +1,6 @@
 #include "lifecycle/arrangement.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -49,6 +50,36 @@ void copy_library(const std::string& from, const std::string& to, const std::str
   std::ofstream(to, std::ios::binary) << bytes;
 }
 
+/** Makes the header name the other word size. */
+void change_word_size(std::string& bytes) {
+#if defined(_WIN32)
+  const auto header = static_cast<unsigned char>(bytes.at(0x3C)) + 256U * static_cast<unsigned char>(bytes.at(0x3D));
+  const bool is_x86 = bytes.substr(header + 4, 2) == "\x4C\x01";
+  bytes.replace(header + 4, 2, is_x86 ? "\x64\x86" : "\x4C\x01");
+#else
+  constexpr std::size_t word_size = 4;
+  bytes.at(word_size) = bytes.at(word_size) == 1 ? 2 : 1;
+#endif
+}
+
+void damage_file(const std::string& file, Arrangement::Damage damage) {
+  std::ifstream source(file, std::ios::binary);
+  std::string bytes(std::istreambuf_iterator<char>(source), {});
+  source.close();
+  switch (damage) {
+    case Arrangement::Damage::Truncated:
+      bytes.resize(bytes.size() / 3);
+      break;
+    case Arrangement::Damage::OtherWordSize:
+      change_word_size(bytes);
+      break;
+    case Arrangement::Damage::NoLibrary:
+      bytes = "not a library\n";
+      break;
+  }
+  std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+}
+
 /** A path on a Windows drive, shortened to what follows the directory of the whole suite. */
 std::string without_beginning(const std::string& path) {
   const std::string suite = "\\polarization_processing_suite\\";
@@ -94,6 +125,7 @@ std::int32_t MockLogger::log(void* log, std::int32_t level, const char* file, st
   std::string text = message;
   if (level == 7) {
     path = without_beginning(path);
+    logged_microseconds = std::strtod(text.c_str() + text.find_first_of("0123456789"), nullptr);
     text = without_number(text);
   }
   journal_.add((log == this ? "" : "wrong handle ") + std::to_string(level) + '|' + path + '|' + std::to_string(line) +
@@ -142,6 +174,10 @@ void Arrangement::add_avx512(const std::string& missing_entry) {
 void Arrangement::add_avx2(const std::string& missing_entry) {
   copy_library(NEROVA_MOCK_AVX2, file(avx2_name), missing_entry);
 }
+
+void Arrangement::damage_avx512(Damage damage) const { damage_file(file(avx512_name), damage); }
+
+void Arrangement::damage_logger(Damage damage) const { damage_file(file(logger_name), damage); }
 
 bool Arrangement::logger_loaded() const { return module_is_loaded(file(logger_name)); }
 

@@ -45,6 +45,7 @@ class MockLogger final : public LoggerBehaviour {
 
   bool gives_handle = true;
   std::int32_t log_result = 0;
+  double logged_microseconds = 0;  ///< of the last timing record
 
   void* get_log(const char* module_name, const char* second_name, const char* configuration) override;
   std::int32_t log(void* log, std::int32_t level, const char* file, std::int32_t line, const char* function,
@@ -94,6 +95,11 @@ class Arrangement {
   void add_logger(const std::string& missing_entry = {});
   void add_avx512(const std::string& missing_entry = {});
   void add_avx2(const std::string& missing_entry = {});
+
+  /** What can happen to a file beside the library. */
+  enum class Damage { Truncated, OtherWordSize, NoLibrary };
+  void damage_avx512(Damage damage) const;
+  void damage_logger(Damage damage) const;
 
   bool logger_loaded() const;
   bool avx512_loaded() const;
