@@ -165,7 +165,7 @@ PolarizerFit fit_series(const Series& series, bool steady) {
   return fit_polarizers(samples, steady);
 }
 
-void check_fit(const PolarizerFit& fit, const Series& series) {
+void check_fit(const PolarizerFit& fit, const Series& series, bool steady) {
   constexpr double most_turned = 22.5;  // beyond it the next orientation is nearer
   constexpr double doubtful_residual = 0.01;
   for (std::size_t k = 0; k < 4; ++k) {
@@ -179,8 +179,9 @@ void check_fit(const PolarizerFit& fit, const Series& series) {
   }
   for (std::size_t i = 0; i < series.frames.size(); ++i) {
     if (fit.residual_of_frame(i) > doubtful_residual) {
-      note(cv::format("%s departs from the fit by %.1f %% of the source; is its angle of %g degrees right?",
-                      series.frames[i].path.c_str(), 100.0 * fit.residual_of_frame(i), series.sources[i].angle));
+      note(cv::format("%s departs from the fit by %.1f %% of the source; is its angle of %g degrees right%s?",
+                      series.frames[i].path.c_str(), 100.0 * fit.residual_of_frame(i), series.sources[i].angle,
+                      steady ? ", and the source steady" : ""));
     }
   }
 }
@@ -204,7 +205,7 @@ void run_calibrate(const CalibrateOptions& options) {
   check_options(options);
   const Series series = read_series(options);
   const PolarizerFit fit = fit_series(series, options.steady_source);
-  check_fit(fit, series);
+  check_fit(fit, series, options.steady_source);
 
   const Calibration calibration{calibration_matrices(fit.responses), series.dark, series.bit_depth};
   std::vector<double> angles;

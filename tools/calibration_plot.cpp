@@ -70,6 +70,7 @@ class Panel {
 
   void draw_curve(const std::vector<cv::Point2d>& points, const cv::Scalar& colour) {
     std::vector<cv::Point> fixed_point;
+    fixed_point.reserve(points.size());
     for (const cv::Point2d& point : points) {
       fixed_point.emplace_back(fixed(place(point.x, point.y)));
     }

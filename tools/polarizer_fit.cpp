@@ -94,7 +94,7 @@ Eigen::MatrixXd fit(Model& model, bool steady) {
   constexpr double negligible = 1e-13;
   for (int step_number = 0;; ++step_number) {
     const Eigen::MatrixXd derivatives = jacobian(model, steady);
-    const Eigen::MatrixXd shape = covariance_shape(derivatives, steady);
+    Eigen::MatrixXd shape = covariance_shape(derivatives, steady);
     const Eigen::Matrix4Xd by_frame = model.residuals().transpose();
     const Eigen::VectorXd step = shape * (derivatives.transpose() * by_frame.reshaped());
     if (!step.allFinite() || step_number == most_steps) {
@@ -208,15 +208,15 @@ std::array<WeightMatrix, 4> calibration_matrices(const std::array<PolarizerRespo
   const Eigen::Matrix<double, 3, 4> weights =
       Eigen::Vector3d(2.0, 1.0, 1.0).asDiagonal() * analyzers.completeOrthogonalDecomposition().pseudoInverse();
   std::array<WeightMatrix, 4> matrices{};
-  for (int m = 0; m < 4; ++m) {
-    const MosaicLayout around(45 * m);
+  for (std::size_t m = 0; m < matrices.size(); ++m) {
+    const MosaicLayout around(45 * static_cast<int>(m));
     for (int column = 0; column < 4; ++column) {
       const int polarizer = around.angle_at(column % 2, column / 2) / 45;
       for (int row = 0; row < 3; ++row) {
         // An ideal sensor has true zeros; what rounding leaves of them is none of the calibration.
         const double weight = weights(row, polarizer);
-        matrices[static_cast<std::size_t>(m)][static_cast<std::size_t>(4 * row + column)] =
-            std::abs(weight) < 1e-12 ? 0.0F : static_cast<float>(weight);
+        const auto at = static_cast<std::size_t>(row) * 4 + static_cast<std::size_t>(column);
+        matrices[m][at] = std::abs(weight) < 1e-12 ? 0.0F : static_cast<float>(weight);
       }
     }
   }

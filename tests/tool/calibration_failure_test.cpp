@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -68,14 +69,9 @@ TEST_F(CalibrationFailureTest, FramesThatDoNotGoTogether) {
   write_frame("wide.pgm", 0.7, 20);
   camera_.width = 6;
   write_frame("tiny.pgm", 0.7, 20);
-  write_pgm(
-      "half.pgm",
-      [] {
-        std::vector<std::uint16_t> pixels(32 * 32, 100);
-        std::fill(pixels.begin() + 32 * 16, pixels.end(), std::uint16_t{2000});
-        return pixels;
-      }(),
-      32, 32, 12);
+  std::vector<std::uint16_t> half(1024, 100);
+  std::fill(half.begin() + 512, half.end(), std::uint16_t{2000});
+  write_pgm("half.pgm", half, 32, 32, 12);
   expect_refusal(with("missing.pgm"), {"missing.pgm", "No such file"});
   expect_refusal(with("bright.pgm"), {"bright.pgm is overexposed", "50.0 %"});
   expect_refusal(with("night.pgm"), {"night.pgm shows no light"});
@@ -119,8 +115,8 @@ TEST_F(CalibrationFailureTest, CalibrationFiles) {
   expect("", {"not JSON"});
   expect(read("good.json").substr(0, 500), {"not JSON", "byte 50"});
   expect("[1, 2]", {"not a calibration file", "format"});
-  expect("{\"format\": \"nerova-polarize calibration\", \"version\": 1}", {"no \"matrices\""});
-  expect_changed("/format", "other", {"\"format\" is \"other\""});
+  expect(R"({"format": "nerova-polarize calibration", "version": 1})", {R"(no "matrices")"});
+  expect_changed("/format", "other", {R"("format" is "other")"});
   expect_changed("/version", 2, {"version 2"});
   expect_changed("/matrices", {1, 2, 3}, {"4 \"matrices\""});
   expect_changed("/matrices/2", {1, 2, 3}, {"4 rows in matrix 2"});

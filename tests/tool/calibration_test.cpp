@@ -112,7 +112,7 @@ Errors CalibrationTest::transform(const std::string& options, const SimulatedSce
       bool smooth = true;
       for (const auto& [across, down] : {std::pair{-3.0, -3.0}, {5.0, -3.0}, {-3.0, 5.0}, {5.0, 5.0}}) {
         const StokesVector near = scene.light_at(x + across, y + down);
-        smooth = smooth && std::hypot(light.s1 - near.s1, light.s2 - near.s2, light.s0 - near.s0) < 0.05 * light.s0;
+        smooth = smooth && std::hypot(light.s1 - near.s1, light.s2 - near.s2, light.s0 - near.s0) < 0.08 * light.s0;
       }
       if (smooth && light.degree() > 0.3) {
         const double angle = azimuth.at<std::uint16_t>(y, x) * 180.0 / output_maximum - 90.0;
@@ -213,8 +213,8 @@ TEST_P(CalibratedRoute, ErrorsBeforeAndAfter) {
   const bool plugin = std::string(GetParam()) == NEROVA_LIBRARY;
   const std::string library = " --library \"" + std::string(GetParam()) + "\"";
   const std::string calibration = " --calibration calibration.json";
-  camera_.width = 612;
-  camera_.height = 512;
+  camera_.width = 306;
+  camera_.height = 256;
   camera_.dark_level = 64.0;
   camera_.full_well = 10000;
   write_series({0, 15, 30, 45, 60, 75, 90, 105, 120, 135, 150, 165}, 0.05);
@@ -222,6 +222,8 @@ TEST_P(CalibratedRoute, ErrorsBeforeAndAfter) {
 
   // Without noise, what is left is the sensor's doing, and the library's documented 0.16 degrees.
   camera_.full_well = 0.0;
+  camera_.width = 1224;
+  camera_.height = 1024;
   std::string complaints;
   const SimulatedScene scene(camera_.width, camera_.height, {});
   write_frame("frame.pgm", scene);
@@ -250,7 +252,7 @@ TEST_P(CalibratedRoute, ErrorsBeforeAndAfter) {
   EXPECT_LT(edges_after.degree_rms, 0.002);
   if (plugin) {
     EXPECT_LT(after.azimuth_rms, ideal.azimuth_rms + 0.01);
-    EXPECT_LT(after.stokes_angle_rms, 0.05);
+    EXPECT_LT(after.stokes_angle_rms, ideal.stokes_angle_rms + 0.01);
     EXPECT_LT(after.degree_rms, ideal.degree_rms + 0.0005);
   } else {
     EXPECT_EQ(after.azimuth_rms, before.azimuth_rms);
