@@ -100,9 +100,11 @@ void add_simulate(CLI::App& app, nerova_zel::SimulateOptions& options) {
 void add_calibrate(CLI::App& app, nerova_zel::CalibrateOptions& options) {
   CLI::App* command = app.add_subcommand(
       "calibrate", "Find the calibration of a camera from frames of a uniform source behind a linear polarizer");
-  command->add_option("--frame", options.frames,
-                      "ANGLE:FILE of a frame; repeat it for four angles or more. Angles are degrees from the image's "
-                      "horizontal axis, counter-clockwise as seen in the image");
+  command
+      ->add_option("--frame", options.frames,
+                   "ANGLE:FILE of a frame; repeat it for four angles or more. Angles are degrees from the image's "
+                   "horizontal axis, counter-clockwise as seen in the image")
+      ->allow_extra_args(false);
   command->add_option("--list", options.list, "Text file with a line ANGLE,FILE for each frame");
   command->add_option("--dark", options.dark, "Frame without light, for the dark level");
   command->add_option("--raw", options.raw, "The files are headerless pixels of this size, WxH");
