@@ -66,11 +66,11 @@ else()
   set(NEROVA_NO_UNDEFINED -Wl,--no-undefined)
 endif()
 
-# nerova_library_rules(target description): what all shared libraries that are shipped have in common. They export the
-# names in <folder of the sources>/<target>.def on Windows and in exports.map there elsewhere, and nothing else.
-function(nerova_library_rules target description)
+# nerova_library_rules(target description def): what all shared libraries that are shipped have in common. They export
+# the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
+function(nerova_library_rules target description def)
   if(WIN32)
-    target_sources(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${target}.def)
+    target_sources(${target} PRIVATE ${def})
     set(NEROVA_FILE_DESCRIPTION ${description})
     set(NEROVA_FILE_NAME ${target})
     configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
