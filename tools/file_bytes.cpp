@@ -19,10 +19,10 @@ namespace nerova_zel {
 namespace {
 
 /** Opens a file and finds its length. */
-std::uint64_t open(const std::string& path, std::ifstream& file) {
+std::uint64_t open(const std::string& path, const std::string& meant, std::ifstream& file) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) {
-    throw Failure(path + " is a directory; the file of a frame is needed.");
+    throw Failure(path + " is a directory; " + meant + " is needed.");
   }
   errno = 0;
   file.open(path, std::ios::binary | std::ios::ate);
@@ -42,16 +42,16 @@ void read(const std::string& path, std::ifstream& file, std::uint64_t offset, By
 
 }  // namespace
 
-Bytes read_bytes(const std::string& path) {
+Bytes read_bytes(const std::string& path, const std::string& meant) {
   std::ifstream file;
-  Bytes bytes(static_cast<std::size_t>(open(path, file)));
+  Bytes bytes(static_cast<std::size_t>(open(path, meant, file)));
   read(path, file, 0, bytes);
   return bytes;
 }
 
 void read_bytes(const std::string& path, std::uint64_t offset, std::size_t count, Bytes& bytes) {
   std::ifstream file;
-  const std::uint64_t length = open(path, file);
+  const std::uint64_t length = open(path, "the file of a frame", file);
   const std::uint64_t present = length - std::min(length, offset);
   bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(present, count)));
   read(path, file, offset, bytes);

@@ -1,6 +1,5 @@
 #include "frame_inputs.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -9,21 +8,7 @@
 
 namespace nerova_zel {
 
-namespace {
-
 namespace fs = std::filesystem;
-
-std::uint64_t count_frames(const std::string& path, const std::optional<HeaderlessLayout>& headerless) {
-  if (!headerless || !headerless->format) {
-    return 1;
-  }
-  std::error_code error;
-  const std::uint64_t bytes = fs::file_size(path, error);
-  const std::uint64_t one = frame_bytes(*headerless);
-  return error ? 1 : std::max<std::uint64_t>(1, (bytes + one - 1) / one);
-}
-
-}  // namespace
 
 std::string FrameInput::name() const { return is_standard_input() ? "standard input" : path; }
 

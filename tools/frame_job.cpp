@@ -7,7 +7,7 @@
 #include <opencv2/core.hpp>
 
 #include "failure.h"
-#include "picture_reader.h"
+#include "frame_reader.h"
 
 namespace nerova_zel {
 
@@ -66,19 +66,19 @@ FrameReport FrameJob::work(const FrameTicket& ticket) {
   }
   read(ticket);
   crop(name);
-  const int depth = bit_depth(name);
+  const int depth = bit_depth_of(frame_, request_.bit_depth, name);
   outputs_.allocate(frame_.width, frame_.height);
   const Timing timing = transform(depth);
   write(ticket, depth);
   return describe(name, depth, timing);
 }
 
-/** Whether all outputs are there, and made since the frame was. */
+/** Whether all outputs are there, and made since the frame and the calibration were. */
 bool FrameJob::is_finished(const FrameTicket& ticket) const {
   std::error_code error;
-  fs::file_time_type made = fs::file_time_type::min();
+  fs::file_time_type made = request_.calibrated;
   if (!ticket.input->is_standard_input()) {
-    made = fs::last_write_time(ticket.input->path, error);
+    made = std::max(made, fs::last_write_time(ticket.input->path, error));
   }
   const std::string stem = ticket.input->output_stem(ticket.number);
   return !error && std::all_of(request_.files.begin(), request_.files.end(), [&](const OutputFile& file) {
@@ -88,20 +88,11 @@ bool FrameJob::is_finished(const FrameTicket& ticket) const {
 }
 
 void FrameJob::read(const FrameTicket& ticket) {
-  const std::string& path = ticket.input->path;
-  if (!request_.headerless) {
-    frame_ = read_picture(path);
-    return;
+  if (ticket.input->is_standard_input()) {
+    unpack_frame(ticket.name(), bytes_, *request_.headerless, frame_);
+  } else {
+    read_frame(ticket.input->path, ticket.number, ticket.name(), request_.headerless, bytes_, frame_);
   }
-  HeaderlessLayout layout = *request_.headerless;
-  if (!layout.format) {
-    bytes_ = read_bytes(path);
-    layout.format = format_by_length(path, layout.size, bytes_.size());
-  } else if (!ticket.input->is_standard_input()) {
-    const std::size_t length = frame_bytes(layout);
-    read_bytes(path, ticket.number * length, length, bytes_);
-  }
-  unpack_frame(ticket.name(), bytes_, layout, frame_);
 }
 
 void FrameJob::crop(const std::string& name) {
@@ -127,17 +118,17 @@ void FrameJob::crop(const std::string& name) {
   frame_.pixels.resize(to * static_cast<std::size_t>(region.size.height));
 }
 
-int FrameJob::bit_depth(const std::string& name) const {
-  if (request_.bit_depth && *request_.bit_depth > frame_.storage_bits) {
-    throw Failure("--bit-depth " + std::to_string(*request_.bit_depth) + " is more than the " +
-                  std::to_string(frame_.storage_bits) + " bits of a pixel in " + name + ".");
+const std::vector<std::uint16_t>& FrameJob::pixels_to_transform(int bit_depth) {
+  if (!request_.calibration) {
+    return frame_.pixels;
   }
-  return request_.bit_depth.value_or(frame_.bit_depth);
+  without_dark_level(frame_, {request_.layout, origin_.x, origin_.y, bit_depth}, *request_.calibration, calibrated_);
+  return calibrated_;
 }
 
 FrameJob::Timing FrameJob::transform(int bit_depth) {
   const TransformInput input{request_.layout.phase(),
-                             frame_.pixels.data(),
+                             pixels_to_transform(bit_depth).data(),
                              origin_.x,
                              origin_.y,
                              frame_.width,

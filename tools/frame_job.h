@@ -44,7 +44,8 @@ class FrameJob {
   void read(const FrameTicket& ticket);
   /** Leaves the wanted region. */
   void crop(const std::string& name);
-  int bit_depth(const std::string& name) const;
+  /** Without their dark level where a calibration says it. */
+  const std::vector<std::uint16_t>& pixels_to_transform(int bit_depth);
   Timing transform(int bit_depth);
   void write(const FrameTicket& ticket, int bit_depth);
   FrameReport describe(const std::string& name, int bit_depth, const Timing& timing) const;
@@ -53,6 +54,8 @@ class FrameJob {
   const Library& library_;
   Bytes bytes_;
   RawFrame frame_;
+  /** The frame without its dark level. */
+  std::vector<std::uint16_t> calibrated_;
   /** Of the frame, or of the wanted region of it. */
   Origin origin_;
   FrameOutputs outputs_;

@@ -1,5 +1,8 @@
 #include "headerless_frame.h"
 
+#include <algorithm>
+#include <filesystem>
+
 #include "failure.h"
 
 namespace nerova_zel {
@@ -18,6 +21,16 @@ std::string describe(const FrameSize& size) {
 
 std::size_t frame_bytes(const HeaderlessLayout& layout) {
   return byte_count(layout.format.value(), pixel_count(layout.size));
+}
+
+std::uint64_t count_frames(const std::string& path, const std::optional<HeaderlessLayout>& headerless) {
+  if (!headerless || !headerless->format) {
+    return 1;
+  }
+  std::error_code error;
+  const std::uint64_t bytes = std::filesystem::file_size(path, error);
+  const std::uint64_t one = frame_bytes(*headerless);
+  return error ? 1 : std::max<std::uint64_t>(1, (bytes + one - 1) / one);
 }
 
 PixelFormat format_by_length(const std::string& path, const FrameSize& size, std::uint64_t bytes) {

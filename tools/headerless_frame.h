@@ -20,6 +20,9 @@ struct HeaderlessLayout {
 /** Bytes of one frame; the layout's format must be known. */
 std::size_t frame_bytes(const HeaderlessLayout& layout);
 
+/** How many frames a file holds, a last one that is cut short included; 1 where the layout or its format is unknown. */
+std::uint64_t count_frames(const std::string& path, const std::optional<HeaderlessLayout>& headerless);
+
 /** The format that makes a file of so many bytes one frame: Mono8 or Mono16. Throws Failure. */
 PixelFormat format_by_length(const std::string& path, const FrameSize& size, std::uint64_t bytes);
 

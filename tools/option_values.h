@@ -1,9 +1,12 @@
 #pragma once
 
+#include <array>
+#include <optional>
 #include <set>
 #include <string>
 
 #include "frame_outputs.h"
+#include "headerless_frame.h"
 #include "raw_frame.h"
 
 namespace nerova_zel {
@@ -18,6 +21,10 @@ struct Origin {
 /** "WxH", both at least 2, and at most 2^28 pixels in all. */
 FrameSize parse_size(const std::string& option, const std::string& text);
 
+/** The values of --raw and --pixel-format; nothing without --raw. */
+std::optional<HeaderlessLayout> parse_headerless(const std::optional<std::string>& raw,
+                                                 const std::optional<std::string>& pixel_format);
+
 /** "X,Y", both at least 0. */
 Origin parse_origin(const std::string& text);
 
@@ -26,6 +33,12 @@ Region parse_region(const std::string& text);
 
 /** A list such as "azimuth,dolp", or "all". */
 std::set<OutputKind> parse_outputs(const std::string& text);
+
+/** A number from `least` to `greatest` for each of the polarizers 0, 45, 90 and 135: "1,0.9,1,1", or one for all. */
+std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest);
+
+/** The number that the whole text makes up, with a point whatever the locale. */
+std::optional<double> parse_number(const std::string& text);
 
 /** 0, 45, 90 or 135. */
 void check_layout(int degrees);

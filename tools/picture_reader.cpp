@@ -101,7 +101,7 @@ RawFrame from_picture(const std::string& path, const Bytes& bytes) {
 }  // namespace
 
 RawFrame read_picture(const std::string& path) {
-  const Bytes bytes = read_bytes(path);
+  const Bytes bytes = read_bytes(path, "the file of a frame");
   if (bytes.empty()) {
     throw Failure(path + " is empty; a PNG, TIFF or PGM file is needed.");
   }

@@ -94,4 +94,6 @@ std::FILE* messages() {
   return stream;
 }
 
+void note(const std::string& sentence) { std::fprintf(messages(), "nerova-polarize: note: %s\n", sentence.c_str()); }
+
 }  // namespace nerova_zel

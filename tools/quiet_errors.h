@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <string>
 
 namespace nerova_zel {
 
@@ -21,5 +22,8 @@ class QuietErrors {
  * before the first of them.
  */
 std::FILE* messages();
+
+/** Tells the user what is good to know though nothing fails. */
+void note(const std::string& sentence);
 
 }  // namespace nerova_zel

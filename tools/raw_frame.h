@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace nerova_zel {
@@ -28,5 +30,8 @@ struct RawFrame {
   /** width * height values, row by row. */
   std::vector<std::uint16_t> pixels;
 };
+
+/** The `wanted` bit depth of a frame, else its own. Throws Failure if its pixels have no room for it. */
+int bit_depth_of(const RawFrame& frame, const std::optional<int>& wanted, const std::string& name);
 
 }  // namespace nerova_zel

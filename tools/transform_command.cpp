@@ -6,6 +6,7 @@
 #include "file_set.h"
 #include "interruption.h"
 #include "output_names.h"
+#include "quiet_errors.h"
 
 namespace nerova_zel {
 
@@ -22,6 +23,16 @@ std::vector<std::string> endings(const std::vector<OutputFile>& files) {
   return all;
 }
 
+/** Has the library use the calibration, and says so where it will not do for a whole frame. */
+void use_calibration(Library& library, const Calibration& calibration, const std::string& path) {
+  if (!library.calibrates_every_pixel()) {
+    note("the calibration " + path +
+         " reaches only the last columns and rows of a frame: no vector plugin serves this computer, and the built-in "
+         "kernels compute the other pixels with the default calibration.");
+  }
+  library.set_calibration(calibration.matrices);
+}
+
 }  // namespace
 
 void run_transform(const TransformOptions& options) {
@@ -32,7 +43,10 @@ void run_transform(const TransformOptions& options) {
   if (request.repeat == 0) {
     request.repeat = lone_frame ? repeat_of_lone_frame : 1;
   }
-  const Library library(options.library);
+  Library library(options.library);
+  if (request.calibration) {
+    use_calibration(library, *request.calibration, *options.calibration);
+  }
   FileSet directory;  // goes again if no frame succeeds
   directory.make_directory(request.directory);
   BatchReport report(frames.total(), lone_frame);

@@ -11,24 +11,6 @@ namespace {
 
 constexpr int most_jobs = 1024;
 
-std::optional<HeaderlessLayout> read_headerless(const TransformOptions& options) {
-  if (!options.raw) {
-    if (options.pixel_format) {
-      throw Failure("--pixel-format is for headerless pixels; say their size with --raw WxH.");
-    }
-    return std::nullopt;
-  }
-  HeaderlessLayout layout{parse_size("--raw", *options.raw), std::nullopt};
-  if (options.pixel_format) {
-    layout.format = find_pixel_format(*options.pixel_format);
-    if (!layout.format) {
-      throw Failure("--pixel-format " + *options.pixel_format + " is unknown; it must be one of " +
-                    pixel_format_names() + ".");
-    }
-  }
-  return layout;
-}
-
 }  // namespace
 
 TransformRequest read_options(const TransformOptions& options) {
@@ -50,7 +32,7 @@ TransformRequest read_options(const TransformOptions& options) {
     throw Failure("--degree-max must be above 0 and at most 1.");
   }
   TransformRequest request;
-  request.headerless = read_headerless(options);
+  request.headerless = parse_headerless(options.raw, options.pixel_format);
   request.layout = MosaicLayout(options.layout);
   request.origin = parse_origin(options.origin);
   if (options.region) {
@@ -65,6 +47,10 @@ TransformRequest read_options(const TransformOptions& options) {
   request.repeat = options.repeat.value_or(0);
   request.jobs = options.jobs.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));
   request.overwrite = options.overwrite;
+  if (options.calibration) {
+    request.calibration = read_calibration(*options.calibration);
+    request.calibrated = std::filesystem::last_write_time(*options.calibration);
+  }
   return request;
 }
 

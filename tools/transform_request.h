@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "calibration_file.h"
 #include "frame_outputs.h"
 #include "headerless_frame.h"
 #include "mosaic_layout.h"
@@ -31,6 +32,7 @@ struct TransformOptions {
   std::optional<double> degree_limit;
   std::optional<int> repeat;
   std::optional<int> jobs;
+  std::optional<std::string> calibration;
   bool overwrite = false;
   std::string library;
 };
@@ -43,6 +45,9 @@ struct TransformRequest {
   std::optional<Region> region;
   std::optional<int> bit_depth;
   int output_maximum = 65535;
+  std::optional<Calibration> calibration;
+  /** When its file was written. */
+  std::filesystem::file_time_type calibrated = std::filesystem::file_time_type::min();
   std::set<OutputKind> outputs;
   std::vector<OutputFile> files;
   std::filesystem::path directory;

@@ -1,8 +1,8 @@
 #include "support/loaded_library.h"
 
-#include <dlfcn.h>
-
 #include <stdexcept>
+
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 
@@ -18,10 +18,7 @@ void resolve(const LoadedLibrary& library, const char* name, Function& function)
 
 }  // namespace
 
-LoadedLibrary::LoadedLibrary(const std::string& path) : module_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-  if (module_ == nullptr) {
-    throw std::runtime_error("cannot load " + path + ": " + dlerror());
-  }
+LoadedLibrary::LoadedLibrary(const std::string& path) : module_(open_module(path)) {
   resolve(*this, "nv_polarization_processor_module_initialize", module_initialize);
   resolve(*this, "nv_polarization_processor_module_terminate", module_terminate);
   resolve(*this, "nv_polarization_processor_create_polarization_processor", create);
@@ -31,9 +28,9 @@ LoadedLibrary::LoadedLibrary(const std::string& path) : module_(dlopen(path.c_st
   resolve(*this, "nv_polarization_processor_transform", transform);
 }
 
-LoadedLibrary::~LoadedLibrary() { dlclose(module_); }
+LoadedLibrary::~LoadedLibrary() { close_module(module_); }
 
-void* LoadedLibrary::find(const char* name) const { return dlsym(module_, name); }
+void* LoadedLibrary::find(const char* name) const { return find_name(module_, name); }
 
 std::string library_path() { return NEROVA_LIBRARY_PATH; }
 
