@@ -1,5 +1,7 @@
 #include "rotating_file.h"
 
+#include <utility>
+
 namespace nerova_zel::logger {
 
 namespace {
@@ -10,40 +12,51 @@ std::filesystem::path numbered(const std::filesystem::path& path, std::uint32_t 
   return result;
 }
 
-/** Stops at the first refusal, so that no file is lost; what is in the way is moved by the next attempt. */
+/**
+ * Frees the path, by moving the files up to the first number that is free. Stops at the first refusal, so that none is
+ * lost; what is in the way is moved by the next attempt.
+ */
 void shift_files(const std::filesystem::path& path, std::uint32_t kept_files) {
   if (kept_files == 0) {
     discard_file(path);
     return;
   }
-  if (!discard_file(numbered(path, kept_files))) {
+  std::error_code error;
+  std::uint32_t free_number = 1;
+  while (free_number < kept_files && std::filesystem::exists(numbered(path, free_number), error)) {
+    ++free_number;
+  }
+  if (!discard_file(numbered(path, free_number))) {
     return;
   }
-  for (std::uint32_t number = kept_files - 1; number > 0; --number) {
-    std::error_code error;
-    std::filesystem::rename(numbered(path, number), numbered(path, number + 1), error);
-    if (error && error != std::errc::no_such_file_or_directory) {
-      return;
-    }
+  for (; free_number > 1 && !error; --free_number) {
+    std::filesystem::rename(numbered(path, free_number - 1), numbered(path, free_number), error);
   }
-  std::error_code ignored;
-  std::filesystem::rename(path, numbered(path, 1), ignored);
+  if (!error) {
+    std::filesystem::rename(path, numbered(path, 1), error);
+  }
 }
 
 }  // namespace
 
 bool RotatingFile::open() {
-  if (place_.empty()) {
-    std::error_code error;
-    const std::filesystem::path place =
-        std::filesystem::weakly_canonical(std::filesystem::absolute(std::filesystem::u8path(name_), error), error);
-    if (error || !file_.open(place)) {
-      return false;
-    }
-    place_ = place;
-    return true;
+  if (!place_.empty()) {
+    return file_.open(place_);
   }
-  return file_.open(place_);
+  std::error_code error;
+  std::filesystem::path place = std::filesystem::absolute(std::filesystem::u8path(name_), error);
+  if (error) {
+    return false;
+  }
+  std::filesystem::path canonical = std::filesystem::weakly_canonical(place, error);
+  if (!error) {  // as happens when another process rotates in between
+    place = std::move(canonical);
+  }
+  if (!file_.open(place)) {
+    return false;
+  }
+  place_ = std::move(place);
+  return true;
 }
 
 bool RotatingFile::append(const char* text, std::size_t length) {

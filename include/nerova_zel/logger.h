@@ -26,7 +26,7 @@
  * %m month, %d day, %H hour, %M minute, %S second, %e %f %F its milli-, micro- and nanoseconds, %E seconds since 1970;
  * %a %A %b %h %B %c %C %D %x %I %p %r %R %T %X as strftime has them in the C locale, save that %c ends with the year and
  * %C is the year's last two digits; %u %i %o %O nano-, micro-, milli- and whole seconds since the last record. A width
- * may stand after the %, with - to fill on the right, = on both sides, and ! behind it to cut: %-8l, %12!s.
+ * may stand after the %, with - to fill on the right, = on both sides, and ! behind it to cut: %-8l, %12!s, %12!!.
  *
  * The log file is opened when the first record is written; one line per record. Several processes may write the same
  * file and rotate it: lines stay whole, and none is lost to a rotation unless it was next to be removed.

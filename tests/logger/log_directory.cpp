@@ -1,0 +1,49 @@
+#include "logger/log_directory.h"
+
+#include <fstream>
+#include <random>
+
+namespace nerova_zel::test {
+
+Lines lines_of(const std::string& file) {
+  Lines lines;
+  std::ifstream stream(file, std::ios::binary);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+std::vector<int> numbers_of(const std::string& file) {
+  std::vector<std::string> files{file};
+  for (int number = 1; std::filesystem::exists(file + "." + std::to_string(number)); ++number) {
+    files.insert(files.begin(), file + "." + std::to_string(number));
+  }
+  std::vector<int> numbers;
+  for (const std::string& name : files) {
+    for (const std::string& line : lines_of(name)) {
+      numbers.push_back(std::stoi(line));
+    }
+  }
+  return numbers;
+}
+
+LogDirectory::LogDirectory() : before_(std::filesystem::current_path()) {
+  std::random_device random;
+  do {
+    directory_ = std::filesystem::temp_directory_path() / ("nerova_zel_log_" + std::to_string(random()));
+  } while (!std::filesystem::create_directory(directory_));
+  std::filesystem::current_path(directory_);
+}
+
+LogDirectory::~LogDirectory() {
+  std::filesystem::current_path(before_);
+  std::error_code ignored;
+  std::filesystem::remove_all(directory_, ignored);
+}
+
+void LogDirectory::configure(const std::string& text) {
+  std::ofstream("nerova_zel_logger.cfg", std::ios::binary) << text;
+}
+
+}  // namespace nerova_zel::test

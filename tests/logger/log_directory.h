@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "logger/loaded_logger.h"
+
+namespace nerova_zel::test {
+
+using Lines = std::vector<std::string>;
+
+/** The lines of a file in the working directory; none when it is missing. */
+Lines lines_of(const std::string& file);
+
+/** The numbers that the lines consist of, of the rotated files from the oldest on and then of the file itself. */
+std::vector<int> numbers_of(const std::string& file);
+
+/** Tests in a new, empty working directory with the logger loaded. */
+class LogDirectory : public testing::Test {
+ protected:
+  LogDirectory();
+  ~LogDirectory() override;
+
+  static void configure(const std::string& text);
+
+  /** Of module "M". */
+  void* get_log() const { return logger.get_log("M", "", "nerova_zel_logger.cfg"); }
+  void free_log() const { logger.free_log("M", ""); }
+  std::int32_t write(void* log, const std::string& message, std::int32_t level = 2) const {
+    return logger.log(log, level, "source.cpp", 7, "function", message.c_str());
+  }
+
+  const LoadedLogger logger{NEROVA_LOGGER};
+
+ private:
+  std::filesystem::path before_;
+  std::filesystem::path directory_;
+};
+
+}  // namespace nerova_zel::test
