@@ -1,5 +1,6 @@
 #include "registry.h"
 
+#include <new>
 #include <tuple>
 
 namespace nerova_zel::logger {
@@ -67,7 +68,8 @@ void Registry::flush() noexcept {
 }
 
 Registry& registry() {
-  static Registry& only = *new Registry;
+  alignas(Registry) static unsigned char place[sizeof(Registry)];
+  static Registry& only = *new (place) Registry;
   static const FlushAtExit flush_at_exit;
   return only;
 }

@@ -1,5 +1,5 @@
 #include <chrono>
-#include <regex>
+#include <ctime>
 
 #include "logger/log_directory.h"
 
@@ -7,6 +7,14 @@ namespace nerova_zel::test {
 namespace {
 
 using Configuration = LogDirectory;
+
+/** The line with zeros for the digits of its first column. */
+std::string with_any_time(std::string line) {
+  for (std::size_t i = 0; i < line.find('\t'); ++i) {
+    line[i] = line[i] >= '0' && line[i] <= '9' ? '0' : line[i];
+  }
+  return line;
+}
 
 TEST_F(Configuration, MissingFileMeansTheDefaults) {
   void* const log = get_log();
@@ -18,9 +26,9 @@ TEST_F(Configuration, MissingFileMeansTheDefaults) {
   free_log();
   const Lines lines = lines_of("nerova_zel.log");
   ASSERT_EQ(lines.size(), 2U);
-  const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z";
-  EXPECT_TRUE(std::regex_match(lines[0], std::regex(time + "\t2\tM\tsource\\.cpp:7\tfunction\tfirst"))) << lines[0];
-  EXPECT_TRUE(std::regex_match(lines[1], std::regex(time + "\t-5\tM\t.*\ttwo lines  "))) << lines[1];
+  const std::string time = "0000-00-00T00:00:00.000Z";
+  EXPECT_EQ(with_any_time(lines[0]), time + "\t2\tM\tsource.cpp:7\tfunction\tfirst");
+  EXPECT_EQ(with_any_time(lines[1]), time + "\t-5\tM\tsource.cpp:7\tfunction\ttwo lines  ");
 }
 
 TEST_F(Configuration, SampleHoldsTheDefaults) {
@@ -105,7 +113,7 @@ TEST_F(Configuration, TimesAreThePresent) {
   free_log();
   const Lines lines = lines_of("nerova_zel.log");
   ASSERT_EQ(lines.size(), 1U);
-  const std::time_t time = std::stoll(lines[0]);
+  const auto time = static_cast<std::time_t>(std::stoll(lines[0]));
   EXPECT_GE(time, before);
   EXPECT_LE(time, now());
   EXPECT_EQ(std::stoi(lines[0].substr(lines[0].find(' '))), 1900 + std::gmtime(&time)->tm_year);
