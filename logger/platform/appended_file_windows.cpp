@@ -13,12 +13,24 @@ constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 
 HANDLE handle_of(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
-/** A byte that no file reaches: locked regions are closed to the other processes' reads and writes. */
-OVERLAPPED locked_region() {
+/** Bytes that no file reaches: what is locked is closed to the other processes' reads and writes. */
+enum class Lock : DWORD { Rotation, Append };
+
+OVERLAPPED region_of(Lock lock) {
   OVERLAPPED region = {};
-  region.Offset = 0;
+  region.Offset = static_cast<DWORD>(lock);
   region.OffsetHigh = 0x7FFFFFFF;
   return region;
+}
+
+bool try_lock_region(std::intptr_t file, Lock lock) {
+  OVERLAPPED region = region_of(lock);
+  return LockFileEx(handle_of(file), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &region) != 0;
+}
+
+void unlock_region(std::intptr_t file, Lock lock) {
+  OVERLAPPED region = region_of(lock);
+  UnlockFileEx(handle_of(file), 0, 1, 0, &region);
 }
 
 std::uint64_t joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
@@ -49,8 +61,7 @@ void AppendedFile::close() noexcept {
     return;
   }
   if (locked_) {
-    OVERLAPPED region = locked_region();
-    UnlockFileEx(handle_of(handle_), 0, 1, 0, &region);
+    unlock_region(handle_, Lock::Rotation);
     locked_ = false;
   }
   CloseHandle(handle_of(handle_));
@@ -72,30 +83,42 @@ std::optional<std::uint64_t> AppendedFile::size_at(const std::filesystem::path& 
   return joined(status.nFileSizeHigh, status.nFileSizeLow);
 }
 
+// Local file systems find the end and write in one step; servers and emulations of them do not, hence the lock. A
+// process that was stopped while it held it must not stop the others: after a while they go without.
 bool AppendedFile::append(const char* text, std::size_t length) const noexcept {
+  constexpr int tries = 200;
+  constexpr int tries_without_pause = 100;
+  bool locked = try_lock_region(handle_, Lock::Append);
+  for (int i = 1; i < tries && !locked; ++i) {
+    Sleep(i < tries_without_pause ? 0 : 1);
+    locked = try_lock_region(handle_, Lock::Append);
+  }
   DWORD written = 0;
-  return WriteFile(handle_of(handle_), text, static_cast<DWORD>(length), &written, nullptr) != 0 && written == length;
+  const bool done = WriteFile(handle_of(handle_), text, static_cast<DWORD>(length), &written, nullptr) != 0;
+  if (locked) {
+    unlock_region(handle_, Lock::Append);
+  }
+  return done && written == length;
 }
 
 bool AppendedFile::force_to_disk() const noexcept { return FlushFileBuffers(handle_of(handle_)) != 0; }
 
 bool AppendedFile::try_lock() noexcept {
-  OVERLAPPED region = locked_region();
-  locked_ = LockFileEx(handle_of(handle_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &region) != 0;
+  locked_ = try_lock_region(handle_, Lock::Rotation);
   return locked_;
 }
 
 // An open file keeps its name until all have closed it; so it gets another name first.
 bool discard_file(const std::filesystem::path& path) noexcept {
   static std::atomic<unsigned> count = 0;
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+    return attributes == INVALID_FILE_ATTRIBUTES && GetLastError() == ERROR_FILE_NOT_FOUND;
+  }
   try {
     const std::wstring discarded = path.wstring() + L"." + std::to_wstring(GetCurrentProcessId()) + L"-" +
                                    std::to_wstring(count++) + L".discarded";
-    if (MoveFileExW(path.c_str(), discarded.c_str(), 0) == 0) {
-      return GetLastError() == ERROR_FILE_NOT_FOUND;
-    }
-    DeleteFileW(discarded.c_str());
-    return true;
+    return MoveFileExW(path.c_str(), discarded.c_str(), 0) != 0 && DeleteFileW(discarded.c_str()) != 0;
   } catch (...) {
     return false;
   }

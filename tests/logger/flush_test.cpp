@@ -1,5 +1,4 @@
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 
 #include "logger/log_directory.h"
@@ -47,8 +46,7 @@ TEST_F(Flush, BufferIsWrittenOnErrorsWhenFullAndAfterASecond) {
 
 TEST_F(Flush, BufferIsWrittenWhenAProgramEndsWithoutFreeing) {
   configure("level = 7\nflush = buffer\n");
-  const std::string command = "\"" NEROVA_LOG_WRITER "\" \"" NEROVA_LOGGER "\" nerova_zel_logger.cfg M 10";
-  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(run_log_writer("M", 10), 0);
   EXPECT_EQ(lines_of("nerova_zel.log").size(), 10U);
 }
 

@@ -1,5 +1,6 @@
 #include "logger/log_directory.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <random>
 
@@ -26,6 +27,15 @@ std::vector<int> numbers_of(const std::string& file) {
     }
   }
   return numbers;
+}
+
+int run_log_writer(const std::string& module_name, int records) {
+  std::string command = "\"" NEROVA_LOG_WRITER "\" \"" NEROVA_LOGGER "\" nerova_zel_logger.cfg " + module_name + ' ' +
+                        std::to_string(records);
+#if defined(_WIN32)
+  command = '"' + command + '"';  // of which its shell takes away the first and the last quote
+#endif
+  return std::system(command.c_str());
 }
 
 LogDirectory::LogDirectory() : before_(std::filesystem::current_path()) {

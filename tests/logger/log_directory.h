@@ -18,6 +18,9 @@ Lines lines_of(const std::string& file);
 /** The numbers that the lines consist of, of the rotated files from the oldest on and then of the file itself. */
 std::vector<int> numbers_of(const std::string& file);
 
+/** In a process of its own; returns what that returns. Numbered records of level 7, the log not freed. */
+int run_log_writer(const std::string& module_name, int records);
+
 /** Tests in a new, empty working directory with the logger loaded. */
 class LogDirectory : public testing::Test {
  protected:

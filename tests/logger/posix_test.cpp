@@ -43,6 +43,19 @@ TEST_F(Posix, HalfALineIsTakenBack) {
   EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"first", "last"}));
 }
 
+TEST_F(Posix, RemovedFolderMayComeBack) {
+  configure("file = folder/a.log\npattern = %v\n");
+  std::filesystem::create_directory("folder");
+  void* const log = get_log();
+  EXPECT_EQ(write(log, "removed"), 0);
+  std::filesystem::remove_all("folder");
+  EXPECT_NE(write(log, "lost"), 0);
+  std::filesystem::create_directory("folder");
+  EXPECT_EQ(write(log, "again"), 0);
+  free_log();
+  EXPECT_EQ(lines_of("folder/a.log"), Lines{"again"});
+}
+
 TEST_F(Posix, PipeIsRefusedAtOnce) {
   configure("file = pipe\n");
   ASSERT_EQ(mkfifo("pipe", 0600), 0);

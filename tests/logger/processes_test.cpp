@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <map>
 #include <thread>
 
@@ -16,11 +15,7 @@ class Processes : public LogDirectory {
   static void run() {
     std::vector<std::thread> workers;
     for (const char name : names) {
-      workers.emplace_back([name] {
-        const std::string command = "\"" NEROVA_LOG_WRITER "\" \"" NEROVA_LOGGER "\" nerova_zel_logger.cfg " +
-                                    std::string(1, name) + " " + std::to_string(records);
-        EXPECT_EQ(std::system(command.c_str()), 0);
-      });
+      workers.emplace_back([name] { EXPECT_EQ(run_log_writer(std::string(1, name), records), 0); });
     }
     for (std::thread& worker : workers) {
       worker.join();
