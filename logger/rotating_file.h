@@ -10,8 +10,8 @@
 namespace nerova_zel::logger {
 
 /**
- * The log file, which other processes may append to and rotate at the same time. Opened by the first append. An append
- * never waits for another process: while one rotates, the others go on in the file that they have open.
+ * The log file, which other processes may append to and rotate at the same time. Opened by the first append. No append
+ * waits for a rotation: meanwhile the others go on in the file that they have open.
  *
  * Not for several threads at once.
  */

@@ -5,9 +5,9 @@
  * Self-contained C99; C calling convention. All entries may be called from any thread and raise nothing. Strings are
  * zero-terminated, never NULL and not kept by the library beyond the call.
  *
- * The configuration file holds lines `key = value`. A # at the start of a line or after a blank starts a comment. Of a key
- * that is given twice the last one holds. A faulty line is ignored and reported by a record of level 2, whatever the
- * level; a missing file or key means the default.
+ * The configuration file holds lines `key = value`. A # at the start of a line or after a blank starts a comment. Of a
+ * key that is given twice the last one holds. A faulty line is ignored and reported by a record of level 2, whatever
+ * the level; a missing file or key means the default.
  *  - file: where records go, appended; UTF-8, relative to the working directory in which the first record is written.
  *    A regular file or a character device. Default nerova_zel.log.
  *  - level: the highest level that is written, from 0. Default 2, errors only; 7 adds timing records.
@@ -24,9 +24,10 @@
  * Flags: %l level, %n module name (and "/" and the second name, if that is not empty), %g source file as given, %s its
  * last part, %# source line, %! function, %v message, %t thread, %P process, %% a percent sign; times, in UTC: %Y year,
  * %m month, %d day, %H hour, %M minute, %S second, %e %f %F its milli-, micro- and nanoseconds, %E seconds since 1970;
- * %a %A %b %h %B %c %C %D %x %I %p %r %R %T %X as strftime has them in the C locale, save that %c ends with the year and
- * %C is the year's last two digits; %u %i %o %O nano-, micro-, milli- and whole seconds since the last record. A width
- * may stand after the %, with - to fill on the right, = on both sides, and ! behind it to cut: %-8l, %12!s, %12!!.
+ * %a %A %b %h %B %c %C %D %x %I %p %r %R %T %X as strftime has them in the C locale, save that %c ends with the year
+ * and %C is the year's last two digits; %u %i %o %O nano-, micro-, milli- and whole seconds since the last record. A
+ * width may stand after the %, with - to fill on the right, = on both sides, and ! behind it to cut: %-8l, %12!s,
+ * %12!!.
  *
  * The log file is opened when the first record is written; one line per record. Several processes may write the same
  * file and rotate it: lines stay whole, and none is lost to a rotation unless it was next to be removed.
@@ -59,8 +60,8 @@ NEROVA_ZEL_LOGGER_API void* zel_get_log(const char* module_name, const char* sec
                                         const char* configuration_file_name);
 
 /**
- * Writes one record. One that its level keeps out costs a comparison and is seen by nothing else. No call waits for
- * another process.
+ * Writes one record. One that its level keeps out costs a comparison. Waits for other threads' records, but not for
+ * other processes, save on Windows, there for a quarter of a second at most.
  *
  * @param log from zel_get_log and not yet freed; NULL is refused.
  * @param level the lower, the more severe; 2 is an error.

@@ -86,10 +86,11 @@ std::optional<std::uint64_t> AppendedFile::size_at(const std::filesystem::path& 
 // Local file systems find the end and write in one step; servers and emulations of them do not, hence the lock. A
 // process that was stopped while it held it must not stop the others: after a while they go without.
 bool AppendedFile::append(const char* text, std::size_t length) const noexcept {
-  constexpr int tries = 200;
+  constexpr ULONGLONG patience = 250;  // milliseconds
   constexpr int tries_without_pause = 100;
+  const ULONGLONG start = GetTickCount64();
   bool locked = try_lock_region(handle_, Lock::Append);
-  for (int i = 1; i < tries && !locked; ++i) {
+  for (int i = 0; !locked && GetTickCount64() - start < patience; ++i) {
     Sleep(i < tries_without_pause ? 0 : 1);
     locked = try_lock_region(handle_, Lock::Append);
   }

@@ -15,13 +15,18 @@ Lines lines_of(const std::string& file) {
   return lines;
 }
 
-std::vector<int> numbers_of(const std::string& file) {
+std::vector<std::string> files_of(const std::string& file) {
   std::vector<std::string> files{file};
-  for (int number = 1; std::filesystem::exists(file + "." + std::to_string(number)); ++number) {
-    files.insert(files.begin(), file + "." + std::to_string(number));
+  for (std::string name = file + ".1"; std::filesystem::exists(name);
+       name = file + '.' + std::to_string(files.size())) {
+    files.insert(files.begin(), name);
   }
+  return files;
+}
+
+std::vector<int> numbers_of(const std::string& file) {
   std::vector<int> numbers;
-  for (const std::string& name : files) {
+  for (const std::string& name : files_of(file)) {
     for (const std::string& line : lines_of(name)) {
       numbers.push_back(std::stoi(line));
     }

@@ -15,7 +15,10 @@ using Lines = std::vector<std::string>;
 /** The lines of a file in the working directory; none when it is missing. */
 Lines lines_of(const std::string& file);
 
-/** The numbers that the lines consist of, of the rotated files from the oldest on and then of the file itself. */
+/** The rotated files from the oldest on, then the file itself. */
+std::vector<std::string> files_of(const std::string& file);
+
+/** The numbers that the lines of all these files consist of. */
 std::vector<int> numbers_of(const std::string& file);
 
 /** In a process of its own; returns what that returns. Numbered records of level 7, the log not freed. */

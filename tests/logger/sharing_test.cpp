@@ -50,6 +50,7 @@ TEST_F(Sharing, ThreadsGetWriteAndFreeAtWill) {
   constexpr int rounds = 50;
   constexpr int records = 10;
   std::vector<std::thread> workers;
+  workers.reserve(threads);
   for (int thread = 0; thread < threads; ++thread) {
     workers.emplace_back([this, thread] {
       for (int round = 0; round < rounds; ++round) {
