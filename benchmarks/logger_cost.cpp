@@ -19,6 +19,7 @@ constexpr char configuration_file[] = "nerova_zel_logger.cfg";
 constexpr char log_file[] = "logger_cost.log";
 constexpr char source_file[] = "nerova_zel_polarization_processor.cpp";
 constexpr char function[] = "nv_polarization_processor_transform";
+constexpr char message[] = "transform takes 5123.456789 microseconds.";
 constexpr int source_line = 190;
 constexpr int timing_level = 7;
 
@@ -76,8 +77,7 @@ void time_entry(benchmark::State& state, const Setting& setting) {
   }
   for ([[maybe_unused]] auto _ : state) {  // which no thread enters before all have come here
     // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage)
-    benchmark::DoNotOptimize(
-        write(log, timing_level, source_file, source_line, function, "transform takes 5123.456789 microseconds."));
+    benchmark::DoNotOptimize(write(log, timing_level, source_file, source_line, function, message));
   }
   if (state.thread_index() == 0) {
     nerova_zel::find_function<decltype(&zel_free_log)>(module, "zel_free_log")("BENCHMARK", "");
