@@ -29,6 +29,18 @@ else()
   set(nerova_no_sse_flags)
 endif()
 
+if(WIN32)
+  # Nothing but the system's own DLLs beside ours: the compiler's runtime is linked in. No time in the files, so that the
+  # same sources give the same bytes.
+  add_link_options(-static -Wl,--no-insert-timestamp)
+  if(NOT NEROVA_32_BIT)
+    # GCC may place a wider vector on a stack that is aligned to 16 bytes only; its assembler can make that harmless.
+    add_compile_options(-Wa,-muse-unaligned-vector-move)
+  endif()
+endif()
+# Nor the folder in which they lay.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+
 # Fused multiply-add would change results: every product and every sum is rounded.
 add_compile_options(-ffp-contract=off)
 
@@ -54,11 +66,27 @@ else()
   set(NEROVA_NO_UNDEFINED -Wl,--no-undefined)
 endif()
 
-# nerova_export_only(target map): of a shared library, nothing but the names in the version script.
-function(nerova_export_only target map)
-  if(NOT WIN32)
-    target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,relro,-z,now ${NEROVA_NO_UNDEFINED})
-    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+# nerova_library_rules(target description def): what all shared libraries that are shipped have in common. They export
+# the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
+function(nerova_library_rules target description def)
+  if(WIN32)
+    target_sources(${target} PRIVATE ${def})
+    set(NEROVA_FILE_DESCRIPTION ${description})
+    set(NEROVA_FILE_NAME ${target})
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
+    target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+    target_link_options(${target} PRIVATE -Wl,--dynamicbase,--nxcompat)
+    if(NOT NEROVA_32_BIT)
+      target_link_options(${target} PRIVATE -Wl,--high-entropy-va)
+    endif()
+  else()
+    set(map ${CMAKE_CURRENT_SOURCE_DIR}/exports.map)
+    if(EXISTS ${map})
+      target_link_options(${target} PRIVATE -Wl,--version-script=${map})
+      set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+    endif()
+    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now ${NEROVA_NO_UNDEFINED})
   endif()
 endfunction()
 

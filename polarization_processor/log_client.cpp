@@ -53,20 +53,19 @@ bool LogClient::log(LogLevel level, const char* source_file, std::int32_t source
   if (!enabled_) {
     return false;
   }
+  // On the stack: every frame writes a record, and one must also tell that memory has run out. The longest number that
+  // "%f" makes leaves room for the sentence around it.
+  char message[512];
   std::va_list arguments;
   va_start(arguments, format);
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  const int length = std::vsnprintf(message, sizeof(message), format, arguments);
   va_end(arguments);
-  if (length < 0) {
+  if (length < 0 || static_cast<std::size_t>(length) >= sizeof(message)) {
     return false;
   }
   try {
-    std::string message(static_cast<std::size_t>(length), '\0');
-    va_start(arguments, format);
-    std::vsnprintf(message.data(), message.size() + 1, format, arguments);
-    va_end(arguments);
     return write_entry_(log_handle_, static_cast<std::int32_t>(level), source_file, source_line, function_name,
-                        message.c_str()) == 0;
+                        message) == 0;
   } catch (...) {
     return false;
   }

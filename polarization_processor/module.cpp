@@ -7,7 +7,16 @@ namespace nerova_zel {
 
 namespace {
 
-std::mutex module_mutex;
+/** Some runtimes make a mutex when it is first locked; locked while the library is loaded, it lacks no memory later. */
+class ModuleMutex : public std::mutex {
+ public:
+  ModuleMutex() {
+    lock();
+    unlock();
+  }
+};
+
+ModuleMutex module_mutex;
 std::uint32_t initialize_count = 0;
 std::atomic<const LogClient*> log_client{nullptr};
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "floating_point_environment.h"
 #include "kernels/kernel_selection.h"
 #include "nerova_zel/polarization_processor.h"
 #include "platform/high_resolution_counter.h"
@@ -140,6 +141,10 @@ void route(const Processor& processor, const TransformParameters& parameters, bo
 }  // namespace
 
 std::int32_t transform(const LogClient& client, const TransformArguments& arguments) noexcept {
+  // A processor exists only where the computer has vector units; 64-bit code cannot do without.
+  const bool has_vector_units = sizeof(void*) == 8 || arguments.processor != nullptr;
+  const QuietX87 quiet_x87;
+  const QuietVectorUnits quiet_vector_units(has_vector_units);
   const Stopwatch stopwatch;
   const std::int32_t result = check(client, arguments);
   if (result == NV_POLARIZATION_PROCESSOR_SUCCESS) {

@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <opencv2/imgcodecs.hpp>
 
 #include "failure.h"
+#include "file_bytes.h"
 #include "quiet_errors.h"
 
 namespace nerova_zel {
@@ -16,25 +14,6 @@ namespace nerova_zel {
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-
-Bytes read_file(const std::string& path) {
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) {
-    throw Failure(path + " is a directory; the file of a frame is needed.");
-  }
-  errno = 0;
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  const std::streamoff length = file ? static_cast<std::streamoff>(file.tellg()) : -1;
-  if (length < 0) {
-    throw Failure("cannot read " + path + ": " + (errno != 0 ? std::strerror(errno) : "unknown reason") + ".");
-  }
-  Bytes bytes(static_cast<std::size_t>(length));
-  file.seekg(0);
-  if (!file.read(reinterpret_cast<char*>(bytes.data()), length)) {
-    throw Failure("cannot read " + path + " to its end.");
-  }
-  return bytes;
-}
 
 bool starts_with(const Bytes& bytes, const char* magic, std::size_t length) {
   return bytes.size() >= length && std::memcmp(bytes.data(), magic, length) == 0;
@@ -136,7 +115,7 @@ RawFrame from_picture(const std::string& path, const Bytes& bytes) {
 }  // namespace
 
 RawFrame read_frame(const std::string& path, const std::optional<FrameSize>& raw_size) {
-  const Bytes bytes = read_file(path);
+  const Bytes bytes = read_file(path, "the file of a frame");
   if (raw_size) {
     return from_headerless(path, bytes, *raw_size);
   }
@@ -150,6 +129,15 @@ RawFrame read_frame(const std::string& path, const std::optional<FrameSize>& raw
     return from_picture(path, bytes);
   }
   throw Failure(path + " is not a PNG, TIFF or binary PGM file; for headerless pixels, say their size with --raw WxH.");
+}
+
+int bit_depth_of(const RawFrame& frame, const std::optional<int>& wanted, const std::string& path) {
+  const int stored = frame.bit_depth > 8 ? 16 : 8;
+  if (wanted && *wanted > stored) {
+    throw Failure("--bit-depth " + std::to_string(*wanted) + " is more than the " + std::to_string(stored) +
+                  " bits of a pixel in " + path + ".");
+  }
+  return wanted.value_or(frame.bit_depth);
 }
 
 }  // namespace nerova_zel

@@ -29,4 +29,7 @@ struct RawFrame {
  */
 RawFrame read_frame(const std::string& path, const std::optional<FrameSize>& raw_size);
 
+/** The `wanted` bit depth of a frame from the file `path`, else its own. Throws Failure if the file cannot hold it. */
+int bit_depth_of(const RawFrame& frame, const std::optional<int>& wanted, const std::string& path);
+
 }  // namespace nerova_zel

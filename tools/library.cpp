@@ -1,5 +1,6 @@
 #include "library.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -115,10 +116,15 @@ void Library::start() {
   resolve(module_terminate_, "nv_polarization_processor_module_terminate");
   resolve(create_, "nv_polarization_processor_create_polarization_processor");
   resolve(destroy_, "nv_polarization_processor_destroy_polarization_processor");
+  resolve(set_matrices_, "nv_polarization_processor_set_custom_calibration_coefficients");
+  resolve(get_matrices_, "nv_polarization_processor_get_custom_calibration_coefficients");
   resolve(transform_, "nv_polarization_processor_transform");
   module_initialize_();
   initialized_ = true;
-  const std::int32_t code = create_(&processor_);
+  check(create_(&processor_));
+}
+
+void Library::check(std::int32_t code) const {
   if (code != NV_POLARIZATION_PROCESSOR_SUCCESS) {
     throw Failure("the library " + path_ + " returned error " + std::to_string(code) + ": " + meaning(code) + ".");
   }
@@ -143,13 +149,33 @@ void Library::resolve(Function& function, const char* name) {
 }
 
 void Library::transform(const TransformInput& input, const TransformOutput& output) const {
-  const std::int32_t code =
-      transform_(processor_, input.phase, input.pixels, input.origin_x, input.origin_y, input.width, input.height,
-                 input.bit_depth, input.output_maximum, output.normalized_stokes, output.total_power,
-                 output.horizontal_vertical, output.diagonal, output.azimuth, output.degree_of_linear_polarization);
-  if (code != NV_POLARIZATION_PROCESSOR_SUCCESS) {
-    throw Failure("the library " + path_ + " returned error " + std::to_string(code) + ": " + meaning(code) + ".");
+  check(transform_(processor_, input.phase, input.pixels, input.origin_x, input.origin_y, input.width, input.height,
+                   input.bit_depth, input.output_maximum, output.normalized_stokes, output.total_power,
+                   output.horizontal_vertical, output.diagonal, output.azimuth, output.degree_of_linear_polarization));
+}
+
+void Library::set_calibration(const std::array<std::array<float, 16>, 4>& matrices) {
+  check(set_matrices_(processor_, matrices[0].data(), matrices[1].data(), matrices[2].data(), matrices[3].data()));
+}
+
+bool Library::calibrates_every_pixel() {
+  constexpr std::size_t width = 16;
+  constexpr std::size_t height = 4;
+  const std::vector<std::uint16_t> frame(width * height, 1000);
+  std::vector<std::uint16_t> power(frame.size());
+  TransformOutput output;
+  output.total_power = power.data();
+  std::array<std::array<float, 16>, 4> kept{};
+  std::array<std::array<float, 16>, 4> trial{};
+  for (auto& matrix : trial) {
+    std::fill_n(matrix.begin(), 4, 10.0F);  // ten times the default weights of the power
   }
+  check(get_matrices_(processor_, kept[0].data(), kept[1].data(), kept[2].data(), kept[3].data()));
+  set_calibration(trial);
+  transform({0, frame.data(), 0, 0, static_cast<int>(width), static_cast<int>(height), 16, 65535}, output);
+  set_calibration(kept);
+  // 2000 by the default calibration and 20000 by this one; no later pixel is farther from the last column and row.
+  return power.front() > 10000;
 }
 
 }  // namespace nerova_zel

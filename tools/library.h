@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -46,10 +47,20 @@ class Library {
 
   void transform(const TransformInput& input, const TransformOutput& output) const;
 
+  /** Matrices 0 to 3, 16 weights each by rows. Not while another thread transforms. */
+  void set_calibration(const std::array<std::array<float, 16>, 4>& matrices);
+
+  /**
+   * Whether the route that serves this computer applies the matrices to every pixel and not only to the last columns
+   * and rows. Found out by a trial, because the library does not say. Not while another thread transforms.
+   */
+  bool calibrates_every_pixel();
+
  private:
   template <class Function>
   void resolve(Function& function, const char* name);
   void start();
+  void check(std::int32_t code) const;
   void close();
 
   std::string path_;
@@ -60,6 +71,8 @@ class Library {
   decltype(&nv_polarization_processor_module_terminate) module_terminate_ = nullptr;
   decltype(&nv_polarization_processor_create_polarization_processor) create_ = nullptr;
   decltype(&nv_polarization_processor_destroy_polarization_processor) destroy_ = nullptr;
+  decltype(&nv_polarization_processor_set_custom_calibration_coefficients) set_matrices_ = nullptr;
+  decltype(&nv_polarization_processor_get_custom_calibration_coefficients) get_matrices_ = nullptr;
   decltype(&nv_polarization_processor_transform) transform_ = nullptr;
 };
 

@@ -5,6 +5,7 @@
 #include <opencv2/core/utils/logger.hpp>
 #include <string>
 
+#include "calibrate_command.h"
 #include "failure.h"
 #include "simulate_command.h"
 #include "transform_command.h"
@@ -49,6 +50,7 @@ void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
                       "In the sheet, the degree at which colour scales end; chosen from the picture if not given");
   command->add_option("--repeat", options.repeat, "How often to transform, for the time of the best")
       ->capture_default_str();
+  command->add_option("--calibration", options.calibration, "Calibration file that calibrate has written");
   command->add_option("--library", options.library,
                       "The polarization processor library; else sought in ../lib beside this program, then by the "
                       "system");
@@ -73,10 +75,49 @@ void add_simulate(CLI::App& app, nerova_zel::SimulateOptions& options) {
   command->add_option("--seed", options.seed, "Start of the noise; the same seed gives the same frame")
       ->capture_default_str();
   command->add_option("--index", options.refractive_index, "Refractive index of the sphere")->capture_default_str();
+  command->add_option("--source-angle", options.source_angle,
+                      "In place of the scene, a uniform source behind a linear polarizer at this angle in degrees");
+  command
+      ->add_option("--source-power", options.source_power,
+                   "Light of that source, as a share of what fills a pixel behind an aligned polarizer; 0 for a dark "
+                   "frame")
+      ->capture_default_str();
+  command
+      ->add_option("--angle-errors", options.angle_errors,
+                   "Degrees by which the sensor's polarizers are turned: one number, or four for 0,45,90,135")
+      ->capture_default_str();
+  command->add_option("--extinction", options.extinctions, "Extinction ratios of the sensor's polarizers, likewise")
+      ->capture_default_str();
+  command->add_option("--gains", options.gains, "Relative response of the pixels behind them, likewise")
+      ->capture_default_str();
+  command->add_option("--dark-level", options.dark_level, "Pixel value without light")->capture_default_str();
   command->add_option("--truth", options.truth_directory,
                       "Directory for the true angle (degrees) and degree as float TIFF, for each output pixel at the "
                       "centre of the 2 x 2 pixels it is computed from");
   command->callback([&options] { nerova_zel::run_simulate(options); });
+}
+
+void add_calibrate(CLI::App& app, nerova_zel::CalibrateOptions& options) {
+  CLI::App* command = app.add_subcommand(
+      "calibrate", "Find the calibration of a camera from frames of a uniform source behind a linear polarizer");
+  command
+      ->add_option("--frame", options.frames,
+                   "ANGLE:FILE of a frame; repeat it for four angles or more. Angles are degrees from the image's "
+                   "horizontal axis, counter-clockwise as seen in the image")
+      ->allow_extra_args(false);
+  command->add_option("--list", options.list, "Text file with a line ANGLE,FILE for each frame");
+  command->add_option("--dark", options.dark, "Frame without light, for the dark level");
+  command->add_option("--raw", options.raw, "The files are headerless pixels of this size, WxH");
+  command->add_option("--layout", options.layout, layout_help)->capture_default_str();
+  command->add_option("--origin", options.origin, "Sensor coordinates X,Y of the frames' top-left pixel")
+      ->capture_default_str();
+  command->add_option("--bit-depth", options.bit_depth,
+                      "Significant bits of a pixel; 8 or 16 by the file, for PGM by its greatest value");
+  command->add_flag("--steady-source", options.steady_source,
+                    "Take the source as equally bright in all frames; else its brightness is fitted for each");
+  command->add_option("FILE,--out", options.file, "Calibration to write, .json; its plot goes beside it as .png")
+      ->capture_default_str();
+  command->callback([&options] { nerova_zel::run_calibrate(options); });
 }
 
 int complain(const std::string& sentence, int code) {
@@ -93,7 +134,9 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     nerova_zel::TransformOptions transform;
     nerova_zel::SimulateOptions simulate;
+    nerova_zel::CalibrateOptions calibrate;
     add_transform(app, transform);
+    add_calibrate(app, calibrate);
     add_simulate(app, simulate);
     try {
       app.parse(argc, argv);

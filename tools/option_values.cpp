@@ -1,9 +1,10 @@
 #include "option_values.h"
 
+#include <charconv>
 #include <map>
-#include <optional>
 #include <sstream>
 #include <utility>
+#include <vector>
 
 #include "failure.h"
 
@@ -71,6 +72,35 @@ std::set<OutputKind> parse_outputs(const std::string& text) {
         "--outputs is empty; it takes all, or a list of stokes, power, hv, diagonal, azimuth, dolp and sheet.");
   }
   return wanted;
+}
+
+std::optional<double> parse_number(const std::string& text) {
+  double value = 0.0;
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  return result.ec == std::errc() && result.ptr == end ? std::optional<double>(value) : std::nullopt;
+}
+
+std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest) {
+  std::vector<double> values;
+  std::istringstream stream(text);
+  std::string part;
+  bool good = true;
+  while (std::getline(stream, part, ',')) {
+    const std::optional<double> value = parse_number(part);
+    good = good && value && *value >= least && *value <= greatest;
+    values.push_back(value.value_or(0.0));
+  }
+  if (good && values.size() == 1) {
+    values.resize(4, values[0]);
+  }
+  if (!good || values.size() != 4) {
+    std::ostringstream range;
+    range << least << " to " << greatest;
+    throw Failure(option + " " + text + " makes no sense; it takes one number from " + range.str() +
+                  ", or four with commas between for the polarizers 0, 45, 90 and 135.");
+  }
+  return {values[0], values[1], values[2], values[3]};
 }
 
 void check_layout(int degrees) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -25,6 +27,12 @@ Origin parse_origin(const std::string& text);
 
 /** A list such as "azimuth,dolp", or "all". */
 std::set<OutputKind> parse_outputs(const std::string& text);
+
+/** A number from `least` to `greatest` for each of the polarizers 0, 45, 90 and 135: "1,0.9,1,1", or one for all. */
+std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest);
+
+/** The number that the whole text makes up, with a point whatever the locale. */
+std::optional<double> parse_number(const std::string& text);
 
 /** 0, 45, 90 or 135. */
 void check_layout(int degrees);

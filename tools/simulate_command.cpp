@@ -1,5 +1,6 @@
 #include "simulate_command.h"
 
+#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <opencv2/core.hpp>
@@ -16,6 +17,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr double pi = 3.14159265358979323846;
+
+std::array<PixelPolarizer, 4> polarizers_of(const SimulateOptions& options) {
+  const auto angle_errors = parse_four("--angle-errors", options.angle_errors, -20.0, 20.0);
+  const auto extinctions = parse_four("--extinction", options.extinctions, 1.0, HUGE_VAL);
+  const auto gains = parse_four("--gains", options.gains, 0.01, 10.0);
+  std::array<PixelPolarizer, 4> polarizers;
+  for (std::size_t i = 0; i < polarizers.size(); ++i) {
+    polarizers[i] = {angle_errors[i], extinctions[i], gains[i]};
+  }
+  return polarizers;
+}
+
+SceneSettings scene_of(const SimulateOptions& options) {
+  if (!(options.refractive_index > 1.0 && options.refractive_index <= 10.0)) {
+    throw Failure("--index must be above 1 and at most 10.");
+  }
+  if (!(options.source_power >= 0.0 && options.source_power <= 10.0)) {
+    throw Failure("--source-power must be 0 (no light) to 10.");
+  }
+  SceneSettings settings;
+  settings.refractive_index = options.refractive_index;
+  if (options.source_angle) {
+    if (!(std::abs(*options.source_angle) <= 360.0)) {
+      throw Failure("--source-angle must be -360 to 360 degrees.");
+    }
+    const double twice = *options.source_angle * pi / 90.0;
+    const double power = options.source_power;
+    settings.uniform_light = {power, power * std::cos(twice), power * std::sin(twice)};
+  }
+  return settings;
+}
+
 CameraSettings camera_of(const SimulateOptions& options) {
   check_layout(options.layout);
   check_range("--bit-depth", options.bit_depth, 1, 16);
@@ -23,8 +57,8 @@ CameraSettings camera_of(const SimulateOptions& options) {
   if (!(options.photons >= 0.0 && options.photons <= 1e12)) {
     throw Failure("--photons must be 0 (no shot noise) to 1e12.");
   }
-  if (!(options.refractive_index > 1.0 && options.refractive_index <= 10.0)) {
-    throw Failure("--index must be above 1 and at most 10.");
+  if (!(options.dark_level >= 0.0 && options.dark_level < (1 << options.bit_depth))) {
+    throw Failure("--dark-level must be 0 or more, and less than the pixel values there are.");
   }
   const FrameSize size = parse_size("--size", options.size);
   const Origin origin = parse_origin(options.origin);
@@ -37,6 +71,8 @@ CameraSettings camera_of(const SimulateOptions& options) {
   camera.origin_y = origin.y;
   camera.full_well = options.photons;
   camera.seed = options.seed;
+  camera.dark_level = options.dark_level;
+  camera.polarizers = polarizers_of(options);
   return camera;
 }
 
@@ -70,9 +106,7 @@ std::string next_command(const SimulateOptions& options) {
 
 void run_simulate(const SimulateOptions& options) {
   const CameraSettings camera = camera_of(options);
-  SceneSettings settings;
-  settings.refractive_index = options.refractive_index;
-  const SimulatedScene scene(camera.width, camera.height, settings);
+  const SimulatedScene scene(camera.width, camera.height, scene_of(options));
   FileSet files;
   const fs::path file(options.file);
   files.write(file,

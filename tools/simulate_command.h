@@ -16,6 +16,12 @@ struct SimulateOptions {
   double photons = 0.0;
   std::uint64_t seed = 1;
   double refractive_index = 1.5;
+  std::optional<double> source_angle;
+  double source_power = 0.8;
+  std::string angle_errors = "0";
+  std::string extinctions = "inf";
+  std::string gains = "1";
+  double dark_level = 0.0;
   std::optional<std::string> truth_directory;
 };
 

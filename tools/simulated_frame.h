@@ -1,12 +1,24 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "mosaic_layout.h"
 #include "simulated_scene.h"
 
 namespace nerova_zel {
+
+/** The polarizer over a pixel; by default an ideal one. */
+struct PixelPolarizer {
+  /** Degrees from the angle that the layout says. */
+  double angle_error = 0.0;
+  /** Transmittance along over transmittance across, at least 1. */
+  double extinction = std::numeric_limits<double>::infinity();
+  /** Relative response of the pixels below it. */
+  double gain = 1.0;
+};
 
 /** The camera that looks at the scene. */
 struct CameraSettings {
@@ -21,6 +33,10 @@ struct CameraSettings {
   /** Photo-electrons that fill a pixel to full scale; 0 for a camera without shot noise. */
   double full_well = 0.0;
   std::uint64_t seed = 1;
+  /** What a pixel reads without light, in pixel values. */
+  double dark_level = 0.0;
+  /** Polarizers of 0, 45, 90 and 135 degrees. */
+  std::array<PixelPolarizer, 4> polarizers{};
 };
 
 /** Raw mosaic frame, width * height pixels, row by row. The same settings give the same frame. */

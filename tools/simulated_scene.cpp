@@ -61,6 +61,9 @@ SimulatedScene::SimulatedScene(int width, int height, const SceneSettings& setti
 }
 
 StokesVector SimulatedScene::light_at(double x, double y) const {
+  if (settings_.uniform_light) {
+    return *settings_.uniform_light;
+  }
   if (std::hypot(x - sphere_x_, y - sphere_y_) < radius_) {
     return sphere_light((x - sphere_x_) / radius_, (sphere_y_ - y) / radius_);
   }

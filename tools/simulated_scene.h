@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 namespace nerova_zel {
 
 /** Linear Stokes parameters of light; s0 = 1 is what fills a pixel without polarizer to full scale. */
@@ -25,6 +27,8 @@ struct SceneSettings {
   /** Extinction ratios (transmittance along over transmittance across) of the wheel's two rings, at least 1. */
   double outer_extinction = 1000.0;
   double inner_extinction = 3.0;
+  /** The same light everywhere in place of all that. */
+  std::optional<StokesVector> uniform_light;
 };
 
 /**

@@ -8,6 +8,7 @@
 #include <set>
 #include <vector>
 
+#include "calibration_file.h"
 #include "failure.h"
 #include "file_set.h"
 #include "frame_reader.h"
@@ -76,15 +77,6 @@ Request read_options(const TransformOptions& options) {
   return request;
 }
 
-int bit_depth_of(const TransformOptions& options, const RawFrame& frame) {
-  const int stored = frame.bit_depth > 8 ? 16 : 8;
-  if (options.bit_depth && *options.bit_depth > stored) {
-    throw Failure("--bit-depth " + std::to_string(*options.bit_depth) + " is more than the " + std::to_string(stored) +
-                  " bits of a pixel in " + options.frame + ".");
-  }
-  return options.bit_depth.value_or(frame.bit_depth);
-}
-
 Results allocate(const Request& request, const RawFrame& frame) {
   const bool sheet = request.wants(OutputKind::sheet);
   const auto picture = [&](OutputKind kind, bool for_sheet, int type) {
@@ -98,6 +90,21 @@ Results allocate(const Request& request, const RawFrame& frame) {
   results.azimuth = picture(OutputKind::azimuth, true, CV_16U);
   results.dolp = picture(OutputKind::dolp, true, CV_16U);
   return results;
+}
+
+/** Has the library use the calibration that the options name; returns the frame's pixels without their dark level. */
+std::vector<std::uint16_t> calibrate(Library& library, const TransformOptions& options, const FrameGeometry& geometry,
+                                     const RawFrame& frame) {
+  const Calibration calibration = read_calibration(*options.calibration);
+  if (!library.calibrates_every_pixel()) {
+    std::fprintf(stderr,
+                 "nerova-polarize: note: the calibration %s reaches only the last columns and rows of %s: no vector "
+                 "plugin serves this computer, and the built-in kernels compute the other pixels with the default "
+                 "calibration.\n",
+                 options.calibration->c_str(), options.frame.c_str());
+  }
+  library.set_calibration(calibration.matrices);
+  return without_dark_level(frame, geometry, calibration);
 }
 
 template <class Element>
@@ -185,14 +192,18 @@ void run_transform(const TransformOptions& options) {
     throw Failure(options.frame + " is " + std::to_string(frame.width) + " x " + std::to_string(frame.height) +
                   " pixels; a mosaic frame has at least 2 x 2.");
   }
-  const int bit_depth = bit_depth_of(options, frame);
-  const Library library(options.library);
+  const int bit_depth = bit_depth_of(frame, options.bit_depth, options.frame);
+  Library library(options.library);
+  std::vector<std::uint16_t> calibrated;
+  if (options.calibration) {
+    calibrated = calibrate(library, options, {request.layout, request.origin.x, request.origin.y, bit_depth}, frame);
+  }
   Results results = allocate(request, frame);
-  const Timing timing =
-      transform(library,
-                {request.layout.phase(), frame.pixels.data(), request.origin.x, request.origin.y, frame.width,
-                 frame.height, bit_depth, static_cast<std::uint16_t>(options.output_maximum)},
-                results, options.repeat);
+  const Timing timing = transform(
+      library,
+      {request.layout.phase(), (calibrated.empty() ? frame.pixels : calibrated).data(), request.origin.x,
+       request.origin.y, frame.width, frame.height, bit_depth, static_cast<std::uint16_t>(options.output_maximum)},
+      results, options.repeat);
 
   SheetContent sheet;
   sheet.name = fs::path(options.frame).filename().string();

@@ -19,6 +19,7 @@ struct TransformOptions {
   std::string azimuth_brightness = "degree";
   std::optional<double> degree_limit;
   int repeat = 5;
+  std::optional<std::string> calibration;
   std::string library;
 };
 

@@ -57,7 +57,8 @@ NEROVA_INLINE Float16 zero_if(Mask16 mask, Float16 a) {
   return {_mm512_maskz_mov_ps(static_cast<__mmask16>(~mask.bits), a.v)};
 }
 NEROVA_INLINE Float16 zero_if_nan(Float16 a) {
-  return {_mm512_maskz_mov_ps(_mm512_cmp_ps_mask(a.v, a.v, _CMP_ORD_Q), a.v)};
+  // One nibble for each class of numbers, the two kinds of NaN first: 8 for +0, 0 for the number itself.
+  return {_mm512_fixupimm_ps(a.v, a.v, _mm512_set1_epi32(0x88), 0)};
 }
 NEROVA_INLINE Float16 zero_unless_negative(Float16 sign, Float16 a) {
   return {_mm512_maskz_mov_ps(_mm512_movepi32_mask(_mm512_castps_si512(sign.v)), a.v)};
@@ -68,8 +69,9 @@ NEROVA_INLINE Float16 with_sign_of(Float16 sign, Float16 magnitude) {
   return {_mm512_castsi512_ps(_mm512_ternarylogic_epi32(_mm512_castps_si512(magnitude.v), _mm512_castps_si512(sign.v),
                                                         _mm512_set1_epi32(INT32_MIN), first_or_both_others))};
 }
-NEROVA_INLINE Float16 negate_unless(Mask16 mask, Float16 a) {
-  return {_mm512_mask_xor_ps(a.v, static_cast<__mmask16>(~mask.bits), a.v, _mm512_set1_ps(-0.0F))};
+/** yes, or -no. */
+NEROVA_INLINE Float16 select_or_negative(Mask16 mask, Float16 yes, Float16 no) {
+  return {_mm512_mask_xor_ps(yes.v, static_cast<__mmask16>(~mask.bits), no.v, _mm512_set1_ps(-0.0F))};
 }
 
 struct Int16 {
@@ -81,10 +83,25 @@ NEROVA_INLINE Int16 operator-(Int16 a, Int16 b) { return {_mm512_sub_epi32(a.v, 
 NEROVA_INLINE Float16 to_float(Int16 a) { return {_mm512_cvtepi32_ps(a.v)}; }
 NEROVA_INLINE Int16 round_to_int(Float16 a) { return {_mm512_cvtps_epi32(a.v)}; }
 
-/** How a row of samples comes into lanes, how results leave, and how many pixels that makes at a time. */
+/** 32 results in the order of their pixels. */
+struct Results32 {
+  __m512i v;
+
+  NEROVA_INLINE static Results32 broadcast(std::uint16_t value) {
+    return {_mm512_set1_epi16(static_cast<std::int16_t>(value))};
+  }
+};
+
+NEROVA_INLINE Results32 min(Results32 a, Results32 b) { return {_mm512_min_epu16(a.v, b.v)}; }
+
+/**
+ * How a row of samples comes into lanes, how results leave, and how many pixels that makes at a time. Vector 0 of a
+ * step holds pixels 0 to 3, 8 to 11, 16 to 19 and 24 to 27, vector 1 the others: the order in which AVX-512 narrows.
+ */
 struct Step32 {
   using Float = Float16;
   using Int = Int16;
+  using Results = Results32;
   static constexpr std::size_t pixels = 32;
 
   /** Two vectors of 32-bit lanes, each a pair of samples: low half and high half. */
@@ -95,18 +112,17 @@ struct Step32 {
     NEROVA_INLINE Int high(int i) const { return {_mm512_srli_epi32(half[i], 16)}; }
   };
 
-  /** Lane k: the sample of columns k and k + 1 that lies in an even column, then the other. Reads 33 samples. */
+  /** For each column k: the sample of columns k and k + 1 that lies in an even column, then the other. Reads 33. */
   NEROVA_INLINE static Pairs load_channels(const std::uint16_t* samples) {
-    // Lanes 0 to 15 find their samples from 0 to 16 in the first vector, the others theirs in the second.
-    const __m512i even_then_odd = _mm512_set_epi16(15, 16, 15, 14, 13, 14, 13, 12, 11, 12, 11, 10, 9, 10, 9, 8, 7, 8, 7,
-                                                   6, 5, 6, 5, 4, 3, 4, 3, 2, 1, 2, 1, 0);
+    const __m512i even_then_odd = _mm512_set_epi16(27, 28, 27, 26, 25, 26, 25, 24, 19, 20, 19, 18, 17, 18, 17, 16, 11,
+                                                   12, 11, 10, 9, 10, 9, 8, 3, 4, 3, 2, 1, 2, 1, 0);
     return permute(samples, even_then_odd);
   }
 
-  /** Lane k: the samples of columns k and k + 1. Reads 33 samples. */
+  /** For each column k: the samples of columns k and k + 1. Reads 33. */
   NEROVA_INLINE static Pairs load_neighbours(const std::uint16_t* samples) {
-    const __m512i own_then_next = _mm512_set_epi16(16, 15, 15, 14, 14, 13, 13, 12, 12, 11, 11, 10, 10, 9, 9, 8, 8, 7, 7,
-                                                   6, 6, 5, 5, 4, 4, 3, 3, 2, 2, 1, 1, 0);
+    const __m512i own_then_next = _mm512_set_epi16(28, 27, 27, 26, 26, 25, 25, 24, 20, 19, 19, 18, 18, 17, 17, 16, 12,
+                                                   11, 11, 10, 10, 9, 9, 8, 4, 3, 3, 2, 2, 1, 1, 0);
     return permute(samples, own_then_next);
   }
 
@@ -115,28 +131,31 @@ struct Step32 {
     return {_mm512_mask_blend_ps(0xAAAA, _mm512_set1_ps(even), _mm512_set1_ps(odd))};
   }
 
-  /** Saturates to 0..65535 and stores 32 results. */
-  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Int first, Int second) {
-    // Narrowing works within 128-bit quarters; bring their halves back into order.
-    const __m512i quarters = _mm512_packus_epi32(first.v, second.v);
-    const __m512i order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
-    _mm512_storeu_si512(to, _mm512_permutexvar_epi64(order, quarters));
-  }
+  /** Saturates to 0..65535. */
+  NEROVA_INLINE static Results narrow(Int first, Int second) { return {_mm512_packus_epi32(first.v, second.v)}; }
 
-  /** Stores the (first, second) pairs of vector i of a step: 32 floats. */
+  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) { _mm512_storeu_si512(to, results.v); }
+
+  /** Stores the (first, second) pairs of vector i of a step: 32 floats in four places. */
   NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
     const __m512i low = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
     const __m512i high = _mm512_add_epi32(low, _mm512_set1_epi32(8));
-    _mm512_storeu_ps(to + 32 * i, _mm512_permutex2var_ps(first.v, low, second.v));
-    _mm512_storeu_ps(to + 32 * i + 16, _mm512_permutex2var_ps(first.v, high, second.v));
+    store_halves(to + 8 * i, _mm512_permutex2var_ps(first.v, low, second.v));
+    store_halves(to + 8 * i + 32, _mm512_permutex2var_ps(first.v, high, second.v));
   }
 
  private:
+  /** Vector 0's order of samples; vector 1's are four further on, which the second load lacks three of. */
   NEROVA_INLINE static Pairs permute(const std::uint16_t* samples, __m512i order) {
     const __m512i first = _mm512_loadu_si512(samples);
     const __m512i second = _mm512_loadu_si512(samples + 1);
-    const __m512i order_in_second = _mm512_add_epi16(order, _mm512_set1_epi16(15));
+    const __m512i order_in_second = _mm512_add_epi16(order, _mm512_set1_epi16(3));
     return {{_mm512_permutexvar_epi16(order, first), _mm512_permutexvar_epi16(order_in_second, second)}};
+  }
+
+  NEROVA_INLINE static void store_halves(float* to, __m512 pairs) {
+    _mm256_storeu_ps(to, _mm512_castps512_ps256(pairs));
+    _mm256_storeu_ps(to + 16, _mm512_extractf32x8_ps(pairs, 1));
   }
 };
 

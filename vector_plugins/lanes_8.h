@@ -52,8 +52,9 @@ NEROVA_INLINE Float8 zero_unless_negative(Float8 sign, Float8 a) {
 NEROVA_INLINE Float8 with_sign_of(Float8 sign, Float8 magnitude) {
   return {_mm256_or_ps(_mm256_and_ps(_mm256_set1_ps(-0.0F), sign.v), magnitude.v)};
 }
-NEROVA_INLINE Float8 negate_unless(Mask8 mask, Float8 a) {
-  return {_mm256_xor_ps(_mm256_andnot_ps(mask.bits, _mm256_set1_ps(-0.0F)), a.v)};
+/** yes, or -no. */
+NEROVA_INLINE Float8 select_or_negative(Mask8 mask, Float8 yes, Float8 no) {
+  return select(mask, yes, {_mm256_xor_ps(no.v, _mm256_set1_ps(-0.0F))});
 }
 
 struct Int8 {
@@ -65,6 +66,17 @@ NEROVA_INLINE Int8 operator-(Int8 a, Int8 b) { return {_mm256_sub_epi32(a.v, b.v
 NEROVA_INLINE Float8 to_float(Int8 a) { return {_mm256_cvtepi32_ps(a.v)}; }
 NEROVA_INLINE Int8 round_to_int(Float8 a) { return {_mm256_cvtps_epi32(a.v)}; }
 
+/** Sixteen results in the order of their pixels. */
+struct Results16 {
+  __m256i v;
+
+  NEROVA_INLINE static Results16 broadcast(std::uint16_t value) {
+    return {_mm256_set1_epi16(static_cast<std::int16_t>(value))};
+  }
+};
+
+NEROVA_INLINE Results16 min(Results16 a, Results16 b) { return {_mm256_min_epu16(a.v, b.v)}; }
+
 /**
  * How a row of samples comes into lanes, how results leave, and how many pixels that makes at a time. Vector 0 of a
  * step holds pixels 0 to 3 and 8 to 11, vector 1 the others: the order in which AVX2 widens and narrows.
@@ -72,6 +84,7 @@ NEROVA_INLINE Int8 round_to_int(Float8 a) { return {_mm256_cvtps_epi32(a.v)}; }
 struct Step16 {
   using Float = Float8;
   using Int = Int8;
+  using Results = Results16;
   static constexpr std::size_t pixels = 16;
 
   /** Two vectors of 32-bit lanes, each a pair of samples: low half and high half. */
@@ -100,9 +113,11 @@ struct Step16 {
     return {_mm256_blend_ps(_mm256_set1_ps(even), _mm256_set1_ps(odd), 0xAA)};
   }
 
-  /** Saturates to 0..65535 and stores 16 results. */
-  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Int first, Int second) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_packus_epi32(first.v, second.v));
+  /** Saturates to 0..65535. */
+  NEROVA_INLINE static Results narrow(Int first, Int second) { return {_mm256_packus_epi32(first.v, second.v)}; }
+
+  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), results.v);
   }
 
   /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places. */

@@ -106,7 +106,8 @@ class WideFrame {
     const unsigned selection = pack_flags(kernel_flags(parameters, false)) % pixel_selection_count;
     compute_pixel_ = compute_pixel_table.routines[selection];
     const PolarPhase phase = std::max(parameters.phase, 0);
-    if (is_default_calibration(phase, matrices)) {
+    // Below a full scale of 7 a power may outgrow 32 bits before it is clamped.
+    if (is_default_calibration(phase, matrices) && parameters.bit_depth >= 3) {
       static constexpr const WideRowTable* tables[phase_count] = {&default_wide_rows_0, &default_wide_rows_1,
                                                                   &default_wide_rows_2, &default_wide_rows_3};
       const OutputSet outputs = pixel_selection(selection).outputs;

@@ -37,6 +37,10 @@ template <class Float>
 struct DefaultRules : WideConstants<Float> {
   using Samples = SampleDifferences;
 
+  /** There is no NaN to be told from a large number, so that the results may be clamped once they are narrow. */
+  static constexpr bool clamps_results = true;
+  NEROVA_INLINE static Float clamp(Float value) { return value; }
+
   NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
 
   /**
@@ -68,6 +72,9 @@ struct DefaultRules : WideConstants<Float> {
 template <class Float>
 struct CalibratedRules : WideConstants<Float> {
   using Samples = AnySamples;
+
+  static constexpr bool clamps_results = false;
+  NEROVA_INLINE Float clamp(Float value) const { return clamp_to_output(value, this->output_maximum); }
 
   NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
   NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {

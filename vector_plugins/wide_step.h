@@ -39,9 +39,10 @@ NEROVA_INLINE void prepare_to_write(const void* to) {
 }
 
 /** Where the results of vector 0 or 1 of a step go. */
-template <std::size_t vector>
+template <class Rules, std::size_t vector>
 struct StepTarget {
   const TransformParameters& images;
+  const Step::Results& output_maximum;
   std::size_t element;
   PendingOutputs& waiting;
 
@@ -58,7 +59,11 @@ struct StepTarget {
       pending<output>() = round_to_int(value);
     } else {
       prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(image_of<output>(images) + element);
-      Step::store_outputs(image_of<output>(images) + element, pending<output>(), round_to_int(value));
+      Step::Results results = Step::narrow(pending<output>(), round_to_int(value));
+      if constexpr (Rules::clamps_results) {
+        results = min(results, output_maximum);
+      }
+      Step::store_outputs(image_of<output>(images) + element, results);
     }
   }
 
@@ -86,14 +91,17 @@ template <bool equal_maximum, OutputSet outputs, class Rules, class Source>
 NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const FrameConstants& constants,
                                    const RowStretch& stretch, const Source& source) {
   const auto rules = make_rules<Rules>(constants);
+  const auto output_maximum = Step::Results::broadcast(static_cast<std::uint16_t>(constants.output_maximum));
   // A copy the stores below cannot alias, so that the pointers in it stay in registers.
   const TransformParameters images = parameters;
   for (std::size_t x = 0; x < stretch.pixels; x += Step::pixels) {
     const auto samples = source.load(stretch.own + x, stretch.partner + x);
     PendingOutputs waiting;
     const std::size_t element = stretch.element + x;
-    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 0), StepTarget<0>{images, element, waiting});
-    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 1), StepTarget<1>{images, element, waiting});
+    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 0),
+                                            StepTarget<Rules, 0>{images, output_maximum, element, waiting});
+    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 1),
+                                            StepTarget<Rules, 1>{images, output_maximum, element, waiting});
   }
 }
 

@@ -42,7 +42,6 @@ NEROVA_INLINE Float4 min(Float4 a, Float4 b) { return {_mm_min_ps(a.v, b.v)}; }
 NEROVA_INLINE Float4 max(Float4 a, Float4 b) { return {_mm_max_ps(a.v, b.v)}; }
 NEROVA_INLINE Float4 sqrt(Float4 a) { return {_mm_sqrt_ps(a.v)}; }
 NEROVA_INLINE Float4 reciprocal_estimate(Float4 a) { return {_mm_rcp_ps(a.v)}; }
-NEROVA_INLINE Float4 abs(Float4 a) { return {_mm_andnot_ps(_mm_set1_ps(-0.0F), a.v)}; }
 
 NEROVA_INLINE Float4 select(Mask4 mask, Float4 yes, Float4 no) {
   return {_mm_or_ps(_mm_and_ps(mask.bits, yes.v), _mm_andnot_ps(mask.bits, no.v))};
@@ -56,8 +55,9 @@ NEROVA_INLINE Float4 zero_unless_negative(Float4 sign, Float4 a) {
 NEROVA_INLINE Float4 with_sign_of(Float4 sign, Float4 magnitude) {
   return {_mm_or_ps(_mm_and_ps(_mm_set1_ps(-0.0F), sign.v), magnitude.v)};
 }
-NEROVA_INLINE Float4 negate_unless(Mask4 mask, Float4 a) {
-  return {_mm_xor_ps(_mm_andnot_ps(mask.bits, _mm_set1_ps(-0.0F)), a.v)};
+/** yes, or -no. */
+NEROVA_INLINE Float4 select_or_negative(Mask4 mask, Float4 yes, Float4 no) {
+  return select(mask, yes, {_mm_xor_ps(no.v, _mm_set1_ps(-0.0F))});
 }
 
 /** Four samples as integers; sums and differences of samples are exact in them and in single precision. */

@@ -58,17 +58,19 @@ struct AnySamples {
 
 /**
  * The same angle where s1 and s2 are differences of samples: finite, and zero only as +0. Then signs stand for
- * comparisons, and only s1 = s2 = 0 yields NaN on the way.
+ * comparisons, only s1 = s2 = 0 yields NaN on the way, and the cubic, which is odd, may take a negated argument.
  */
 struct SampleDifferences {
   template <class Float>
   NEROVA_INLINE static Float stokes_angle(Float s1, Float s2) {
     const Float ratio = s2 * reciprocal_estimate(s1);
-    const auto near_axis = abs(s2) < abs(s1);
-    const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)));
+    // As the magnitudes compare: squares of integers below 2^16 lie further apart than their rounding reaches. The
+    // degree needs them too.
+    const auto near_axis = s2 * s2 < s1 * s1;
+    const Float arc = cubic_arctangent(select_or_negative(near_axis, ratio, reciprocal_estimate(ratio)));
     const Float turn = zero_unless_negative(s1, Float::broadcast(Radians::half_turn));
     const Float start = with_sign_of(s2, select(near_axis, turn, Float::broadcast(Radians::quarter_turn)));
-    return zero_if_nan(start + negate_unless(near_axis, arc));
+    return zero_if_nan(start + arc);
   }
 };
 
@@ -91,6 +93,17 @@ NEROVA_INLINE NormalizedStokes<Float> divide_by_power(const LinearStokes<Float>&
   return {stokes.s1 / stokes.power, stokes.s2 / stokes.power};
 }
 
+/** Clamps to 0..maximum; NaN becomes the maximum, because the minimum returns its second operand for NaN. */
+template <class Float>
+NEROVA_INLINE Float clamp_to_output(Float value, Float maximum) {
+  const Float limited = min(value, maximum);
+  if constexpr (Float::stores_negative_as_zero) {
+    return limited;
+  } else {
+    return max(limited, Float::broadcast(0.0F));
+  }
+}
+
 /** The rules of pixels computed one by one: exact half, true divisions, any calibration. */
 template <class Float>
 struct PixelRules {
@@ -107,6 +120,7 @@ struct PixelRules {
   NEROVA_INLINE Float scale_degrees(Float degrees) const {
     return (degrees * output_maximum) / Float::broadcast(180.0F);
   }
+  NEROVA_INLINE Float clamp(Float value) const { return clamp_to_output(value, output_maximum); }
 };
 
 /** The rules of the built-in blocks: default calibration, and estimates prepared once per frame for divisions. */
@@ -125,25 +139,15 @@ struct BlockRules {
   }
   NEROVA_INLINE Float rescale(Float value) const { return (value * output_maximum) * input_reciprocal; }
   NEROVA_INLINE Float scale_degrees(Float degrees) const { return degrees * azimuth_scale; }
+  NEROVA_INLINE Float clamp(Float value) const { return clamp_to_output(value, output_maximum); }
 };
-
-/** Clamps to 0..maximum; NaN becomes the maximum, because the minimum returns its second operand for NaN. */
-template <class Float>
-NEROVA_INLINE Float clamp_to_output(Float value, Float maximum) {
-  const Float limited = min(value, maximum);
-  if constexpr (Float::stores_negative_as_zero) {
-    return limited;
-  } else {
-    return max(limited, Float::broadcast(0.0F));
-  }
-}
 
 template <bool equal_maximum, class Rules, class Float>
 NEROVA_INLINE Float linear_output(const Rules& rules, Float value) {
   if constexpr (equal_maximum) {
-    return clamp_to_output(value, rules.output_maximum);
+    return rules.clamp(value);
   } else {
-    return clamp_to_output(rules.rescale(value), rules.output_maximum);
+    return rules.clamp(rules.rescale(value));
   }
 }
 
@@ -174,7 +178,7 @@ NEROVA_INLINE const auto& image_of(const Images& images) {
 
 /**
  * Every selected output of some pixels. The target takes them with store_pair(s1 / p, s2 / p) and store<output>(value),
- * the value clamped and not yet rounded.
+ * the value clamped as the rules do and not yet rounded.
  */
 template <bool equal_maximum, OutputSet outputs, class Rules, class Float, class Target>
 NEROVA_INLINE void compute_outputs(const Rules& rules, const LinearStokes<Float>& stokes, const Target& target) {
@@ -193,11 +197,11 @@ NEROVA_INLINE void compute_outputs(const Rules& rules, const LinearStokes<Float>
   }
   if constexpr ((outputs & output_azimuth) != 0) {
     const Float degrees = azimuth_degrees(Rules::Samples::stokes_angle(stokes.s1, stokes.s2));
-    target.template store<output_azimuth>(clamp_to_output(rules.scale_degrees(degrees), rules.output_maximum));
+    target.template store<output_azimuth>(rules.clamp(rules.scale_degrees(degrees)));
   }
   if constexpr ((outputs & output_degree) != 0) {
     const Float degree = degree_of_linear_polarization(stokes) * rules.output_maximum;
-    target.template store<output_degree>(clamp_to_output(degree, rules.output_maximum));
+    target.template store<output_degree>(rules.clamp(degree));
   }
 }
 

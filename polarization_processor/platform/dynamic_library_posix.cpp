@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "platform/dynamic_library.h"
+#include "platform/elf_file_posix.h"
 
 namespace nerova_zel {
 
@@ -33,7 +34,11 @@ ModuleHandle load_module(const std::string& module_name) {
   const std::string file_name = module_name + ".so";
   const std::string directory = own_directory();
   if (!directory.empty()) {
-    if (ModuleHandle module = dlopen((directory + file_name).c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    const std::string path = directory + file_name;
+    if (!is_whole_library(path.c_str())) {
+      return nullptr;
+    }
+    if (ModuleHandle module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
       return module;
     }
   }

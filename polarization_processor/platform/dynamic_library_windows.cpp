@@ -4,7 +4,27 @@
 
 namespace nerova_zel {
 
-ModuleHandle load_module(const std::string& module_name) { return LoadLibraryA((module_name + ".dll").c_str()); }
+namespace {
+
+/** While it lives, a file that is no library makes a load of this thread fail instead of opening a message box. */
+class NoMessageBox {
+ public:
+  NoMessageBox() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before_); }
+  ~NoMessageBox() { SetThreadErrorMode(before_, nullptr); }
+  NoMessageBox(const NoMessageBox&) = delete;
+  NoMessageBox& operator=(const NoMessageBox&) = delete;
+
+ private:
+  DWORD before_ = 0;
+};
+
+}  // namespace
+
+ModuleHandle load_module(const std::string& module_name) {
+  const std::string file_name = module_name + ".dll";
+  const NoMessageBox no_message_box;
+  return LoadLibraryA(file_name.c_str());
+}
 
 void* find_entry(ModuleHandle module, const char* name) noexcept {
   return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));

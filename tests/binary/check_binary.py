@@ -29,12 +29,22 @@ def instructions(path):
             yield match.group(1), match.group(2)
 
 
-def check_exports(arguments):
+def windows_exports(library):
+    names = run("objdump", "-p", library).split("[Ordinal/Name Pointer] Table")[-1].split("\n\n")[0]
+    return set(re.findall(r"\[ *\d+\]\s+(?:\+base\[ *\d+\]\s+[0-9a-f]+\s+)?(\S+)", names))
+
+
+def elf_exports(library):
     found = set()
-    for line in run("nm", "-D", "--defined-only", arguments.library).splitlines():
+    for line in run("nm", "-D", "--defined-only", library).splitlines():
         kind, name = line.split()[-2:]
         if kind != "A":  # the version's own name
             found.add(name.split("@")[0])
+    return found
+
+
+def check_exports(arguments):
+    found = (windows_exports if arguments.library.endswith(".dll") else elf_exports)(arguments.library)
     expected = set(arguments.names)
     return [f"exports {name}, which is not part of the interface" for name in sorted(found - expected)] + [
         f"does not export {name}" for name in sorted(expected - found)]
@@ -43,6 +53,8 @@ def check_exports(arguments):
 def check_baseline(arguments):
     faults = []
     for path in arguments.objects:
+        if path.endswith(".res"):  # a version resource holds no code
+            continue
         seen = 0
         for mnemonic, operands in instructions(path):
             seen += 1
@@ -87,6 +99,22 @@ def check_unshared(arguments):
     return faults
 
 
+def check_windows(arguments):
+    """Nothing but system DLLs beside it, addresses and data protected, a version, and no time of its making."""
+    headers = run("objdump", "-p", arguments.library)
+    faults = [f"{arguments.library}: needs {name}" for name in re.findall(r"DLL Name: (\S+)", headers)
+              if name.lower() not in ("kernel32.dll", "msvcrt.dll")]
+    wanted = ["DYNAMIC_BASE", "NX_COMPAT"] + (["HIGH_ENTROPY_VA"] if "pei-x86-64" in headers else [])
+    faults += [f"{arguments.library}: lacks {flag}" for flag in wanted if flag not in headers]
+    with open(arguments.library, "rb") as library:
+        text = library.read()
+    if any(word.encode("utf-16-le") not in text for word in ("ProductVersion", "FileDescription", arguments.version)):
+        faults.append(f"{arguments.library}: says no version {arguments.version}")
+    if not re.search(r"Time/Date\s+Thu Jan\s+1 00:00:00 1970", headers):
+        faults.append(f"{arguments.library}: holds the time of its making")
+    return faults
+
+
 def check_size(arguments):
     with tempfile.NamedTemporaryFile() as stripped:
         run("strip", "-o", stripped.name, arguments.library)
@@ -120,6 +148,11 @@ def main():
     size.add_argument("library")
     size.add_argument("--below", type=int, required=True, help="bytes, stripped")
     size.set_defaults(check=check_size)
+
+    windows = checks.add_parser("windows", help=check_windows.__doc__)
+    windows.add_argument("library")
+    windows.add_argument("--version", required=True)
+    windows.set_defaults(check=check_windows)
 
     arguments = parser.parse_args()
     faults = arguments.check(arguments)

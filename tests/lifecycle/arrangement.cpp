@@ -1,35 +1,38 @@
 #include "lifecycle/arrangement.h"
 
-#include <dlfcn.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <utility>
 
 #include "lifecycle/failing_allocation.h"
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 
 namespace {
 
-constexpr char logger_file[] = "/nerova_zel_logger.so";
-constexpr char avx512_file[] = "/nerova_zel_polarization_processor_vector_avx512.so";
-constexpr char avx2_file[] = "/nerova_zel_polarization_processor_vector_avx2.so";
+constexpr char logger_name[] = "nerova_zel_logger";
+constexpr char avx512_name[] = "nerova_zel_polarization_processor_vector_avx512";
+constexpr char avx2_name[] = "nerova_zel_polarization_processor_vector_avx2";
 
 Arrangement* current_arrangement = nullptr;
 
-bool is_loaded(const std::string& path) {
-  void* const module = dlopen(path.c_str(), RTLD_NOLOAD | RTLD_NOW);
-  if (module != nullptr) {
-    dlclose(module);
+std::string make_directory() {
+  std::random_device random;
+  for (;;) {
+    const std::filesystem::path directory =
+        std::filesystem::temp_directory_path() / ("nerova_zel_" + std::to_string(random()));
+    if (std::filesystem::create_directory(directory)) {
+      return directory.generic_string();
+    }
   }
-  return module != nullptr;
 }
 
-/** Copies a library; the missing entry gets another name of the same length, which no look-up will find. */
+/** Copies a library; the missing entry ends in another letter, which keeps a table of names in order. */
 void copy_library(const std::string& from, const std::string& to, const std::string& missing_entry) {
   if (missing_entry.empty()) {
     std::filesystem::copy_file(from, to);
@@ -42,9 +45,39 @@ void copy_library(const std::string& from, const std::string& to, const std::str
     throw std::logic_error(from + " has no entry " + missing_entry);
   }
   for (std::size_t at = bytes.find(entry); at != std::string::npos; at = bytes.find(entry, at)) {
-    bytes[at + 1] = 'X';
+    bytes[at + missing_entry.size()] = 'X';
   }
   std::ofstream(to, std::ios::binary) << bytes;
+}
+
+/** Makes the header name the other word size. */
+void change_word_size(std::string& bytes) {
+#if defined(_WIN32)
+  const auto header = static_cast<unsigned char>(bytes.at(0x3C)) + 256U * static_cast<unsigned char>(bytes.at(0x3D));
+  const bool is_x86 = bytes.substr(header + 4, 2) == "\x4C\x01";
+  bytes.replace(header + 4, 2, is_x86 ? "\x64\x86" : "\x4C\x01");
+#else
+  constexpr std::size_t word_size = 4;
+  bytes.at(word_size) = bytes.at(word_size) == 1 ? 2 : 1;
+#endif
+}
+
+void damage_file(const std::string& file, Arrangement::Damage damage) {
+  std::ifstream source(file, std::ios::binary);
+  std::string bytes(std::istreambuf_iterator<char>(source), {});
+  source.close();
+  switch (damage) {
+    case Arrangement::Damage::Truncated:
+      bytes.resize(bytes.size() / 3);
+      break;
+    case Arrangement::Damage::OtherWordSize:
+      change_word_size(bytes);
+      break;
+    case Arrangement::Damage::NoLibrary:
+      bytes = "not a library\n";
+      break;
+  }
+  std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 /** A path on a Windows drive, shortened to what follows the directory of the whole suite. */
@@ -92,6 +125,7 @@ std::int32_t MockLogger::log(void* log, std::int32_t level, const char* file, st
   std::string text = message;
   if (level == 7) {
     path = without_beginning(path);
+    logged_microseconds = std::strtod(text.c_str() + text.find_first_of("0123456789"), nullptr);
     text = without_number(text);
   }
   journal_.add((log == this ? "" : "wrong handle ") + std::to_string(level) + '|' + path + '|' + std::to_string(line) +
@@ -119,13 +153,7 @@ void MockPlugin::terminate() {
   journal_.add(name_ + " terminate");
 }
 
-Arrangement::Arrangement() {
-  directory_ = (std::filesystem::temp_directory_path() / "nerova_zel_XXXXXX").string();
-  if (mkdtemp(directory_.data()) == nullptr) {
-    throw std::runtime_error("cannot make a directory like " + directory_);
-  }
-  current_arrangement = this;
-}
+Arrangement::Arrangement() : directory_(make_directory()) { current_arrangement = this; }
 
 Arrangement::~Arrangement() {
   library_.reset();
@@ -133,29 +161,36 @@ Arrangement::~Arrangement() {
   current_arrangement = nullptr;
 }
 
+std::string Arrangement::file(const std::string& name) const { return directory_ + "/" + name + module_ending; }
+
 void Arrangement::add_logger(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_LOGGER, directory_ + logger_file, missing_entry);
+  copy_library(NEROVA_MOCK_LOGGER, file(logger_name), missing_entry);
 }
 
 void Arrangement::add_avx512(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_AVX512, directory_ + avx512_file, missing_entry);
+  copy_library(NEROVA_MOCK_AVX512, file(avx512_name), missing_entry);
 }
 
 void Arrangement::add_avx2(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_AVX2, directory_ + avx2_file, missing_entry);
+  copy_library(NEROVA_MOCK_AVX2, file(avx2_name), missing_entry);
 }
 
-bool Arrangement::logger_loaded() const { return is_loaded(directory_ + logger_file); }
+void Arrangement::damage_avx512(Damage damage) const { damage_file(file(avx512_name), damage); }
 
-bool Arrangement::avx512_loaded() const { return is_loaded(directory_ + avx512_file); }
+void Arrangement::damage_logger(Damage damage) const { damage_file(file(logger_name), damage); }
 
-bool Arrangement::avx2_loaded() const { return is_loaded(directory_ + avx2_file); }
+bool Arrangement::logger_loaded() const { return module_is_loaded(file(logger_name)); }
+
+bool Arrangement::avx512_loaded() const { return module_is_loaded(file(avx512_name)); }
+
+bool Arrangement::avx2_loaded() const { return module_is_loaded(file(avx2_name)); }
 
 LoadedLibrary& Arrangement::library() {
   if (!library_) {
-    const std::string path = directory_ + "/library.so";
+    const std::string path = file("library");
     copy_library(library_path(), path, {});
     library_.emplace(path);
+    watch_allocations(*library_, path);
   }
   return *library_;
 }

@@ -11,6 +11,15 @@
 
 namespace nerova_zel::test {
 
+// Windows modules that carry their own C++ runtime do not catch each other's exceptions: neither these mocks' nor those
+// of anybody's plugin.
+#if defined(_WIN32)
+constexpr bool mocks_can_throw = false;
+#else
+constexpr bool mocks_can_throw = true;
+#endif
+constexpr char exceptions_stay_in_their_module[] = "exceptions do not cross from one module to another here";
+
 using Events = std::vector<std::string>;
 
 /** What the mocks were told, in order. Threads may share it. */
@@ -36,6 +45,7 @@ class MockLogger final : public LoggerBehaviour {
 
   bool gives_handle = true;
   std::int32_t log_result = 0;
+  double logged_microseconds = 0;  ///< of the last timing record
 
   void* get_log(const char* module_name, const char* second_name, const char* configuration) override;
   std::int32_t log(void* log, std::int32_t level, const char* file, std::int32_t line, const char* function,
@@ -86,6 +96,11 @@ class Arrangement {
   void add_avx512(const std::string& missing_entry = {});
   void add_avx2(const std::string& missing_entry = {});
 
+  /** What can happen to a file beside the library. */
+  enum class Damage { Truncated, OtherWordSize, NoLibrary };
+  void damage_avx512(Damage damage) const;
+  void damage_logger(Damage damage) const;
+
   bool logger_loaded() const;
   bool avx512_loaded() const;
   bool avx2_loaded() const;
@@ -99,6 +114,8 @@ class Arrangement {
   std::string directory() const { return directory_; }
 
  private:
+  std::string file(const std::string& name) const;
+
   std::string directory_;
   std::optional<LoadedLibrary> library_;
 };

@@ -1,10 +1,18 @@
 #pragma once
 
+#include <string>
+
+#include "support/loaded_library.h"
+
 namespace nerova_zel::test {
 
+/** Lets the loaded library's allocations be counted and fail, where the program's own operator new does not serve it.
+ */
+void watch_allocations(const LoadedLibrary& library, const std::string& library_file);
+
 /**
- * Makes operator new of this thread fail, in the whole process, while it lives: either only the allocation of that
- * number, counted from 0, or that one and all after it.
+ * Makes operator new of this thread fail, in this program and the library watched, while it lives: either only the
+ * allocation of that number, counted from 0, or that one and all after it.
  */
 class FailingAllocation {
  public:

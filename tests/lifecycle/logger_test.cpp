@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "lifecycle/arrangement.h"
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -22,7 +23,7 @@ std::vector<std::string> lines_of(const std::string& file) {
 std::vector<std::string> logged(const std::string& configuration, const std::string& log_file) {
   Arrangement arrangement;
   const std::filesystem::path before = std::filesystem::current_path();
-  std::filesystem::copy_file(NEROVA_LOGGER, arrangement.directory() + "/nerova_zel_logger.so");
+  std::filesystem::copy_file(NEROVA_LOGGER, arrangement.directory() + "/nerova_zel_logger" + module_ending);
   std::filesystem::current_path(arrangement.directory());
   if (!configuration.empty()) {
     std::ofstream("nerova_zel_logger.cfg") << configuration;

@@ -31,9 +31,13 @@ class PluginBehaviour {
 
 }  // namespace nerova_zel::test
 
+#if defined(_WIN32)
+#define MOCK_EXPORT extern "C" __declspec(dllexport)
+#else
 #define MOCK_EXPORT extern "C" __attribute__((visibility("default")))
+#endif
 
-// The test program provides what the mocks do; they find it when they are loaded.
+// The test program provides these; a mock asks it for them by name.
 MOCK_EXPORT nerova_zel::test::LoggerBehaviour& mock_logger_behaviour();
 MOCK_EXPORT nerova_zel::test::PluginBehaviour& mock_avx512_behaviour();
 MOCK_EXPORT nerova_zel::test::PluginBehaviour& mock_avx2_behaviour();

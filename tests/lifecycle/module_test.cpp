@@ -142,7 +142,7 @@ TEST(Module, InitializeWithoutMemoryCountsButServesNothing) {
   EXPECT_EQ(library.module_terminate(), 0);
 }
 
-TEST(Module, RecordThatFindsNoMemoryIsDropped) {
+TEST(Module, RecordNeedsNoMemory) {
   Arrangement arrangement;
   arrangement.add_logger();
   EXPECT_EQ(arrangement.library().module_initialize(), 0);
@@ -150,9 +150,9 @@ TEST(Module, RecordThatFindsNoMemoryIsDropped) {
   {
     const FailingAllocation failing(0, FailingAllocation::Extent::FromThenOn);
     EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
-    EXPECT_TRUE(failing.happened());
+    EXPECT_FALSE(failing.happened());
   }
-  EXPECT_EQ(arrangement.journal.take(), Events());
+  EXPECT_EQ(arrangement.journal.take().size(), 1U);
   EXPECT_EQ(arrangement.library().module_terminate(), 0);
 }
 

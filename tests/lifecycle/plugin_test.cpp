@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "lifecycle/arrangement.h"
+#include "lifecycle/transform_call.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -36,6 +37,33 @@ TEST(Plugins, EveryProcessorLoadsAndUnloadsBoth) {
   EXPECT_EQ(arrangement.journal.take(),
             (Events{"avx2 terminate", "avx512 terminate", "avx2 terminate", "avx512 terminate"}));
   EXPECT_EQ(library.module_terminate(), 0);
+}
+
+TEST(Plugins, DamagedFilesOnlyLeaveTheirSlotsUnusable) {
+  for (const auto damage :
+       {Arrangement::Damage::Truncated, Arrangement::Damage::OtherWordSize, Arrangement::Damage::NoLibrary}) {
+    SCOPED_TRACE(static_cast<int>(damage));
+    Arrangement arrangement;
+    arrangement.add_logger();
+    arrangement.damage_logger(damage);
+    arrangement.add_avx512();
+    arrangement.damage_avx512(damage);
+    arrangement.add_avx2();
+    LoadedLibrary& library = arrangement.library();
+    nv_polarization_processor* processor = nullptr;
+    EXPECT_EQ(library.module_initialize(), 0);
+    EXPECT_EQ(library.create(&processor), 0);
+    EXPECT_FALSE(arrangement.logger_loaded() || arrangement.avx512_loaded());
+    const TransformCall call(processor);
+    EXPECT_EQ(call.run(library), 0);
+    EXPECT_EQ(library.destroy(processor), 0);
+    EXPECT_EQ(library.module_terminate(), 0);
+    const Events events = arrangement.journal.take();
+    const bool avx2_was_asked = events.size() == 3;  // where the processor has no AVX-512
+    EXPECT_EQ(events.front(), "avx2 initialize");
+    EXPECT_EQ(events.back(), "avx2 terminate");
+    EXPECT_EQ(call.outputs_untouched(), avx2_was_asked);
+  }
 }
 
 TEST(Plugins, PluginLackingAnEntryStaysLoadedButIsNeverCalled) {
@@ -73,6 +101,9 @@ void expect_create_fails(Arrangement& arrangement, MockPlugin& thrower, std::int
 }
 
 TEST(Plugins, CreateReleasesWhatItMadeBeforeItRecordsAFailure) {
+  if (!mocks_can_throw) {
+    GTEST_SKIP() << exceptions_stay_in_their_module;
+  }
   const std::string unknown =
       "2|nerova_zel_polarization_processor.cpp|81|nv_polarization_processor_create_polarization_processor|"
       "An unknown error occurred when trying to create a polar_processor instance!";

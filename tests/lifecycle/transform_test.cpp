@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <climits>
+#include <vector>
 
 #include "lifecycle/arrangement.h"
 #include "lifecycle/transform_call.h"
@@ -102,6 +105,30 @@ using TransformWithWideMaximum = std::int32_t (*)(nv_polarization_processor*, st
                                                   std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
                                                   std::uint32_t, float*, std::uint16_t*, std::uint16_t*, std::uint16_t*,
                                                   std::uint16_t*, std::uint16_t*);
+
+TEST(Transform, RecordsThePlausibleTime) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  constexpr std::int32_t side = 600;
+  const std::vector<std::uint16_t> frame(std::size_t{side} * std::size_t{side}, 100);
+  std::vector<std::uint16_t> azimuth(frame.size());
+  TransformCall call(processor);
+  call.input = frame.data();
+  call.width = side;
+  call.height = side;
+  call.stokes = nullptr;
+  std::fill(std::begin(call.images), std::end(call.images), nullptr);
+  call.images[3] = azimuth.data();
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(call.run(arrangement.library()), 0);
+  const std::chrono::duration<double, std::micro> whole = std::chrono::steady_clock::now() - start;
+  // No processor computes a pixel in a hundredth of a nanosecond.
+  EXPECT_GT(arrangement.logger.logged_microseconds, side * side * 1e-5);
+  EXPECT_LE(arrangement.logger.logged_microseconds, whole.count() + 1.0);
+  EXPECT_EQ(arrangement.library().destroy(processor), 0);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+}
 
 TEST(Transform, IgnoresTheUpperHalfOfTheOutputMaximum) {
   Arrangement arrangement;

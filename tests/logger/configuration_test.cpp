@@ -8,6 +8,9 @@ namespace {
 
 using Configuration = LogDirectory;
 
+// Before any test changes the working directory, and with it the drive.
+const std::filesystem::path sample = std::filesystem::absolute(NEROVA_LOGGER_SAMPLE);
+
 /** The line with zeros for the digits of its first column. */
 std::string with_any_time(std::string line) {
   for (std::size_t i = 0; i < line.find('\t'); ++i) {
@@ -39,7 +42,8 @@ TEST_F(Configuration, SampleHoldsTheDefaults) {
     free_log();
   };
   log_with("missing.cfg");
-  log_with(NEROVA_LOGGER_SAMPLE);
+  std::filesystem::copy_file(sample, "sample.cfg");
+  log_with("sample.cfg");
   const Lines lines = lines_of("nerova_zel.log");
   ASSERT_EQ(lines.size(), 2U);
   EXPECT_EQ(lines[0].substr(lines[0].find('\t')), lines[1].substr(lines[1].find('\t')));

@@ -6,6 +6,14 @@
 
 namespace nerova_zel::test {
 
+namespace {
+
+// Before any test changes the working directory, and with it the drive.
+const std::string logger_file = std::filesystem::absolute(NEROVA_LOGGER).string();
+const std::string writer_file = std::filesystem::absolute(NEROVA_LOG_WRITER).string();
+
+}  // namespace
+
 Lines lines_of(const std::string& file) {
   Lines lines;
   std::ifstream stream(file, std::ios::binary);
@@ -35,7 +43,7 @@ std::vector<int> numbers_of(const std::string& file) {
 }
 
 int run_log_writer(const std::string& module_name, int records) {
-  std::string command = "\"" NEROVA_LOG_WRITER "\" \"" NEROVA_LOGGER "\" nerova_zel_logger.cfg " + module_name + ' ' +
+  std::string command = '"' + writer_file + "\" \"" + logger_file + "\" nerova_zel_logger.cfg " + module_name + ' ' +
                         std::to_string(records);
 #if defined(_WIN32)
   command = '"' + command + '"';  // of which its shell takes away the first and the last quote

@@ -1,6 +1,5 @@
 // What only systems of this kind can put the logger through.
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -103,16 +102,6 @@ TEST_F(Posix, UnreadableConfigurationIsReported) {
   const Lines lines = lines_of("nerova_zel.log");
   ASSERT_EQ(lines.size(), 1U);
   EXPECT_NE(lines[0].find("ERROR: nerova_zel_logger.cfg: the file cannot be read"), std::string::npos) << lines[0];
-}
-
-// What a template library defines for the whole process would keep it loaded.
-TEST(PosixUnload, LeavesNothingBehind) {
-  {
-    const LoadedLogger logger(NEROVA_LOGGER);
-    logger.get_log("M", "", "missing.cfg");
-    logger.free_log("M", "");
-  }
-  EXPECT_EQ(dlopen(NEROVA_LOGGER, RTLD_NOLOAD | RTLD_NOW), nullptr);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "logger/log_directory.h"
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -70,6 +71,16 @@ TEST_F(Sharing, ThreadsGetWriteAndFreeAtWill) {
   EXPECT_EQ(numbers.size(), threads * rounds * records);
   EXPECT_EQ(distinct.size(), numbers.size());
   EXPECT_EQ(*distinct.rbegin(), threads * rounds * records - 1);
+}
+
+// What a template library defines for the whole process would keep it loaded.
+TEST(Unload, LeavesNothingBehind) {
+  {
+    const LoadedLogger logger(NEROVA_LOGGER);
+    logger.get_log("M", "", "missing.cfg");
+    logger.free_log("M", "");
+  }
+  EXPECT_FALSE(module_is_loaded(NEROVA_LOGGER));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // The real plugins, called as the library calls them.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <immintrin.h>
 
@@ -12,6 +11,7 @@
 
 #include "kernels/default_calibration.h"
 #include "support/loaded_library.h"
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -29,14 +29,11 @@ int cpu_level() {
 
 class Plugin {
  public:
-  explicit Plugin(const std::string& set) : set_(set) {
-    const std::string library = library_path();
-    const std::string path =
-        library.substr(0, library.rfind('/') + 1) + "nerova_zel_polarization_processor_vector_" + set + ".so";
-    module_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    EXPECT_NE(module_, nullptr) << dlerror();
-  }
-  ~Plugin() { dlclose(module_); }
+  explicit Plugin(const std::string& set)
+      : set_(set),
+        module_(open_module(folder_of(library_path()) + "nerova_zel_polarization_processor_vector_" + set +
+                            module_ending)) {}
+  ~Plugin() { close_module(module_); }
   Plugin(const Plugin&) = delete;
   Plugin& operator=(const Plugin&) = delete;
 
@@ -51,7 +48,7 @@ class Plugin {
   }
 
  private:
-  void* find(const std::string& name) const { return dlsym(module_, name.c_str()); }
+  void* find(const std::string& name) const { return find_name(module_, name.c_str()); }
 
   std::string set_;
   void* module_;

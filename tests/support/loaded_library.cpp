@@ -1,20 +1,16 @@
 #include "support/loaded_library.h"
 
-#include <dlfcn.h>
-
 #include <stdexcept>
+
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 
-LoadedModule::LoadedModule(const std::string& path) : module_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-  if (module_ == nullptr) {
-    throw std::runtime_error("cannot load " + path + ": " + dlerror());
-  }
-}
+LoadedModule::LoadedModule(const std::string& path) : module_(open_module(path)) {}
 
-LoadedModule::~LoadedModule() { dlclose(module_); }
+LoadedModule::~LoadedModule() { close_module(module_); }
 
-void* LoadedModule::find(const char* name) const { return dlsym(module_, name); }
+void* LoadedModule::find(const char* name) const { return find_name(module_, name); }
 
 void* LoadedModule::existing(const char* name) const {
   void* const entry = find(name);

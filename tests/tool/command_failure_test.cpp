@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <opencv2/imgcodecs.hpp>
 
 #include "tool_run.h"
@@ -8,24 +7,6 @@ namespace {
 
 class CommandFailureTest : public ToolTest {
  protected:
-  /** One sentence that holds all `words`, a failing exit code, and nothing written or changed. */
-  void expect_refusal(const std::string& arguments, const std::vector<std::string>& words) const {
-    SCOPED_TRACE(arguments);
-    const auto before = listing();
-    const RunResult result = run(arguments);
-    EXPECT_GT(result.exit_code, 0);
-    EXPECT_LT(result.exit_code, 126);  // refused by the program, not killed
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors.rfind("nerova-polarize: ", 0), 0U) << result.errors;
-    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
-    EXPECT_EQ(result.errors.substr(std::max<std::size_t>(2, result.errors.size()) - 2), ".\n") << result.errors;
-    EXPECT_EQ(result.errors.find("OpenCV("), std::string::npos) << result.errors;
-    for (const std::string& word : words) {
-      EXPECT_NE(result.errors.find(word), std::string::npos) << result.errors;
-    }
-    EXPECT_EQ(listing(), before);
-  }
-
   void expect_refusal_when_cut(const std::string& name, const std::string& options) const {
     ASSERT_EQ(run("simulate " + name + " --size 90x70 --photons 1000").exit_code, 0);
     const std::string whole = read(name);

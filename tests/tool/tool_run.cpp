@@ -1,5 +1,6 @@
 #include "tool_run.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <random>
@@ -51,6 +52,23 @@ RunResult ToolTest::run(const std::string& arguments) const {
   fs::remove(output);
   fs::remove(errors);
   return result;
+}
+
+void ToolTest::expect_refusal(const std::string& arguments, const std::vector<std::string>& words) const {
+  SCOPED_TRACE(arguments);
+  const auto before = listing();
+  const RunResult result = run(arguments);
+  EXPECT_GT(result.exit_code, 0);
+  EXPECT_LT(result.exit_code, 126);  // refused by the program, not killed
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors.rfind("nerova-polarize: ", 0), 0U) << result.errors;
+  EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+  EXPECT_EQ(result.errors.substr(std::max<std::size_t>(2, result.errors.size()) - 2), ".\n") << result.errors;
+  EXPECT_EQ(result.errors.find("OpenCV("), std::string::npos) << result.errors;
+  for (const std::string& word : words) {
+    EXPECT_NE(result.errors.find(word), std::string::npos) << result.errors;
+  }
+  EXPECT_EQ(listing(), before);
 }
 
 void ToolTest::write(const std::string& name, const std::string& content) const {

@@ -28,6 +28,9 @@ class ToolTest : public ::testing::Test {
   /** `arguments` as a shell reads them; relative names are inside the directory. */
   RunResult run(const std::string& arguments) const;
 
+  /** Runs what must fail: one sentence that holds all `words`, an exit code above 0, and nothing written or changed. */
+  void expect_refusal(const std::string& arguments, const std::vector<std::string>& words) const;
+
   std::string path(const std::string& name) const { return (directory_ / name).string(); }
   void write(const std::string& name, const std::string& content) const;
   std::string read(const std::string& name) const;

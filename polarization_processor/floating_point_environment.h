@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+
+// Frame code and kernels run with floating-point exceptions masked and denormal numbers kept, whatever the caller has
+// set; a division by a dark pixel must not end the caller's process. The rounding mode stays the caller's.
+namespace nerova_zel {
+
+/** The old floating-point unit, which runtimes use also where programs do not. Restored on destruction. */
+class QuietX87 {
+ public:
+  QuietX87() noexcept { __asm__ volatile("fnstenv %0" : "=m"(environment_)); }  // masks all exceptions too
+  ~QuietX87() { __asm__ volatile("fldenv %0" : : "m"(environment_)); }
+  QuietX87(const QuietX87&) = delete;
+  QuietX87& operator=(const QuietX87&) = delete;
+
+ private:
+  std::uint8_t environment_[28];
+};
+
+/** The vector units, where there are any. Settings and flags are restored on destruction. */
+class QuietVectorUnits {
+ public:
+  explicit QuietVectorUnits(bool exist) noexcept : exist_(exist) {
+    if (exist_) {
+      constexpr std::uint32_t masks = 0x1F80;
+      constexpr std::uint32_t rounding = 0x6000;
+      __asm__ volatile("stmxcsr %0" : "=m"(before_));
+      const std::uint32_t quiet = (before_ & rounding) | masks;
+      __asm__ volatile("ldmxcsr %0" : : "m"(quiet));
+    }
+  }
+  ~QuietVectorUnits() {
+    if (exist_) {
+      __asm__ volatile("ldmxcsr %0" : : "m"(before_));
+    }
+  }
+  QuietVectorUnits(const QuietVectorUnits&) = delete;
+  QuietVectorUnits& operator=(const QuietVectorUnits&) = delete;
+
+ private:
+  bool exist_;
+  std::uint32_t before_ = 0;
+};
+
+}  // namespace nerova_zel

@@ -1,0 +1,64 @@
+#include "platform/elf_file_posix.h"
+
+#include <elf.h>
+#include <fcntl.h>
+#include <link.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstring>
+
+namespace nerova_zel {
+
+namespace {
+
+/** A file open for reading; closed on destruction. */
+class File {
+ public:
+  explicit File(const char* path) noexcept : descriptor_(open(path, O_RDONLY | O_CLOEXEC)) {}
+  ~File() {
+    if (descriptor_ >= 0) {
+      close(descriptor_);
+    }
+  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  template <class Value>
+  bool read(Value& value, std::uint64_t offset) const noexcept {
+    return pread(descriptor_, &value, sizeof(value), static_cast<off_t>(offset)) == static_cast<ssize_t>(sizeof(value));
+  }
+
+  std::uint64_t size() const noexcept {
+    struct stat status = {};
+    return fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+  }
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace
+
+bool is_whole_library(const char* path) noexcept {
+  const File file(path);
+  ElfW(Ehdr) header;
+  if (!file.read(header, 0) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+      header.e_phentsize != sizeof(ElfW(Phdr))) {
+    return true;
+  }
+  const std::uint64_t size = file.size();
+  for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
+    ElfW(Phdr) segment;
+    if (!file.read(segment, header.e_phoff + i * sizeof(segment))) {
+      return false;
+    }
+    if (segment.p_filesz > size || segment.p_offset > size - segment.p_filesz) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,223 @@
+#include "calibration_file.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "failure.h"
+#include "file_bytes.h"
+
+namespace nerova_zel {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* format_name = "nerova-polarize calibration";
+constexpr int format_version = 1;
+
+/** The double that is written with the fewest digits that still read as this float. */
+double shortest(float value) {
+  char text[32] = "";
+  *std::to_chars(text, text + sizeof(text) - 1, value).ptr = '\0';
+  double result = 0.0;
+  std::from_chars(text, text + sizeof(text), result);
+  return result;
+}
+
+double rounded(double value, double steps_per_unit) { return std::round(value * steps_per_unit) / steps_per_unit; }
+
+Json matrix_to_json(const WeightMatrix& matrix) {
+  Json rows = Json::array();
+  for (std::size_t row = 0; row < 4; ++row) {
+    Json numbers = Json::array();
+    for (std::size_t column = 0; column < 4; ++column) {
+      numbers.push_back(shortest(matrix[4 * row + column]));
+    }
+    rows.push_back(numbers);
+  }
+  return rows;
+}
+
+/** Indented JSON with each list of numbers on one line. */
+std::string with_short_lists(const std::string& text) {
+  std::string result;
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const std::size_t end = text[at] == '[' ? text.find_first_of("[{\"]", at + 1) : std::string::npos;
+    if (end != std::string::npos && text[end] == ']') {
+      for (; at < end; ++at) {
+        if (text[at] == ',') {
+          result += ", ";
+        } else if (text[at] != ' ' && text[at] != '\n') {
+          result += text[at];
+        }
+      }
+    }
+    result += text[at++];
+  }
+  return result;
+}
+
+Json report_of(const PolarizerFit& fit) {
+  Json report = Json::array();
+  for (std::size_t k = 0; k < fit.responses.size(); ++k) {
+    const PolarizerResponse& response = fit.responses[k];
+    report.push_back({{"polarizer_degrees", 45 * k},
+                      {"angle_error_degrees", rounded(fit.angle_error(k), 1e4)},
+                      {"angle_standard_error_degrees", rounded(fit.uncertainties[k].angle_degrees, 1e4)},
+                      {"leakage", rounded(response.leakage(), 1e7)},
+                      {"leakage_standard_error", rounded(fit.uncertainties[k].leakage, 1e7)},
+                      {"gain", rounded(response.gain(), 1e5)},
+                      {"residual_rms", rounded(fit.residual_of(k), 1e7)}});
+  }
+  return report;
+}
+
+class CalibrationReader {
+ public:
+  explicit CalibrationReader(const std::string& path) : path_(path) {}
+
+  Calibration read() const;
+
+ private:
+  [[noreturn]] void refuse(const std::string& reason) const { throw Failure(path_ + " " + reason + "."); }
+  Json parse() const;
+  const Json& member(const Json& object, const char* name) const;
+  float weight(const Json& value, const std::string& place) const;
+  WeightMatrix matrix(const Json& rows, const std::string& place) const;
+  void read_dark(const Json& dark, Calibration& calibration) const;
+
+  const std::string& path_;
+};
+
+Json CalibrationReader::parse() const {
+  const std::vector<unsigned char> bytes = read_file(path_, "a calibration file");
+  try {
+    return Json::parse(bytes);
+  } catch (const Json::parse_error& error) {
+    refuse("is not JSON: it goes wrong at byte " + std::to_string(error.byte));
+  } catch (const Json::exception&) {
+    refuse("holds a number that is too large");
+  }
+}
+
+const Json& CalibrationReader::member(const Json& object, const char* name) const {
+  if (!object.is_object() || !object.contains(name)) {
+    refuse("is not a calibration file: it has no \"" + std::string(name) + "\"");
+  }
+  return object.at(name);
+}
+
+float CalibrationReader::weight(const Json& value, const std::string& place) const {
+  constexpr double greatest = 1e6;
+  if (!value.is_number() || !(std::abs(value.get<double>()) <= greatest)) {
+    refuse("has " + value.dump() + " in " + place + "; a number of at most a million is needed there");
+  }
+  return static_cast<float>(value.get<double>());
+}
+
+WeightMatrix CalibrationReader::matrix(const Json& rows, const std::string& place) const {
+  if (!rows.is_array() || rows.size() != 4) {
+    refuse("does not have 4 rows in " + place);
+  }
+  WeightMatrix result{};
+  for (std::size_t row = 0; row < 4; ++row) {
+    if (!rows[row].is_array() || rows[row].size() != 4) {
+      refuse("does not have 4 numbers in row " + std::to_string(row) + " of " + place);
+    }
+    for (std::size_t column = 0; column < 4; ++column) {
+      result[4 * row + column] = weight(rows[row][column], place);
+    }
+  }
+  return result;
+}
+
+void CalibrationReader::read_dark(const Json& dark, Calibration& calibration) const {
+  const Json& bits = member(dark, "bit_depth");
+  const Json& levels = member(dark, "levels");
+  if (!bits.is_number_integer() || bits.get<double>() < 1 || bits.get<double>() > 16) {
+    refuse("has the \"bit_depth\" " + bits.dump() + "; 1 to 16 is needed");
+  }
+  calibration.bit_depth = bits.get<int>();
+  const double full_scale = (1 << calibration.bit_depth) - 1;
+  if (!levels.is_array() || levels.size() != 4) {
+    refuse("does not have 4 dark \"levels\"");
+  }
+  for (std::size_t k = 0; k < 4; ++k) {
+    if (!levels[k].is_number() || !(levels[k].get<double>() >= 0.0 && levels[k].get<double>() < full_scale)) {
+      refuse("has the dark level " + levels[k].dump() + "; it must lie within the pixel values");
+    }
+    calibration.dark_levels[k] = levels[k].get<double>();
+  }
+}
+
+Calibration CalibrationReader::read() const {
+  const Json file = parse();
+  const Json& format = member(file, "format");
+  const Json& version = member(file, "version");
+  if (format != format_name) {
+    refuse("is not a calibration file: its \"format\" is " + format.dump());
+  }
+  if (version != format_version) {
+    refuse("has the version " + version.dump() + "; this program reads version " + std::to_string(format_version));
+  }
+  const Json& matrices = member(file, "matrices");
+  if (!matrices.is_array() || matrices.size() != 4) {
+    refuse("does not have 4 \"matrices\"");
+  }
+  Calibration calibration;
+  for (std::size_t m = 0; m < 4; ++m) {
+    calibration.matrices[m] = matrix(matrices[m], "matrix " + std::to_string(m));
+  }
+  if (file.contains("dark")) {
+    read_dark(file.at("dark"), calibration);
+  }
+  return calibration;
+}
+
+}  // namespace
+
+std::vector<unsigned char> encode_calibration(const Calibration& calibration, const PolarizerFit& fit) {
+  Json file;
+  file["format"] = format_name;
+  file["version"] = format_version;
+  file["rows"] = {"sum of intensities (twice the power)", "S1", "S2", "not used"};
+  file["columns"] = {"the pixel", "its horizontal neighbour", "its vertical neighbour", "its diagonal neighbour"};
+  for (const WeightMatrix& matrix : calibration.matrices) {
+    file["matrices"].push_back(matrix_to_json(matrix));
+  }
+  Json levels = Json::array();
+  for (const double level : calibration.dark_levels) {
+    levels.push_back(rounded(level, 1e3));
+  }
+  file["dark"] = {{"bit_depth", calibration.bit_depth}, {"levels", levels}};
+  file["report"] = report_of(fit);
+  const std::string text = with_short_lists(file.dump(2)) + "\n";
+  return {text.begin(), text.end()};
+}
+
+Calibration read_calibration(const std::string& path) { return CalibrationReader(path).read(); }
+
+std::vector<std::uint16_t> without_dark_level(const RawFrame& frame, const FrameGeometry& geometry,
+                                              const Calibration& calibration) {
+  const double scale = static_cast<double>((1 << geometry.bit_depth) - 1) / ((1 << calibration.bit_depth) - 1);
+  std::vector<std::uint16_t> result(frame.pixels.size());
+  std::size_t at = 0;
+  for (int y = 0; y < frame.height; ++y) {
+    int dark[2] = {};
+    for (const int parity : {0, 1}) {
+      const int angle = geometry.layout.angle_at(geometry.origin_x + parity, geometry.origin_y + y);
+      dark[parity] =
+          static_cast<int>(std::lround(scale * calibration.dark_levels[static_cast<std::size_t>(angle / 45)]));
+    }
+    for (int x = 0; x < frame.width; ++x, ++at) {
+      result[at] = static_cast<std::uint16_t>(std::max(0, frame.pixels[at] - dark[x % 2]));
+    }
+  }
+  return result;
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace nerova_zel {
+
+/** A frame of a source behind a polarizer, by file and angle in degrees. */
+struct SourceFile {
+  double angle;
+  std::string path;
+};
+
+/** "30:frame.png". Throws Failure. */
+SourceFile parse_source(const std::string& text);
+
+/**
+ * Lines such as "30,frame.png"; a first line that begins with "angle", empty lines and lines that begin with # are
+ * passed over. Files lie relative to the list. Throws Failure.
+ */
+std::vector<SourceFile> read_source_list(const std::string& path);
+
+/** At least four, and at four different angles; none twice. Throws Failure. */
+void check_sources(const std::vector<SourceFile>& sources);
+
+}  // namespace nerova_zel
