@@ -13,6 +13,8 @@ install(TARGETS
   nerova_zel_polarization_processor_vector_avx512
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/logger/nerova_zel_logger.cfg.sample
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/nerova_zel)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/nerova_zel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/nerova_polarization_processor)
