@@ -90,8 +90,8 @@ function(nerova_library_rules target description)
   endif()
 endfunction()
 
-# nerova_short_import_library(target): for a Windows library also <target>.lib, an import library in the short format that
-# Visual C++ makes and takes; the one of the GNU linker is not to be relied on there.
+# nerova_short_import_library(target): for a Windows library also <target>.lib, an import library in the short format
+# that Visual C++ makes and takes. For x86 a linker of that kind refuses the GNU linker's own (/safeseh).
 function(nerova_short_import_library target)
   find_program(NEROVA_LLVM_DLLTOOL llvm-dlltool REQUIRED)
   if(NEROVA_32_BIT)
@@ -101,7 +101,8 @@ function(nerova_short_import_library target)
   endif()
   set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.lib)
   add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND ${NEROVA_LLVM_DLLTOOL} -m ${machine} -d ${CMAKE_CURRENT_SOURCE_DIR}/${target}.def -D ${target}.dll -l ${library}
+    COMMAND ${NEROVA_LLVM_DLLTOOL}
+      -m ${machine} -d ${CMAKE_CURRENT_SOURCE_DIR}/${target}.def -D ${target}.dll -l ${library}
     BYPRODUCTS ${library} VERBATIM)
   set_target_properties(${target} PROPERTIES NEROVA_SHORT_IMPORT_LIBRARY ${library})
 endfunction()

@@ -33,7 +33,7 @@ else()
   if(NEROVA_32_BIT)
     # Built where the packages of this architecture are not known; from the versions of the symbols that are used.
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
-    set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 5)")
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 5.2)")
   else()
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
   endif()

@@ -50,8 +50,8 @@ void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
   command->add_option("--repeat", options.repeat, "How often to transform, for the time of the best")
       ->capture_default_str();
   command->add_option("--library", options.library,
-                      "The polarization processor library; else sought in ../lib beside this program, then by the "
-                      "system");
+                      "The polarization processor library; else the one beside this program (../lib or where it was "
+                      "installed), then by the system");
   command->callback([&options] { nerova_zel::run_transform(options); });
 }
 

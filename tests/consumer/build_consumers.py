@@ -34,8 +34,8 @@ def unpack(build, place):
 def consume_by_cmake(arguments, tree, example, program):
     folder = program.parent / "by-cmake"
     run("cmake", "-G", "Ninja", "-S", pathlib.Path(__file__).parent, "-B", folder, f"-DCONSUMER_SOURCE={example}",
-        f"-DCMAKE_TOOLCHAIN_FILE={arguments.toolchain}", f"-DCMAKE_PREFIX_PATH={tree}", f"-DCMAKE_FIND_ROOT_PATH={tree}",
-        stdout=subprocess.DEVNULL)
+        f"-DCMAKE_TOOLCHAIN_FILE={arguments.toolchain}", f"-DCMAKE_PREFIX_PATH={tree}",
+        f"-DCMAKE_FIND_ROOT_PATH={tree}", stdout=subprocess.DEVNULL)
     run("cmake", "--build", folder, stdout=subprocess.DEVNULL)
     shutil.copy(folder / f"consumer{program.suffix}", program)
 
@@ -47,52 +47,56 @@ def consume_by_pkg_config(arguments, tree, example, program):
     run(arguments.compiler, *arguments.flags.split(), example, "-o", program, *flags)
 
 
+def consume_by_other_linker(arguments, tree, emulator, program):
+    object_file = program.with_suffix(".obj")
+    run("clang", f"--target={arguments.other_target}", "-ffreestanding", "-I", tree / "include", "-c",
+        pathlib.Path(__file__).parent / "freestanding.c", "-o", object_file)
+    run("lld-link", "/nodefaultlib", "/entry:start", "/subsystem:console", f"/out:{program}", object_file,
+        tree / "lib" / "nerova_zel_polarization_processor.lib")
+    code = subprocess.run([*emulator, program]).returncode
+    if code != 100:
+        sys.exit(f"{program.name} ended with {code}")
+
+
+def check_contents(tree, library):
+    """Companions lie beside the library, and nothing tells where it was built."""
+    beside = {path.stem.removeprefix("lib") for path in library.parent.glob(f"*{library.suffix}")}
+    if beside != LIBRARIES:
+        sys.exit(f"the libraries of the package are {sorted(beside)}")
+    root = str(pathlib.Path(__file__).resolve().parents[2]).encode()
+    for path in tree.rglob("*"):
+        if path.is_file() and root in path.read_bytes():
+            sys.exit(f"{path.relative_to(tree)} names the folder it was built in")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", required=True, type=pathlib.Path, help="a built tree")
     parser.add_argument("--toolchain", default="", help="its CMake toolchain file")
     parser.add_argument("--compiler", required=True)
     parser.add_argument("--flags", default="", help="compiler flags of that build, such as -m32")
-    parser.add_argument("--other-target", help="target of clang for a consumer of the other import library")
     parser.add_argument("--emulator", default="", help="what runs its programs")
+    parser.add_argument("--other-target", help="target of clang for a consumer of the other import library")
     arguments = parser.parse_args()
     emulator = arguments.emulator.split(";") if arguments.emulator else []
 
     with tempfile.TemporaryDirectory() as name:
         place = pathlib.Path(name)
         tree = unpack(arguments.build, place)
-        (library,) = list(tree.rglob("*nerova_zel_polarization_processor.so")) + list(
-            tree.rglob("nerova_zel_polarization_processor.dll"))
-        folder, suffix = library.parent, ".exe" if library.suffix == ".dll" else ""
-        beside = {path.name.removeprefix("lib").removesuffix(library.suffix) for path in folder.glob(f"*{library.suffix}")}
-        if beside != LIBRARIES:
-            sys.exit(f"the libraries of the package are {sorted(beside)}")
-        root = str(pathlib.Path(__file__).resolve().parents[2]).encode()
-        for path in tree.rglob("*"):
-            if path.is_file() and root in path.read_bytes():
-                sys.exit(f"{path.relative_to(tree)} names the folder it was built in")
+        (library,) = [path for path in tree.rglob("*nerova_zel_polarization_processor.*")
+                      if path.suffix in (".so", ".dll")]
+        check_contents(tree, library)
 
-        if suffix:  # Windows looks beside the program.
-            programs = folder
-            environment = None
-        else:
-            programs = place
-            environment = dict(os.environ, LD_LIBRARY_PATH=str(folder))
+        # Windows looks beside the program.
+        windows = library.suffix == ".dll"
+        programs, suffix = (library.parent, ".exe") if windows else (place, "")
         (example,) = tree.rglob("first_frame.c")
         for consume in (consume_by_cmake, consume_by_pkg_config):
             program = programs / f"{consume.__name__}{suffix}"
             consume(arguments, tree, example, program)
-            run(*emulator, program, env=environment)
-
+            run(*emulator, program, env=dict(os.environ, LD_LIBRARY_PATH="" if windows else str(library.parent)))
         if arguments.other_target:
-            program = programs / "freestanding.exe"
-            run("clang", f"--target={arguments.other_target}", "-ffreestanding", "-I", tree / "include", "-c",
-                pathlib.Path(__file__).parent / "freestanding.c", "-o", place / "freestanding.obj")
-            run("lld-link", "/nodefaultlib", "/entry:start", "/subsystem:console", f"/out:{program}",
-                place / "freestanding.obj", tree / "lib" / "nerova_zel_polarization_processor.lib")
-            code = subprocess.run([*emulator, program]).returncode
-            if code != 100:
-                sys.exit(f"{program.name} ended with {code}")
+            consume_by_other_linker(arguments, tree, emulator, programs / "other.exe")
 
         tool = tree / "bin" / "nerova-polarize"
         if tool.exists():  # It finds the library by itself.
