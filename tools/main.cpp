@@ -69,8 +69,8 @@ void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
       "How often to transform a frame, for the time of the best; else 5 for a single frame, 1 for many");
   command->add_option("--calibration", options.calibration, "Calibration file that calibrate has written");
   command->add_option("--library", options.library,
-                      "The polarization processor library; else sought in ../lib beside this program, then by the "
-                      "system");
+                      "The polarization processor library; else the one beside this program (../lib or where it was "
+                      "installed), then by the system");
   command->callback([&options] { nerova_zel::run_transform(options); });
 }
 
