@@ -1,7 +1,6 @@
 #include "prepared_frame.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -36,14 +35,11 @@ void save_image(const std::string& directory, const char* name, const Sample* im
 
 }  // namespace
 
-void PreparedFrame::Free::operator()(void* pages) const { std::free(pages); }
+void PreparedFrame::Free::operator()(void* pages) const { operator delete (pages, std::align_val_t{page}); }
 
 void* PreparedFrame::allocate(std::size_t bytes) {
   const std::size_t whole_pages = (bytes + page - 1) / page * page;
-  pages_.emplace_back(std::aligned_alloc(page, whole_pages));
-  if (pages_.back() == nullptr) {
-    throw std::bad_alloc();
-  }
+  pages_.emplace_back(operator new (whole_pages, std::align_val_t{page}));
   std::memset(pages_.back().get(), 0, whole_pages);
   return pages_.back().get();
 }

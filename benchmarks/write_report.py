@@ -99,12 +99,12 @@ class Report:
                 self.timings.get(route, outputs, size, "equal"), self.timings.get(route, outputs, size))
             for route in self.fast})
 
-    def word_sizes(self):
-        """Time of the 32-bit build in parts of the 64-bit one's, so the rates stand the other way round."""
+    def word_sizes(self, worker):
+        """Time of a 32-bit build in parts of the 64-bit one's, so the rates stand the other way round."""
         return self.ratio_table({
             figures.LABELS[route]: lambda outputs, size, route=route: ratio(
                 self.timings.get(route, outputs, size),
-                self.timings.get(route, outputs, size, worker="i386")) for route in self.fast})
+                self.timings.get(route, outputs, size, worker=worker)) for route in self.fast})
 
     def sizes(self):
         routes = ["stream", "stream-uncached", *self.fast, "library", *self.peers]
@@ -167,7 +167,7 @@ plain stores first read the lines that they fill, and once a cache is full each 
 written back. A route that computes longer hides part of that; {figures.LABELS[self.ours[0]]} grows {growth(self.ours[0])}."""
 
     def call_overhead(self):
-        workers = [worker for worker in ("x86-64", "i386") if self.timings.get("library", "all", "2x2", worker=worker)]
+        workers = [worker for worker in ("x86-64", "i386", "windows-x86") if self.timings.get("library", "all", "2x2", worker=worker)]
 
         def nanoseconds(route, worker):
             return 1000 * self.timings.get(route, "all", "2x2", worker=worker).microseconds
@@ -246,9 +246,12 @@ Custom calibration, speed in parts of the default one's:
 Output maximum equal to full scale, speed in parts of the unequal one's:
 
 {self.equal_maxima()}
-32-bit build, time in parts of the 64-bit one's:
+32-bit Linux build, time in parts of the 64-bit one's:
 
-{self.word_sizes()}
+{self.word_sizes("i386")}
+Windows x86 build under Wine, time in parts of the 64-bit Linux one's:
+
+{self.word_sizes("windows-x86")}
 ## How the cost grows with the frame
 
 ![Time per pixel by frame size and route](frame-sizes.svg)
@@ -272,8 +275,9 @@ The peers rise earlier, because the whole images that they keep in between take 
 Through the C interface, no logger beside the library. Each part is timed by itself in the same run; the four pixels are
 the same frame given directly to the kernel or plugin. CPUID is executed once in every call, because the choice between
 the built-in forms is made anew each time; in a virtual machine it is a round trip to the hypervisor. The clock is read
-at the beginning and at the end for the record of the time taken. The rest is the argument checks, the dispatch, and
-what the parts do to each other: CPUID empties the pipeline that the parts timed alone keep full.
+at the beginning and at the end for the record of the time taken. The rest is the argument checks, the dispatch,
+saving and restoring the caller's floating-point environment, and what the parts do to each other: CPUID empties the
+pipeline that the parts timed alone keep full.
 
 ## What was tried
 
@@ -283,7 +287,10 @@ Kept in the plugins, because it measured better:
   16-bit output fills its stores.
 - Divisions by full scale and by 180 as one multiplication and one fused operation, with the reciprocal as the sum of
   two floats; both Stokes quotients from one reciprocal. Exact, and proved so by trying every case.
-- Where S1 and S2 are differences of samples, signs in place of comparisons in the arctangent.
+- Where S1 and S2 are differences of samples, signs in place of comparisons in the arctangent, the squares that the
+  degree needs anyway in place of magnitudes, and a negated argument in place of a negated result.
+- Clamping results after they are narrowed to 16 bits, one instruction for two vectors; dealing pixels to the two
+  vectors of an AVX-512 step in the order in which it narrows.
 - Prefetching the lines that a row will write 32 steps from now: 5 % on all
   six outputs, more on the Stokes pair alone.
 

@@ -89,7 +89,7 @@ function(nerova_library_rules target description def)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
     target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
     set_target_properties(${target} PROPERTIES PREFIX "")
-    target_link_options(${target} PRIVATE -Wl,--dynamicbase,--nxcompat)
+    target_link_options(${target} PRIVATE -s -Wl,--dynamicbase,--nxcompat)
     if(NOT NEROVA_32_BIT)
       target_link_options(${target} PRIVATE -Wl,--high-entropy-va)
     endif()
@@ -101,6 +101,23 @@ function(nerova_library_rules target description def)
     endif()
     target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now ${NEROVA_NO_UNDEFINED})
   endif()
+endfunction()
+
+# nerova_short_import_library(target): for a Windows library also <target>.lib, an import library in the short format
+# that Visual C++ makes and takes. For x86 a linker of that kind refuses the GNU linker's own (/safeseh).
+function(nerova_short_import_library target)
+  find_program(NEROVA_LLVM_DLLTOOL llvm-dlltool REQUIRED)
+  if(NEROVA_32_BIT)
+    set(machine i386)
+  else()
+    set(machine i386:x86-64)
+  endif()
+  set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.lib)
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${NEROVA_LLVM_DLLTOOL}
+      -m ${machine} -d ${CMAKE_CURRENT_SOURCE_DIR}/${target}.def -D ${target}.dll -l ${library}
+    BYPRODUCTS ${library} VERBATIM)
+  set_target_properties(${target} PROPERTIES NEROVA_SHORT_IMPORT_LIBRARY ${library})
 endfunction()
 
 # nerova_set_warnings(target): the warnings of all our own code; third-party sources are built without them.

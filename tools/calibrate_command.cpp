@@ -11,9 +11,11 @@
 #include "calibration_plot.h"
 #include "failure.h"
 #include "file_set.h"
+#include "frame_reader.h"
 #include "image_encoder.h"
 #include "option_values.h"
 #include "polarizer_fit.h"
+#include "quiet_errors.h"
 #include "source_list.h"
 #include "uniform_frame.h"
 
@@ -35,19 +37,16 @@ struct Series {
 
 double mean_of(const PerPolarizer& values) { return std::accumulate(values.begin(), values.end(), 0.0) / 4.0; }
 
-void note(const std::string& sentence) { std::fprintf(stderr, "nerova-polarize: note: %s\n", sentence.c_str()); }
-
 /** Reads frames one after the other; each must have the size and bit depth of the first. */
 class SeriesReader {
  public:
-  explicit SeriesReader(const CalibrateOptions& options) : options_(options), origin_(parse_origin(options.origin)) {
-    if (options.raw) {
-      raw_size_ = parse_size("--raw", *options.raw);
-    }
-  }
+  explicit SeriesReader(const CalibrateOptions& options)
+      : options_(options),
+        origin_(parse_origin(options.origin)),
+        headerless_(parse_headerless(options.raw, options.pixel_format)) {}
 
   UniformFrame read(const std::string& path) {
-    const RawFrame pixels = read_frame(path, raw_size_);
+    const RawFrame pixels = read_only_frame(path, headerless_);
     const int bits = bit_depth_of(pixels, options_.bit_depth, path);
     if (first_.empty()) {
       first_ = path;
@@ -70,7 +69,7 @@ class SeriesReader {
 
   const CalibrateOptions& options_;
   Origin origin_;
-  std::optional<FrameSize> raw_size_;
+  std::optional<HeaderlessLayout> headerless_;
   std::string first_;
   FrameSize size_{};
   int bit_depth_ = 0;

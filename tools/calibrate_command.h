@@ -12,6 +12,7 @@ struct CalibrateOptions {
   std::optional<std::string> list;
   std::optional<std::string> dark;
   std::optional<std::string> raw;
+  std::optional<std::string> pixel_format;
   int layout = 90;
   std::string origin = "0,0";
   std::optional<int> bit_depth;

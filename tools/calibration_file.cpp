@@ -94,7 +94,7 @@ class CalibrationReader {
 };
 
 Json CalibrationReader::parse() const {
-  const std::vector<unsigned char> bytes = read_file(path_, "a calibration file");
+  const Bytes bytes = read_bytes(path_, "a calibration file");
   try {
     return Json::parse(bytes);
   } catch (const Json::parse_error& error) {
@@ -201,10 +201,10 @@ std::vector<unsigned char> encode_calibration(const Calibration& calibration, co
 
 Calibration read_calibration(const std::string& path) { return CalibrationReader(path).read(); }
 
-std::vector<std::uint16_t> without_dark_level(const RawFrame& frame, const FrameGeometry& geometry,
-                                              const Calibration& calibration) {
+void without_dark_level(const RawFrame& frame, const FrameGeometry& geometry, const Calibration& calibration,
+                        std::vector<std::uint16_t>& result) {
   const double scale = static_cast<double>((1 << geometry.bit_depth) - 1) / ((1 << calibration.bit_depth) - 1);
-  std::vector<std::uint16_t> result(frame.pixels.size());
+  result.resize(frame.pixels.size());
   std::size_t at = 0;
   for (int y = 0; y < frame.height; ++y) {
     int dark[2] = {};
@@ -217,7 +217,6 @@ std::vector<std::uint16_t> without_dark_level(const RawFrame& frame, const Frame
       result[at] = static_cast<std::uint16_t>(std::max(0, frame.pixels[at] - dark[x % 2]));
     }
   }
-  return result;
 }
 
 }  // namespace nerova_zel

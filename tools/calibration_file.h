@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "frame_reader.h"
 #include "mosaic_layout.h"
 #include "polarizer_fit.h"
+#include "raw_frame.h"
 
 namespace nerova_zel {
 
@@ -34,8 +34,11 @@ std::vector<unsigned char> encode_calibration(const Calibration& calibration, co
 /** Throws Failure, naming the file and what is wrong with it. */
 Calibration read_calibration(const std::string& path);
 
-/** Pixels less their dark level, rounded and not below 0; a level of another bit depth is scaled as full scale is. */
-std::vector<std::uint16_t> without_dark_level(const RawFrame& frame, const FrameGeometry& geometry,
-                                              const Calibration& calibration);
+/**
+ * Fills `result` with the pixels less their dark level, rounded and not below 0; a level of another bit depth is scaled
+ * as full scale is.
+ */
+void without_dark_level(const RawFrame& frame, const FrameGeometry& geometry, const Calibration& calibration,
+                        std::vector<std::uint16_t>& result);
 
 }  // namespace nerova_zel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 namespace nerova_zel {
 
@@ -9,5 +10,8 @@ class Failure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+/** The sentence for the exception that is being handled, whatever its kind. For use inside a catch block. */
+std::string describe_current_failure();
 
 }  // namespace nerova_zel

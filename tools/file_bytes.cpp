@@ -1,31 +1,71 @@
 #include "file_bytes.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 #include "failure.h"
 
 namespace nerova_zel {
 
-std::vector<unsigned char> read_file(const std::string& path, const std::string& meant) {
+namespace {
+
+/** Opens a file and finds its length. */
+std::uint64_t open(const std::string& path, const std::string& meant, std::ifstream& file) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) {
     throw Failure(path + " is a directory; " + meant + " is needed.");
   }
   errno = 0;
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  file.open(path, std::ios::binary | std::ios::ate);
   const std::streamoff length = file ? static_cast<std::streamoff>(file.tellg()) : -1;
   if (length < 0) {
     throw Failure("cannot read " + path + ": " + (errno != 0 ? std::strerror(errno) : "unknown reason") + ".");
   }
-  std::vector<unsigned char> bytes(static_cast<std::size_t>(length));
-  file.seekg(0);
-  if (!file.read(reinterpret_cast<char*>(bytes.data()), length)) {
+  return static_cast<std::uint64_t>(length);
+}
+
+void read(const std::string& path, std::ifstream& file, std::uint64_t offset, Bytes& bytes) {
+  file.seekg(static_cast<std::streamoff>(offset));
+  if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()))) {
     throw Failure("cannot read " + path + " to its end.");
   }
+}
+
+}  // namespace
+
+Bytes read_bytes(const std::string& path, const std::string& meant) {
+  std::ifstream file;
+  Bytes bytes(static_cast<std::size_t>(open(path, meant, file)));
+  read(path, file, 0, bytes);
   return bytes;
+}
+
+void read_bytes(const std::string& path, std::uint64_t offset, std::size_t count, Bytes& bytes) {
+  std::ifstream file;
+  const std::uint64_t length = open(path, "the file of a frame", file);
+  const std::uint64_t present = length - std::min(length, offset);
+  bytes.resize(static_cast<std::size_t>(std::min<std::uint64_t>(present, count)));
+  read(path, file, offset, bytes);
+}
+
+void read_standard_input(std::size_t count, Bytes& bytes) {
+#if defined(_WIN32)
+  _setmode(_fileno(stdin), _O_BINARY);
+#endif
+  bytes.resize(count);
+  bytes.resize(std::fread(bytes.data(), 1, count, stdin));
+  if (std::ferror(stdin) != 0) {
+    throw Failure(std::string("cannot read standard input: ") + std::strerror(errno) + ".");
+  }
 }
 
 }  // namespace nerova_zel

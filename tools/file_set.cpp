@@ -39,6 +39,10 @@ void FileSet::make_directory(const fs::path& directory) {
 }
 
 void FileSet::write(const fs::path& path, const std::vector<unsigned char>& bytes) {
+  write(path, {{bytes.data(), bytes.size()}});
+}
+
+void FileSet::write(const fs::path& path, std::initializer_list<ByteView> parts) {
   std::error_code error;
   if (fs::is_directory(path, error)) {
     throw Failure("cannot write " + path.string() + ": a directory has that name.");
@@ -51,7 +55,9 @@ void FileSet::write(const fs::path& path, const std::vector<unsigned char>& byte
   std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
   if (file) {
     entries_.push_back({temporary, path});
-    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    for (const ByteView& part : parts) {
+      file.write(static_cast<const char*>(part.data), static_cast<std::streamsize>(part.size));
+    }
     file.close();
   }
   if (!file) {

@@ -1,10 +1,18 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
 namespace nerova_zel {
+
+/** Bytes that lie somewhere else and stay there. */
+struct ByteView {
+  const void* data;
+  std::size_t size;
+};
 
 /**
  * Files that appear together or not at all. Each is first written under a temporary name beside its place; commit gives
@@ -20,6 +28,8 @@ class FileSet {
   /** Makes a directory, and those above it, where missing. */
   void make_directory(const std::filesystem::path& directory);
 
+  /** The parts follow one another in the file. */
+  void write(const std::filesystem::path& path, std::initializer_list<ByteView> parts);
   void write(const std::filesystem::path& path, const std::vector<unsigned char>& bytes);
 
   void commit();

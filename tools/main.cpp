@@ -1,12 +1,12 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <exception>
-#include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
 #include <string>
 
 #include "calibrate_command.h"
 #include "failure.h"
+#include "interruption.h"
+#include "quiet_errors.h"
 #include "simulate_command.h"
 #include "transform_command.h"
 
@@ -15,45 +15,62 @@ namespace {
 constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
 
-const std::string memory_ran_out = "memory ran out; a smaller frame or fewer --outputs need less.";
-
 const char* const layout_help =
     "Angle of the top-left pixel when the origin is even, which names the whole 2 x 2 pattern: 0 [0,135/45,90], "
     "45 [45,90/0,135], 90 [90,45/135,0], 135 [135,0/90,45]";
 
 void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
-  CLI::App* command = app.add_subcommand("transform", "Turn a raw mosaic frame into pictures of polarization");
-  command->add_option("FRAME", options.frame, "8- or 16-bit grey PNG, TIFF or binary PGM, or headerless pixels")
+  CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
+  command
+      ->add_option("FRAME", options.frames,
+                   "8- or 16-bit grey PNG, TIFF or binary PGM, or headerless pixels (--raw); any number of files, "
+                   "folders (their frames by name), patterns with * and ? in quotes, or - for headerless frames from "
+                   "standard input")
       ->required();
   command->add_option("--raw", options.raw,
-                      "FRAME is headerless pixels of this size, WxH: one byte each, or two with the low byte first, as "
-                      "the file's length says");
+                      "Files hold headerless pixels, frames of this size, WxH. Without --pixel-format a file is one "
+                      "frame: one byte a pixel, or two with the low byte first, as its length says");
+  command->add_option("--pixel-format", options.pixel_format,
+                      "How headerless pixels lie in bytes, in files of any number of frames: Mono8, Mono10, Mono12, "
+                      "Mono16 (16 bits, low byte first), Mono10p, Mono12p (streams of bits), Mono12Packed. Frames of a "
+                      "file of several are named by number: STEM_000000_power.png");
   command->add_option("--layout", options.layout, layout_help)->capture_default_str();
   command->add_option("--origin", options.origin, "Sensor coordinates X,Y of the frame's top-left pixel")
       ->capture_default_str();
-  command->add_option("--bit-depth", options.bit_depth,
-                      "Significant bits of a pixel; 8 or 16 by the file, for PGM by its greatest value");
+  command->add_option("--roi", options.region,
+                      "Only the region X,Y,W,H of the frame, as if the camera had read out no more");
+  command->add_option(
+      "--bit-depth", options.bit_depth,
+      "Significant bits of a pixel; else by the pixel format, for PGM by the greatest value, otherwise 8 "
+      "or 16 by the file");
   command->add_option("--output-max", options.output_maximum, "What full scale, 180 degrees and degree 1 map to")
       ->capture_default_str();
   command
       ->add_option("--outputs", options.outputs,
-                   "all, or a list of stokes (S1/P and S2/P as float TIFF), power, hv, diagonal, azimuth, dolp "
-                   "(16-bit), sheet (a picture of everything to look at)")
+                   "all, or a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, diagonal, "
+                   "azimuth, dolp (16-bit), sheet (a picture of everything to look at)")
       ->capture_default_str();
   command->add_option("--out", options.directory, "Directory for the results, made if missing")->capture_default_str();
-  command->add_option("--format", options.format, "Form of the 16-bit outputs: png or tiff")->capture_default_str();
+  command->add_flag("--overwrite", options.overwrite,
+                    "Make all outputs anew. Without it a frame is skipped whose outputs are all there and newer than "
+                    "its file (for standard input: are there) and the calibration, with whatever other options they "
+                    "were made");
+  command->add_option("--jobs", options.jobs, "How many frames to work on at once; else as many as there are cores");
+  command->add_option("--format", options.format, "Form of the outputs: png, tiff, or npy for arrays")
+      ->capture_default_str();
   command
       ->add_option("--azimuth-brightness", options.azimuth_brightness,
                    "In the sheet, what darkens the azimuth: degree, or full for nothing")
       ->capture_default_str();
   command->add_option("--degree-max", options.degree_limit,
                       "In the sheet, the degree at which colour scales end; chosen from the picture if not given");
-  command->add_option("--repeat", options.repeat, "How often to transform, for the time of the best")
-      ->capture_default_str();
+  command->add_option(
+      "--repeat", options.repeat,
+      "How often to transform a frame, for the time of the best; else 5 for a single frame, 1 for many");
   command->add_option("--calibration", options.calibration, "Calibration file that calibrate has written");
   command->add_option("--library", options.library,
-                      "The polarization processor library; else sought in ../lib beside this program, then by the "
-                      "system");
+                      "The polarization processor library; else the one beside this program (../lib or where it was "
+                      "installed), then by the system");
   command->callback([&options] { nerova_zel::run_transform(options); });
 }
 
@@ -107,7 +124,9 @@ void add_calibrate(CLI::App& app, nerova_zel::CalibrateOptions& options) {
       ->allow_extra_args(false);
   command->add_option("--list", options.list, "Text file with a line ANGLE,FILE for each frame");
   command->add_option("--dark", options.dark, "Frame without light, for the dark level");
-  command->add_option("--raw", options.raw, "The files are headerless pixels of this size, WxH");
+  command->add_option("--raw", options.raw, "The files are headerless pixels of this size, WxH, a frame each");
+  command->add_option("--pixel-format", options.pixel_format,
+                      "How headerless pixels lie in bytes, by the names that transform takes");
   command->add_option("--layout", options.layout, layout_help)->capture_default_str();
   command->add_option("--origin", options.origin, "Sensor coordinates X,Y of the frames' top-left pixel")
       ->capture_default_str();
@@ -121,13 +140,11 @@ void add_calibrate(CLI::App& app, nerova_zel::CalibrateOptions& options) {
 }
 
 int complain(const std::string& sentence, int code) {
-  std::fprintf(stderr, "nerova-polarize: %s\n", sentence.c_str());
+  std::fprintf(nerova_zel::messages(), "nerova-polarize: %s\n", sentence.c_str());
   return code;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   try {
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     CLI::App app("Pictures of polarization from the raw frames of a polarization camera", "nerova-polarize");
@@ -146,15 +163,16 @@ int main(int argc, char** argv) {
       return complain(error.what() + std::string("; see nerova-polarize --help."), exit_usage);
     }
     return 0;
-  } catch (const nerova_zel::Failure& failure) {
-    return complain(failure.what(), exit_failure);
-  } catch (const std::bad_alloc&) {
-    return complain(memory_ran_out, exit_failure);
-  } catch (const cv::Exception& error) {
-    return complain(
-        error.code == cv::Error::StsNoMem ? memory_ran_out : "the picture library fails: " + error.err + ".",
-        exit_failure);
-  } catch (const std::exception& error) {
-    return complain(std::string("unexpected failure: ") + error.what(), exit_failure);
+  } catch (...) {
+    return complain(nerova_zel::describe_current_failure(), exit_failure);
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  nerova_zel::messages();  // before anything is silenced
+  const int code = run(argc, argv);
+  nerova_zel::Interruption::obey();
+  return code;
 }

@@ -12,6 +12,8 @@ namespace nerova_zel {
 
 namespace {
 
+constexpr int most_pixels = 1 << 28;
+
 /** Two whole numbers from `least` to `greatest` with `separator` between, and nothing else. */
 std::optional<std::pair<int, int>> two_numbers(const std::string& text, char separator, int least, int greatest) {
   std::istringstream stream(text);
@@ -30,7 +32,6 @@ std::optional<std::pair<int, int>> two_numbers(const std::string& text, char sep
 }  // namespace
 
 FrameSize parse_size(const std::string& option, const std::string& text) {
-  constexpr int most_pixels = 1 << 28;
   const auto numbers = two_numbers(text, 'x', 2, most_pixels);
   if (!numbers || numbers->second > most_pixels / numbers->first) {
     throw Failure(option + " " + text + " is not a size; it should read like 2448x2048, at least 2x2 and at most " +
@@ -45,6 +46,18 @@ Origin parse_origin(const std::string& text) {
     throw Failure("--origin " + text + " is not a place on the sensor; it should read like 0,0 or 101,64.");
   }
   return {numbers->first, numbers->second};
+}
+
+Region parse_region(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  const std::size_t second = comma == std::string::npos ? comma : text.find(',', comma + 1);
+  const auto corner = two_numbers(text.substr(0, second), ',', 0, most_pixels);
+  const auto size =
+      second == std::string::npos ? std::nullopt : two_numbers(text.substr(second + 1), ',', 2, most_pixels);
+  if (!corner || !size) {
+    throw Failure("--roi " + text + " is not a region; it should read X,Y,W,H like 100,64,800,600, at least 2 x 2.");
+  }
+  return {corner->first, corner->second, {size->first, size->second}};
 }
 
 std::set<OutputKind> parse_outputs(const std::string& text) {
@@ -101,6 +114,24 @@ std::array<double, 4> parse_four(const std::string& option, const std::string& t
                   ", or four with commas between for the polarizers 0, 45, 90 and 135.");
   }
   return {values[0], values[1], values[2], values[3]};
+}
+
+std::optional<HeaderlessLayout> parse_headerless(const std::optional<std::string>& raw,
+                                                 const std::optional<std::string>& pixel_format) {
+  if (!raw) {
+    if (pixel_format) {
+      throw Failure("--pixel-format is for headerless pixels; say their size with --raw WxH.");
+    }
+    return std::nullopt;
+  }
+  HeaderlessLayout layout{parse_size("--raw", *raw), std::nullopt};
+  if (pixel_format) {
+    layout.format = find_pixel_format(*pixel_format);
+    if (!layout.format) {
+      throw Failure("--pixel-format " + *pixel_format + " is unknown; it must be one of " + pixel_format_names() + ".");
+    }
+  }
+  return layout;
 }
 
 void check_layout(int degrees) {

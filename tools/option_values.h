@@ -5,7 +5,9 @@
 #include <set>
 #include <string>
 
-#include "frame_reader.h"
+#include "frame_outputs.h"
+#include "headerless_frame.h"
+#include "raw_frame.h"
 
 namespace nerova_zel {
 
@@ -14,16 +16,20 @@ struct Origin {
   int y;
 };
 
-/** What a transform can write; the sheet is the picture made for looking at. */
-enum class OutputKind { stokes, power, hv, diagonal, azimuth, dolp, sheet };
-
 // Each reads the value of an option and throws Failure, naming the option, when it makes no sense.
 
 /** "WxH", both at least 2, and at most 2^28 pixels in all. */
 FrameSize parse_size(const std::string& option, const std::string& text);
 
+/** The values of --raw and --pixel-format; nothing without --raw. */
+std::optional<HeaderlessLayout> parse_headerless(const std::optional<std::string>& raw,
+                                                 const std::optional<std::string>& pixel_format);
+
 /** "X,Y", both at least 0. */
 Origin parse_origin(const std::string& text);
+
+/** "X,Y,W,H": a corner, both at least 0, and a size as in parse_size. */
+Region parse_region(const std::string& text);
 
 /** A list such as "azimuth,dolp", or "all". */
 std::set<OutputKind> parse_outputs(const std::string& text);

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <mutex>
 
 #if defined(_WIN32)
 #include <io.h>
@@ -22,11 +23,13 @@ int duplicate(int descriptor) { return _dup(descriptor); }
 void replace(int by, int descriptor) { _dup2(by, descriptor); }
 void close_descriptor(int descriptor) { _close(descriptor); }
 int open_nowhere() { return _open("NUL", _O_WRONLY); }
+std::FILE* open_stream(int descriptor) { return _fdopen(descriptor, "w"); }
 #else
 int duplicate(int descriptor) { return dup(descriptor); }
 void replace(int by, int descriptor) { dup2(by, descriptor); }
 void close_descriptor(int descriptor) { close(descriptor); }
 int open_nowhere() { return open("/dev/null", O_WRONLY | O_CLOEXEC); }
+std::FILE* open_stream(int descriptor) { return fdopen(descriptor, "w"); }
 #endif
 
 void flush_errors() {
@@ -34,11 +37,39 @@ void flush_errors() {
   std::fflush(stderr);
 }
 
+/** How many of them live, and the stream as it was before the first. */
+struct Silence {
+  std::mutex mutex;
+  int count = 0;
+  int saved = -1;
+};
+
+Silence& silence() {
+  static Silence only;
+  return only;
+}
+
+std::FILE* open_messages() {
+  const int copy = duplicate(error_descriptor);
+  std::FILE* stream = copy < 0 ? nullptr : open_stream(copy);
+  if (stream == nullptr) {
+    return stderr;
+  }
+  std::setvbuf(stream, nullptr, _IONBF, 0);  // as stderr: what was said is out, however the program ends
+  return stream;
+}
+
 }  // namespace
 
-QuietErrors::QuietErrors() : saved_(duplicate(error_descriptor)) {
+QuietErrors::QuietErrors() {
+  Silence& shared = silence();
+  const std::lock_guard<std::mutex> lock(shared.mutex);
+  if (shared.count++ > 0) {
+    return;
+  }
   flush_errors();
-  const int nowhere = saved_ < 0 ? -1 : open_nowhere();
+  shared.saved = duplicate(error_descriptor);
+  const int nowhere = shared.saved < 0 ? -1 : open_nowhere();
   if (nowhere >= 0) {
     replace(nowhere, error_descriptor);
     close_descriptor(nowhere);
@@ -46,11 +77,23 @@ QuietErrors::QuietErrors() : saved_(duplicate(error_descriptor)) {
 }
 
 QuietErrors::~QuietErrors() {
+  Silence& shared = silence();
+  const std::lock_guard<std::mutex> lock(shared.mutex);
+  if (--shared.count > 0) {
+    return;
+  }
   flush_errors();
-  if (saved_ >= 0) {
-    replace(saved_, error_descriptor);
-    close_descriptor(saved_);
+  if (shared.saved >= 0) {
+    replace(shared.saved, error_descriptor);
+    close_descriptor(shared.saved);
   }
 }
+
+std::FILE* messages() {
+  static std::FILE* const stream = open_messages();
+  return stream;
+}
+
+void note(const std::string& sentence) { std::fprintf(messages(), "nerova-polarize: note: %s\n", sentence.c_str()); }
 
 }  // namespace nerova_zel

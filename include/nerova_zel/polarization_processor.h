@@ -13,10 +13,10 @@
  * y * width + x. Image buffers belong to the caller, are never allocated, kept or freed by the library, need no more
  * than the alignment of their element type, and must not overlap one another.
  *
- * Floating-point environment: transform masks exceptions and keeps denormal numbers while it runs, so that flush-to-zero,
- * denormals-are-zero and unmasked exceptions of the caller change neither its results nor its course; settings and
- * flags are the caller's own again when it returns. It never changes the rounding mode, and results are defined for
- * round to nearest.
+ * Floating-point environment: transform masks exceptions and keeps denormal numbers while it runs, so that
+ * flush-to-zero, denormals-are-zero and unmasked exceptions of the caller change neither its results nor its course;
+ * settings and flags are the caller's own again when it returns. It never changes the rounding mode, and results are
+ * defined for round to nearest.
  */
 #ifndef NEROVA_ZEL_POLARIZATION_PROCESSOR_H
 #define NEROVA_ZEL_POLARIZATION_PROCESSOR_H

@@ -6,31 +6,29 @@
 
 namespace nerova_zel::test {
 
-namespace {
+LoadedModule::LoadedModule(const std::string& path) : module_(open_module(path)) {}
 
-template <class Function>
-void resolve(const LoadedLibrary& library, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(library.find(name));
-  if (function == nullptr) {
+LoadedModule::~LoadedModule() { close_module(module_); }
+
+void* LoadedModule::find(const char* name) const { return find_name(module_, name); }
+
+void* LoadedModule::existing(const char* name) const {
+  void* const entry = find(name);
+  if (entry == nullptr) {
     throw std::runtime_error(std::string("the library does not export ") + name);
   }
+  return entry;
 }
 
-}  // namespace
-
-LoadedLibrary::LoadedLibrary(const std::string& path) : module_(open_module(path)) {
-  resolve(*this, "nv_polarization_processor_module_initialize", module_initialize);
-  resolve(*this, "nv_polarization_processor_module_terminate", module_terminate);
-  resolve(*this, "nv_polarization_processor_create_polarization_processor", create);
-  resolve(*this, "nv_polarization_processor_destroy_polarization_processor", destroy);
-  resolve(*this, "nv_polarization_processor_set_custom_calibration_coefficients", set_coefficients);
-  resolve(*this, "nv_polarization_processor_get_custom_calibration_coefficients", get_coefficients);
-  resolve(*this, "nv_polarization_processor_transform", transform);
+LoadedLibrary::LoadedLibrary(const std::string& path) : LoadedModule(path) {
+  resolve("nv_polarization_processor_module_initialize", module_initialize);
+  resolve("nv_polarization_processor_module_terminate", module_terminate);
+  resolve("nv_polarization_processor_create_polarization_processor", create);
+  resolve("nv_polarization_processor_destroy_polarization_processor", destroy);
+  resolve("nv_polarization_processor_set_custom_calibration_coefficients", set_coefficients);
+  resolve("nv_polarization_processor_get_custom_calibration_coefficients", get_coefficients);
+  resolve("nv_polarization_processor_transform", transform);
 }
-
-LoadedLibrary::~LoadedLibrary() { close_module(module_); }
-
-void* LoadedLibrary::find(const char* name) const { return find_name(module_, name); }
 
 std::string library_path() { return NEROVA_LIBRARY_PATH; }
 

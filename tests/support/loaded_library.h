@@ -6,16 +6,33 @@
 
 namespace nerova_zel::test {
 
-/**
- * The library as a stranger loads it: opened by path at run time, its seven functions resolved by name. Throws
- * std::runtime_error when the file or a name is missing. Unloads on destruction.
- */
-class LoadedLibrary {
+/** A library opened by path at run time. Throws std::runtime_error when there is none. Unloads on destruction. */
+class LoadedModule {
+ public:
+  explicit LoadedModule(const std::string& path);
+  ~LoadedModule();
+  LoadedModule(const LoadedModule&) = delete;
+  LoadedModule& operator=(const LoadedModule&) = delete;
+
+  /** Address of any exported name, or NULL. */
+  void* find(const char* name) const;
+
+  /** The function of that name. Throws std::runtime_error when there is none. */
+  template <class Function>
+  void resolve(const char* name, Function& function) const {
+    function = reinterpret_cast<Function>(existing(name));
+  }
+
+ private:
+  void* existing(const char* name) const;
+
+  void* module_ = nullptr;
+};
+
+/** The library as a stranger loads it: its seven functions resolved by name. */
+class LoadedLibrary : public LoadedModule {
  public:
   explicit LoadedLibrary(const std::string& path);
-  ~LoadedLibrary();
-  LoadedLibrary(const LoadedLibrary&) = delete;
-  LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
   decltype(&nv_polarization_processor_module_initialize) module_initialize = nullptr;
   decltype(&nv_polarization_processor_module_terminate) module_terminate = nullptr;
@@ -24,12 +41,6 @@ class LoadedLibrary {
   decltype(&nv_polarization_processor_set_custom_calibration_coefficients) set_coefficients = nullptr;
   decltype(&nv_polarization_processor_get_custom_calibration_coefficients) get_coefficients = nullptr;
   decltype(&nv_polarization_processor_transform) transform = nullptr;
-
-  /** Address of any exported name, or NULL. */
-  void* find(const char* name) const;
-
- private:
-  void* module_ = nullptr;
 };
 
 /** Where this build left the library, its companions beside it. */

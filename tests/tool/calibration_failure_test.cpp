@@ -84,6 +84,7 @@ TEST_F(CalibrationFailureTest, FramesThatDoNotGoTogether) {
   expect_refusal("calibrate" + good + " --bit-depth 10", {"0.pgm", "10 bits"});
   expect_refusal("calibrate" + good + " --layout 0", {"--layout or --origin"});
   expect_refusal("calibrate" + good + " --out calibration.txt", {"calibration.txt", ".json"});
+  expect_refusal("calibrate --raw 16x16 --pixel-format Mono16" + good, {"0.pgm holds more than one frame"});
   std::filesystem::create_directory(path("calibration.png"));
   expect_refusal("calibrate" + good, {"calibration.png", "a directory has that name"});
 }

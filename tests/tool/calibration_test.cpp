@@ -93,7 +93,8 @@ class CalibrationTest : public ToolTest {
 
 Errors CalibrationTest::transform(const std::string& options, const SimulatedScene& scene, bool edges,
                                   std::string& complaints) const {
-  const RunResult result = run("transform frame.pgm --outputs azimuth,dolp,stokes --repeat 1" + sensor() + options);
+  const RunResult result =
+      run("transform frame.pgm --overwrite --outputs azimuth,dolp,stokes --repeat 1" + sensor() + options);
   EXPECT_EQ(result.exit_code, 0) << result.errors;
   complaints = result.errors;
   const cv::Mat azimuth = cv::imread(path("frame_azimuth.png"), cv::IMREAD_UNCHANGED);
@@ -195,6 +196,33 @@ TEST_F(CalibrationTest, MatricesUndoTheSensor) {
       }
     }
   }
+}
+
+// A lone frame is checked against the truth below; frames that share a library and are worked on at once must not
+// differ.
+TEST_F(CalibrationTest, FramesOfABatchAreCalibratedLikeLoneOnes) {
+  camera_.dark_level = 200.0;
+  camera_.full_well = 10000;
+  write_series({0, 40, 75, 110, 160}, 0.1);
+  calibrate(" --dark dark.pgm");
+  const std::string options = sensor() + " --calibration calibration.json --outputs stokes,power --out ";
+  for (int i = 0; i < 5; ++i) {
+    const std::string name = "a" + std::to_string(i) + ".pgm";
+    ASSERT_EQ(run("transform " + name + options + "lone").exit_code, 0);
+  }
+  ASSERT_EQ(run("transform 'a*.pgm'" + options + "batch --jobs 3").exit_code, 0);
+  for (int i = 0; i < 5; ++i) {
+    for (const char* ending : {"_s1.tiff", "_s2.tiff", "_power.png"}) {
+      const std::string name = "/a" + std::to_string(i) + ending;
+      EXPECT_EQ(read("lone" + name), read("batch" + name)) << name;
+    }
+  }
+  std::filesystem::last_write_time(path("calibration.json"),
+                                   std::filesystem::last_write_time(path("batch/a0_s1.tiff")) + std::chrono::hours(1));
+  EXPECT_NE(run("transform 'a*.pgm'" + options + "batch").output.find("5 done"), std::string::npos);
+  const RunResult told =
+      run("transform 'a*.pgm' --library \"" NEROVA_BUILT_IN_ONLY_LIBRARY "\"" + options + "built_in");
+  EXPECT_EQ(std::count(told.errors.begin(), told.errors.end(), '\n'), 1) << told.errors;
 }
 
 class CalibratedRoute : public CalibrationTest, public ::testing::WithParamInterface<const char*> {

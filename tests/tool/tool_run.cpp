@@ -72,6 +72,7 @@ void ToolTest::expect_refusal(const std::string& arguments, const std::vector<st
 }
 
 void ToolTest::write(const std::string& name, const std::string& content) const {
+  fs::create_directories(fs::path(path(name)).parent_path());
   std::ofstream(path(name), std::ios::binary) << content;
 }
 

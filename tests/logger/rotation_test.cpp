@@ -1,0 +1,98 @@
+#include <fstream>
+
+#include "logger/log_directory.h"
+
+namespace nerova_zel::test {
+namespace {
+
+using Rotation = LogDirectory;
+
+constexpr char numbers_only[] = "pattern = %v\n";
+
+std::string four_digits(int number) { return std::to_string(number + 1000); }
+
+TEST_F(Rotation, KeepsTheNewestFilesBelowTheirSize) {
+  struct Case {
+    const char* settings;
+    int files;  ///< of which numbered ones all but one
+    int lines;  ///< in a full file
+  };
+  for (const Case& expected :
+       {Case{"max_size = 52\nkept_files = 3\n", 4, 10}, Case{"max_size = 49\nkept_files = 0", 1, 9},
+        Case{"max_size = 3\nkept_files = 1\n", 2, 1}, Case{"max_size = 0\n", 1, 100}}) {
+    SCOPED_TRACE(expected.settings);
+    configure(numbers_only + std::string(expected.settings));
+    void* const log = get_log();
+    for (int i = 0; i < 100; ++i) {
+      EXPECT_EQ(write(log, four_digits(i)), 0);
+    }
+    free_log();
+    const std::vector<int> numbers = numbers_of("nerova_zel.log");
+    for (int file = 1; file < expected.files; ++file) {
+      EXPECT_EQ(lines_of("nerova_zel.log." + std::to_string(file)).size(), expected.lines);
+    }
+    EXPECT_FALSE(std::filesystem::exists("nerova_zel.log." + std::to_string(expected.files)));
+    const auto newest = static_cast<int>(lines_of("nerova_zel.log").size());
+    EXPECT_LE(newest, expected.lines);
+    ASSERT_EQ(numbers.size(), (expected.files - 1) * expected.lines + newest);
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+      EXPECT_EQ(numbers[numbers.size() - 1 - i], 1099 - static_cast<int>(i));
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(".")) {
+      std::filesystem::remove(entry);
+    }
+  }
+}
+
+TEST_F(Rotation, GoesOnFromWhatEarlierProgramsLeft) {
+  configure(numbers_only + std::string("max_size = 1K\nkept_files = 1\n"));
+  std::ofstream("nerova_zel.log", std::ios::binary) << std::string(1023, '1') << '\n';
+  EXPECT_EQ(write(get_log(), "1"), 0);
+  free_log();
+  EXPECT_EQ(lines_of("nerova_zel.log"), Lines{"1"});
+  EXPECT_EQ(lines_of("nerova_zel.log.1"), Lines{std::string(1023, '1')});
+}
+
+TEST_F(Rotation, ThatIsImpossibleLosesNothing) {
+  configure(numbers_only + std::string("max_size = 10\nkept_files = 2\n"));
+  std::filesystem::create_directories("nerova_zel.log.2/in the way");
+  void* const log = get_log();
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(write(log, four_digits(i)), 0);
+  }
+  EXPECT_EQ(numbers_of("nerova_zel.log").size(), 10U);
+  EXPECT_GT(lines_of("nerova_zel.log").size(), 2U);
+  std::filesystem::remove_all("nerova_zel.log.2");
+  EXPECT_EQ(write(log, four_digits(10)), 0);
+  free_log();
+  EXPECT_EQ(numbers_of("nerova_zel.log").size(), 11U);
+  EXPECT_EQ(lines_of("nerova_zel.log").size(), 1U);
+}
+
+TEST_F(Rotation, FollowsTheNameWhenOthersMoveTheFile) {
+  configure(numbers_only);
+  void* const log = get_log();
+  EXPECT_EQ(write(log, "1"), 0);
+  std::filesystem::rename("nerova_zel.log", "moved.log");
+  EXPECT_EQ(write(log, "2"), 0);
+  free_log();
+  EXPECT_EQ(lines_of("moved.log"), Lines{"1"});
+  EXPECT_EQ(lines_of("nerova_zel.log"), Lines{"2"});
+}
+
+TEST_F(Rotation, StaysInTheDirectoryOfTheFirstRecord) {
+  configure(numbers_only + std::string("max_size = 6\n"));
+  std::filesystem::create_directory("first");
+  std::filesystem::create_directory("second");
+  void* const log = get_log();
+  std::filesystem::current_path("first");
+  EXPECT_EQ(write(log, four_digits(0)), 0);
+  std::filesystem::current_path("../second");
+  EXPECT_EQ(write(log, four_digits(1)), 0);
+  free_log();
+  EXPECT_TRUE(std::filesystem::is_empty("."));
+  EXPECT_EQ(numbers_of("../first/nerova_zel.log"), (std::vector<int>{1000, 1001}));
+}
+
+}  // namespace
+}  // namespace nerova_zel::test

@@ -1,0 +1,23 @@
+#pragma once
+
+namespace nerova_zel {
+
+/**
+ * While it lives, the first interruption (Ctrl-C, or a request to terminate) is only noted, so that what was begun can
+ * be ended or removed; a second one ends the program at once. One at a time.
+ */
+class Interruption {
+ public:
+  Interruption();
+  ~Interruption();
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+
+  /** Whether one was noted. Thread-safe. */
+  static bool is_requested();
+
+  /** Ends the program as the noted interruption would have; returns when there was none. */
+  static void obey();
+};
+
+}  // namespace nerova_zel
