@@ -48,6 +48,12 @@ if(NEROVA_SANITIZE)
   add_compile_options(-fsanitize=${NEROVA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   add_link_options(-fsanitize=${NEROVA_SANITIZE})
 endif()
+if(NEROVA_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "Fuzzing needs Clang")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # The lanes code is thousands of values in registers, none an array on the stack: to watch over each as one would take
 # minutes to compile and find nothing.
@@ -55,8 +61,15 @@ set(nerova_lanes_flags -O3)
 if(NEROVA_SANITIZE)
   set(nerova_lanes_flags -O2)  # below this GCC leaves the wide registers in use
   if(NEROVA_SANITIZE MATCHES "address")
-    list(APPEND nerova_lanes_flags --param asan-stack=0)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+      list(APPEND nerova_lanes_flags "SHELL:-mllvm -asan-stack=0")
+    else()
+      list(APPEND nerova_lanes_flags --param asan-stack=0)
+    endif()
   endif()
+endif()
+if(NEROVA_FUZZ)
+  list(APPEND nerova_lanes_flags -fno-sanitize=fuzzer-no-link)  # no decisions that an input could lead to
 endif()
 
 # A sanitizer's functions come with the program, so its libraries must be allowed to leave them undefined.

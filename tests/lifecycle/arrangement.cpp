@@ -6,6 +6,7 @@
 #include <iterator>
 #include <random>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "lifecycle/failing_allocation.h"
@@ -130,6 +131,7 @@ std::int32_t MockLogger::log(void* log, std::int32_t level, const char* file, st
   }
   journal_.add((log == this ? "" : "wrong handle ") + std::to_string(level) + '|' + path + '|' + std::to_string(line) +
                '|' + function + '|' + text);
+  std::this_thread::sleep_for(log_delay);
   return log_result;
 }
 

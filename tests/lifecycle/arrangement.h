@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -45,7 +46,8 @@ class MockLogger final : public LoggerBehaviour {
 
   bool gives_handle = true;
   std::int32_t log_result = 0;
-  double logged_microseconds = 0;  ///< of the last timing record
+  std::chrono::milliseconds log_delay{0};  ///< that a record takes
+  double logged_microseconds = 0;          ///< of the last timing record
 
   void* get_log(const char* module_name, const char* second_name, const char* configuration) override;
   std::int32_t log(void* log, std::int32_t level, const char* file, std::int32_t line, const char* function,

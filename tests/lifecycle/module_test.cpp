@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 
 #include "lifecycle/arrangement.h"
@@ -112,6 +113,26 @@ TEST(Module, LoggerThatFailsIsIgnored) {
   arrangement.logger.log_result = 1;
   nv_polarization_processor* const processor = arrangement.make_processor();
   EXPECT_EQ(TransformCall(processor).run(arrangement.library()), 0);
+  EXPECT_EQ(arrangement.library().destroy(processor), 0);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+}
+
+TEST(Module, LoggerThatBlocksDelaysTheCallAndNothingElse) {
+  Arrangement arrangement;
+  arrangement.add_logger();
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  const TransformCall expected(processor);
+  EXPECT_EQ(expected.run(arrangement.library()), 0);
+
+  arrangement.logger.log_delay = std::chrono::seconds(1);
+  const TransformCall call(processor);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(call.run(arrangement.library()), 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, arrangement.logger.log_delay);
+  EXPECT_LT(arrangement.logger.logged_microseconds, 900000.0);  // of the frame alone
+  EXPECT_EQ(call.stokes_buffer, expected.stokes_buffer);
+  EXPECT_EQ(call.image_buffers, expected.image_buffers);
+  arrangement.logger.log_delay = std::chrono::milliseconds(0);
   EXPECT_EQ(arrangement.library().destroy(processor), 0);
   EXPECT_EQ(arrangement.library().module_terminate(), 0);
 }
