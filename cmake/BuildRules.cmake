@@ -49,6 +49,21 @@ if(NEROVA_SANITIZE)
   add_link_options(-fsanitize=${NEROVA_SANITIZE})
 endif()
 
+# What keeps a mistake from being turned against the program that loads the libraries. Stacks are watched over in the
+# ordinary code only: the per-pixel code keeps no arrays there. An indirect call must land on an instruction meant for it;
+# processors older than that take it for a NOP, but it needs more than the oldest that 32-bit code must live on. On
+# Windows GCC's guard would draw in one more DLL.
+set(nerova_guarded_stack)
+if(NOT WIN32)
+  set(nerova_guarded_stack -fstack-protector-strong)
+  if(NOT NEROVA_32_BIT)
+    add_compile_options(-fcf-protection)
+  endif()
+  if(NOT NEROVA_SANITIZE)
+    add_compile_options("$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  endif()
+endif()
+
 # The lanes code is thousands of values in registers, none an array on the stack: to watch over each as one would take
 # minutes to compile and find nothing.
 set(nerova_lanes_flags -O3)
@@ -69,6 +84,7 @@ endif()
 # nerova_library_rules(target description def): what all shared libraries that are shipped have in common. They export
 # the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
 function(nerova_library_rules target description def)
+  target_compile_options(${target} PRIVATE ${nerova_guarded_stack})
   if(WIN32)
     target_sources(${target} PRIVATE ${def})
     set(NEROVA_FILE_DESCRIPTION ${description})
@@ -86,7 +102,7 @@ function(nerova_library_rules target description def)
       target_link_options(${target} PRIVATE -Wl,--version-script=${map})
       set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
     endif()
-    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now ${NEROVA_NO_UNDEFINED})
+    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack,-z,text ${NEROVA_NO_UNDEFINED})
   endif()
 endfunction()
 
