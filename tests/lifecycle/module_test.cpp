@@ -116,6 +116,21 @@ TEST(Module, LoggerThatFailsIsIgnored) {
   EXPECT_EQ(arrangement.library().module_terminate(), 0);
 }
 
+TEST(Module, LoggerThatThrowsIsContained) {
+  if (!mocks_can_throw) {
+    GTEST_SKIP() << exceptions_stay_in_their_module;
+  }
+  Arrangement arrangement;
+  arrangement.add_logger();
+  arrangement.logger.on_log = [] { throw 1; };
+  arrangement.logger.on_free_log = [] { throw 1; };
+  EXPECT_EQ(arrangement.library().module_initialize(), 0);
+  EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+  EXPECT_EQ(arrangement.journal.take(), (Events{get_log, null_destroyed, free_log}));
+  EXPECT_FALSE(arrangement.logger_loaded());
+}
+
 TEST(Module, InitializeWithoutMemoryCountsButServesNothing) {
   Arrangement arrangement;
   arrangement.add_logger();
