@@ -64,9 +64,14 @@ if(NOT WIN32)
   endif()
 endif()
 
+if(NEROVA_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
 # The lanes code is thousands of values in registers, none an array on the stack: to watch over each as one would take
 # minutes to compile and find nothing.
-set(nerova_lanes_flags -O3)
+set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
 if(NEROVA_SANITIZE)
   set(nerova_lanes_flags -O2)  # below this GCC leaves the wide registers in use
   if(NEROVA_SANITIZE MATCHES "address")
