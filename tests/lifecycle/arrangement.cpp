@@ -70,6 +70,9 @@ void damage_file(const std::string& file, Arrangement::Damage damage) {
     case Arrangement::Damage::Truncated:
       bytes.resize(bytes.size() / 3);
       break;
+    case Arrangement::Damage::CutBehindHeaders:
+      bytes.resize(1000);
+      break;
     case Arrangement::Damage::CutInHeaders:
       bytes.resize(100);
       break;
@@ -80,7 +83,7 @@ void damage_file(const std::string& file, Arrangement::Damage damage) {
       change_word_size(bytes);
       break;
     case Arrangement::Damage::NoLibrary:
-      bytes = "not a library\n";
+      bytes = std::string(1000, '#');  // long enough for a header
       break;
   }
   std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;

@@ -100,7 +100,7 @@ class Arrangement {
   void add_avx2(const std::string& missing_entry = {});
 
   /** What can happen to a file beside the library. */
-  enum class Damage { Truncated, CutInHeaders, CutInFirstHeader, OtherWordSize, NoLibrary };
+  enum class Damage { Truncated, CutBehindHeaders, CutInHeaders, CutInFirstHeader, OtherWordSize, NoLibrary };
   void damage_avx512(Damage damage) const;
   void damage_logger(Damage damage) const;
 
