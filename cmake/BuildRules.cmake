@@ -55,9 +55,29 @@ if(NEROVA_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# What keeps a mistake from being turned against the program that loads the libraries. Stacks are watched over in the
+# ordinary code only: the per-pixel code keeps no arrays there. An indirect call must land on an instruction meant for it;
+# processors older than that take it for a NOP, but it needs more than the oldest that 32-bit code must live on. On
+# Windows GCC's guard would draw in one more DLL.
+set(nerova_guarded_stack)
+if(NOT WIN32)
+  set(nerova_guarded_stack -fstack-protector-strong)
+  if(NOT NEROVA_32_BIT)
+    add_compile_options(-fcf-protection)
+  endif()
+  if(NOT NEROVA_SANITIZE)
+    add_compile_options("$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  endif()
+endif()
+
+if(NEROVA_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
 # The lanes code is thousands of values in registers, none an array on the stack: to watch over each as one would take
 # minutes to compile and find nothing.
-set(nerova_lanes_flags -O3)
+set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
 if(NEROVA_SANITIZE)
   set(nerova_lanes_flags -O2)  # below this GCC leaves the wide registers in use
   if(NEROVA_SANITIZE MATCHES "address")
@@ -82,6 +102,7 @@ endif()
 # nerova_library_rules(target description def): what all shared libraries that are shipped have in common. They export
 # the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
 function(nerova_library_rules target description def)
+  target_compile_options(${target} PRIVATE ${nerova_guarded_stack})
   if(WIN32)
     target_sources(${target} PRIVATE ${def})
     set(NEROVA_FILE_DESCRIPTION ${description})
@@ -99,7 +120,7 @@ function(nerova_library_rules target description def)
       target_link_options(${target} PRIVATE -Wl,--version-script=${map})
       set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
     endif()
-    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now ${NEROVA_NO_UNDEFINED})
+    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack,-z,text ${NEROVA_NO_UNDEFINED})
   endif()
 endfunction()
 

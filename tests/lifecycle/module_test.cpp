@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "lifecycle/arrangement.h"
 #include "lifecycle/failing_allocation.h"
@@ -124,17 +125,33 @@ TEST(Module, LoggerThatBlocksDelaysTheCallAndNothingElse) {
   const TransformCall expected(processor);
   EXPECT_EQ(expected.run(arrangement.library()), 0);
 
-  arrangement.logger.log_delay = std::chrono::seconds(1);
+  constexpr std::chrono::seconds delay(1);
+  arrangement.logger.on_log = [delay] { std::this_thread::sleep_for(delay); };
   const TransformCall call(processor);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(call.run(arrangement.library()), 0);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, arrangement.logger.log_delay);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, delay);
   EXPECT_LT(arrangement.logger.logged_microseconds, 900000.0);  // of the frame alone
   EXPECT_EQ(call.stokes_buffer, expected.stokes_buffer);
   EXPECT_EQ(call.image_buffers, expected.image_buffers);
-  arrangement.logger.log_delay = std::chrono::milliseconds(0);
+  arrangement.logger.on_log = [] {};
   EXPECT_EQ(arrangement.library().destroy(processor), 0);
   EXPECT_EQ(arrangement.library().module_terminate(), 0);
+}
+
+TEST(Module, LoggerThatThrowsIsContained) {
+  if (!mocks_can_throw) {
+    GTEST_SKIP() << exceptions_stay_in_their_module;
+  }
+  Arrangement arrangement;
+  arrangement.add_logger();
+  arrangement.logger.on_log = [] { throw 1; };
+  arrangement.logger.on_free_log = [] { throw 1; };
+  EXPECT_EQ(arrangement.library().module_initialize(), 0);
+  EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+  EXPECT_EQ(arrangement.journal.take(), (Events{get_log, null_destroyed, free_log}));
+  EXPECT_FALSE(arrangement.logger_loaded());
 }
 
 TEST(Module, InitializeWithoutMemoryCountsButServesNothing) {
