@@ -7,6 +7,7 @@
 #include <opencv2/core.hpp>
 
 #include "failure.h"
+#include "frame_pictures.h"
 #include "frame_reader.h"
 
 namespace nerova_zel {
@@ -150,23 +151,22 @@ FrameJob::Timing FrameJob::transform(int bit_depth) {
 }
 
 void FrameJob::write(const FrameTicket& ticket, int bit_depth) {
-  const auto draw = [&] {
-    SheetContent sheet;
-    sheet.name = fs::path(ticket.name()).filename().string();
-    sheet.layout = request_.layout;
-    sheet.origin_x = origin_.x;
-    sheet.origin_y = origin_.y;
-    sheet.bit_depth = bit_depth;
-    sheet.output_maximum = request_.output_maximum;
-    sheet.frame = cv::Mat(frame_.height, frame_.width, CV_16U, frame_.pixels.data());
-    sheet.normalized_stokes = outputs_.image(OutputKind::stokes);
-    sheet.total_power = outputs_.image(OutputKind::power);
-    sheet.azimuth = outputs_.image(OutputKind::azimuth);
-    sheet.degree = outputs_.image(OutputKind::dolp);
-    return draw_sheet(sheet, request_.sheet_style);
-  };
+  PictureContent content;
+  content.name = fs::path(ticket.name()).filename().string();
+  content.layout = request_.layout;
+  content.origin_x = origin_.x;
+  content.origin_y = origin_.y;
+  content.bit_depth = bit_depth;
+  content.output_maximum = request_.output_maximum;
+  content.frame = cv::Mat(frame_.height, frame_.width, CV_16U, frame_.pixels.data());
+  content.normalized_stokes = outputs_.image(OutputKind::stokes);
+  content.total_power = outputs_.image(OutputKind::power);
+  content.azimuth = outputs_.image(OutputKind::azimuth);
+  content.degree = outputs_.image(OutputKind::dolp);
+  FramePictures pictures(content, request_.picture_style);
   FileSet files;
-  outputs_.write(files, request_.directory, ticket.input->output_stem(ticket.number), request_.files, draw);
+  outputs_.write(files, request_.directory, ticket.input->output_stem(ticket.number), request_.files,
+                 [&](OutputKind kind) { return pictures.draw(kind); });
   files.commit();
 }
 

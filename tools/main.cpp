@@ -46,9 +46,11 @@ void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
   command->add_option("--output-max", options.output_maximum, "What full scale, 180 degrees and degree 1 map to")
       ->capture_default_str();
   command
-      ->add_option("--outputs", options.outputs,
-                   "all, or a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, diagonal, "
-                   "azimuth, dolp (16-bit), sheet (a picture of everything to look at)")
+      ->add_option(
+          "--outputs", options.outputs,
+          "all, or a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, diagonal, "
+          "azimuth, dolp (16-bit), and to look at sheet (everything on a page), azimuth-picture (the azimuth in "
+          "colour at the frame's size) and azimuth-legend (what its colours mean)")
       ->capture_default_str();
   command->add_option("--out", options.directory, "Directory for the results, made if missing")->capture_default_str();
   command->add_flag("--overwrite", options.overwrite,
@@ -59,11 +61,15 @@ void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
   command->add_option("--format", options.format, "Form of the outputs: png, tiff, or npy for arrays")
       ->capture_default_str();
   command
-      ->add_option("--azimuth-brightness", options.azimuth_brightness,
-                   "In the sheet, what darkens the azimuth: degree, or full for nothing")
+      ->add_option(
+          "--azimuth-style", options.azimuth_style,
+          "How azimuth pictures show more than the angle: plain not at all, light by the degree as saturation, "
+          "dark by the degree as brightness, composite by the degree as saturation and the power as brightness")
       ->capture_default_str();
-  command->add_option("--degree-max", options.degree_limit,
-                      "In the sheet, the degree at which colour scales end; chosen from the picture if not given");
+  command->add_option("--degree-max", options.degree_end,
+                      "In pictures, the degree at which colour scales end; chosen for each frame if not given");
+  command->add_option("--power-max", options.power_end,
+                      "In pictures, the power at which colour scales end, as a share of full scale; likewise");
   command->add_option(
       "--repeat", options.repeat,
       "How often to transform a frame, for the time of the best; else 5 for a single frame, 1 for many");

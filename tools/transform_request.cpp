@@ -11,6 +11,22 @@ namespace {
 
 constexpr int most_jobs = 1024;
 
+double scale_end(const std::string& option, const std::optional<double>& end) {
+  if (end && !(*end > 0.0 && *end <= 1.0)) {
+    throw Failure(option + " must be above 0 and at most 1.");
+  }
+  return end.value_or(0.0);
+}
+
+PictureStyle read_picture_style(const TransformOptions& options) {
+  const std::optional<AzimuthStyle> style = find_azimuth_style(options.azimuth_style);
+  if (!style) {
+    throw Failure("--azimuth-style " + options.azimuth_style +
+                  " is unknown; it must be plain, light, dark or composite.");
+  }
+  return {*style, {scale_end("--degree-max", options.degree_end), scale_end("--power-max", options.power_end)}};
+}
+
 }  // namespace
 
 TransformRequest read_options(const TransformOptions& options) {
@@ -25,12 +41,6 @@ TransformRequest read_options(const TransformOptions& options) {
   if (options.bit_depth) {
     check_range("--bit-depth", *options.bit_depth, 1, 16);
   }
-  if (options.azimuth_brightness != "degree" && options.azimuth_brightness != "full") {
-    throw Failure("--azimuth-brightness " + options.azimuth_brightness + " is unknown; it must be degree or full.");
-  }
-  if (options.degree_limit && !(*options.degree_limit > 0.0 && *options.degree_limit <= 1.0)) {
-    throw Failure("--degree-max must be above 0 and at most 1.");
-  }
   TransformRequest request;
   request.headerless = parse_headerless(options.raw, options.pixel_format);
   request.layout = MosaicLayout(options.layout);
@@ -41,9 +51,9 @@ TransformRequest read_options(const TransformOptions& options) {
   request.bit_depth = options.bit_depth;
   request.output_maximum = options.output_maximum;
   request.outputs = parse_outputs(options.outputs);
-  request.files = output_files(request.outputs, options.format);
+  request.picture_style = read_picture_style(options);
+  request.files = output_files(request.outputs, options.format, request.picture_style.azimuth);
   request.directory = options.directory;
-  request.sheet_style = {options.azimuth_brightness == "degree", options.degree_limit.value_or(0.0)};
   request.repeat = options.repeat.value_or(0);
   request.jobs = options.jobs.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));
   request.overwrite = options.overwrite;

@@ -11,7 +11,7 @@
 #include "headerless_frame.h"
 #include "mosaic_layout.h"
 #include "option_values.h"
-#include "picture_sheet.h"
+#include "picture_content.h"
 
 namespace nerova_zel {
 
@@ -28,8 +28,9 @@ struct TransformOptions {
   std::string outputs = "all";
   std::string directory = ".";
   std::string format = "png";
-  std::string azimuth_brightness = "degree";
-  std::optional<double> degree_limit;
+  std::string azimuth_style = "dark";
+  std::optional<double> degree_end;
+  std::optional<double> power_end;
   std::optional<int> repeat;
   std::optional<int> jobs;
   std::optional<std::string> calibration;
@@ -51,7 +52,7 @@ struct TransformRequest {
   std::set<OutputKind> outputs;
   std::vector<OutputFile> files;
   std::filesystem::path directory;
-  SheetStyle sheet_style;
+  PictureStyle picture_style;
   /** Transforms of each frame; 0 leaves it to the number of frames. */
   int repeat = 0;
   int jobs = 1;
