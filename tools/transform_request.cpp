@@ -1,15 +1,10 @@
 #include "transform_request.h"
 
-#include <algorithm>
-#include <thread>
-
 #include "failure.h"
 
 namespace nerova_zel {
 
 namespace {
-
-constexpr int most_jobs = 1024;
 
 double scale_end(const std::string& option, const std::optional<double>& end) {
   if (end && !(*end > 0.0 && *end <= 1.0)) {
@@ -29,38 +24,23 @@ PictureStyle read_picture_style(const TransformOptions& options) {
 
 }  // namespace
 
-TransformRequest read_options(const TransformOptions& options) {
-  check_layout(options.layout);
+TransformRequest read_transform_options(const TransformOptions& options) {
   check_range("--output-max", options.output_maximum, 1, 65535);
   if (options.repeat) {
     check_range("--repeat", *options.repeat, 1, 100'000);
   }
-  if (options.jobs) {
-    check_range("--jobs", *options.jobs, 1, most_jobs);
-  }
-  if (options.bit_depth) {
-    check_range("--bit-depth", *options.bit_depth, 1, 16);
-  }
   TransformRequest request;
-  request.headerless = parse_headerless(options.raw, options.pixel_format);
-  request.layout = MosaicLayout(options.layout);
-  request.origin = parse_origin(options.origin);
-  if (options.region) {
-    request.region = parse_region(*options.region);
+  read_frame_options(options, request);
+  if (options.calibration) {
+    request.calibrated = std::filesystem::last_write_time(*options.calibration);
   }
-  request.bit_depth = options.bit_depth;
   request.output_maximum = options.output_maximum;
+  request.repeat = options.repeat.value_or(1);
   request.outputs = parse_outputs(options.outputs);
   request.picture_style = read_picture_style(options);
   request.files = output_files(request.outputs, options.format, request.picture_style.azimuth);
   request.directory = options.directory;
-  request.repeat = options.repeat.value_or(0);
-  request.jobs = options.jobs.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));
   request.overwrite = options.overwrite;
-  if (options.calibration) {
-    request.calibration = read_calibration(*options.calibration);
-    request.calibrated = std::filesystem::last_write_time(*options.calibration);
-  }
   return request;
 }
 
