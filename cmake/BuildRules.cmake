@@ -48,15 +48,48 @@ if(NEROVA_SANITIZE)
   add_compile_options(-fsanitize=${NEROVA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   add_link_options(-fsanitize=${NEROVA_SANITIZE})
 endif()
+if(NEROVA_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "Fuzzing needs Clang")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# What keeps a mistake from being turned against the program that loads the libraries. Stacks are watched over in the
+# ordinary code only: the per-pixel code keeps no arrays there. An indirect call must land on an instruction meant for it;
+# processors older than that take it for a NOP, but it needs more than the oldest that 32-bit code must live on. On
+# Windows GCC's guard would draw in one more DLL.
+set(nerova_guarded_stack)
+if(NOT WIN32)
+  set(nerova_guarded_stack -fstack-protector-strong)
+  if(NOT NEROVA_32_BIT)
+    add_compile_options(-fcf-protection)
+  endif()
+  if(NOT NEROVA_SANITIZE)
+    add_compile_options("$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  endif()
+endif()
+
+if(NEROVA_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
 
 # The lanes code is thousands of values in registers, none an array on the stack: to watch over each as one would take
 # minutes to compile and find nothing.
-set(nerova_lanes_flags -O3)
+set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
 if(NEROVA_SANITIZE)
   set(nerova_lanes_flags -O2)  # below this GCC leaves the wide registers in use
   if(NEROVA_SANITIZE MATCHES "address")
-    list(APPEND nerova_lanes_flags --param asan-stack=0)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+      list(APPEND nerova_lanes_flags "SHELL:-mllvm -asan-stack=0")
+    else()
+      list(APPEND nerova_lanes_flags --param asan-stack=0)
+    endif()
   endif()
+endif()
+if(NEROVA_FUZZ)
+  list(APPEND nerova_lanes_flags -fno-sanitize=fuzzer-no-link)  # no decisions that an input could lead to
 endif()
 
 # A sanitizer's functions come with the program, so its libraries must be allowed to leave them undefined.
@@ -69,6 +102,7 @@ endif()
 # nerova_library_rules(target description def): what all shared libraries that are shipped have in common. They export
 # the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
 function(nerova_library_rules target description def)
+  target_compile_options(${target} PRIVATE ${nerova_guarded_stack})
   if(WIN32)
     target_sources(${target} PRIVATE ${def})
     set(NEROVA_FILE_DESCRIPTION ${description})
@@ -76,7 +110,7 @@ function(nerova_library_rules target description def)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
     target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
     set_target_properties(${target} PROPERTIES PREFIX "")
-    target_link_options(${target} PRIVATE -Wl,--dynamicbase,--nxcompat)
+    target_link_options(${target} PRIVATE -s -Wl,--dynamicbase,--nxcompat)
     if(NOT NEROVA_32_BIT)
       target_link_options(${target} PRIVATE -Wl,--high-entropy-va)
     endif()
@@ -86,8 +120,25 @@ function(nerova_library_rules target description def)
       target_link_options(${target} PRIVATE -Wl,--version-script=${map})
       set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
     endif()
-    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now ${NEROVA_NO_UNDEFINED})
+    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack,-z,text ${NEROVA_NO_UNDEFINED})
   endif()
+endfunction()
+
+# nerova_short_import_library(target): for a Windows library also <target>.lib, an import library in the short format
+# that Visual C++ makes and takes. For x86 a linker of that kind refuses the GNU linker's own (/safeseh).
+function(nerova_short_import_library target)
+  find_program(NEROVA_LLVM_DLLTOOL llvm-dlltool REQUIRED)
+  if(NEROVA_32_BIT)
+    set(machine i386)
+  else()
+    set(machine i386:x86-64)
+  endif()
+  set(library ${CMAKE_ARCHIVE_OUTPUT_DIRECTORY}/${target}.lib)
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${NEROVA_LLVM_DLLTOOL}
+      -m ${machine} -d ${CMAKE_CURRENT_SOURCE_DIR}/${target}.def -D ${target}.dll -l ${library}
+    BYPRODUCTS ${library} VERBATIM)
+  set_target_properties(${target} PROPERTIES NEROVA_SHORT_IMPORT_LIBRARY ${library})
 endfunction()
 
 # nerova_set_warnings(target): the warnings of all our own code; third-party sources are built without them.

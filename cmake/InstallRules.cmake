@@ -1,31 +1,39 @@
-# What is installed: libraries, headers, a CMake package and a pkg-config file.
+# What is installed, in two components: runtime has the libraries, development all else. The tool is a third.
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
 set_target_properties(nerova_zel_polarization_processor PROPERTIES EXPORT_NAME polarization_processor)
 install(TARGETS nerova_zel_polarization_processor EXPORT nerova_polarization_processor
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 # Companions lie beside the library, where it looks for them.
-install(TARGETS
+set(companions
   nerova_zel_logger
   nerova_zel_polarization_processor_vector_avx2
-  nerova_zel_polarization_processor_vector_avx512
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  nerova_zel_polarization_processor_vector_avx512)
+install(TARGETS ${companions}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 install(FILES ${PROJECT_SOURCE_DIR}/logger/nerova_zel_logger.cfg.sample
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/nerova_zel)
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/nerova_zel COMPONENT runtime)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/nerova_zel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(WIN32)
+  install(FILES $<TARGET_PROPERTY:nerova_zel_polarization_processor,NEROVA_SHORT_IMPORT_LIBRARY>
+    DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  foreach(library IN ITEMS nerova_zel_polarization_processor ${companions})
+    get_target_property(folder ${library} SOURCE_DIR)
+    install(FILES ${folder}/${library}.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endforeach()
+endif()
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/nerova_polarization_processor)
 install(EXPORT nerova_polarization_processor NAMESPACE Nerova:: DESTINATION ${package_folder}
   FILE nerova_polarization_processor-targets.cmake)
-file(WRITE ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config.cmake
-  "include(\${CMAKE_CURRENT_LIST_DIR}/nerova_polarization_processor-targets.cmake)\n")
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config-version.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES
-  ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config.cmake
+  ${PROJECT_SOURCE_DIR}/cmake/nerova_polarization_processor-config.cmake
   ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config-version.cmake
   DESTINATION ${package_folder})
 
@@ -34,3 +42,12 @@ file(RELATIVE_PATH way_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /pref
 configure_file(${PROJECT_SOURCE_DIR}/cmake/nerova_polarization_processor.pc.in
   ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# A Windows package is a folder of its own, with what is to be read at its top.
+if(WIN32)
+  set(documents_folder .)
+else()
+  set(documents_folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/lib${NEROVA_PACKAGE_NAME}-dev)
+endif()
+install(FILES README.md CHANGELOG.md DESTINATION ${documents_folder})
+install(DIRECTORY docs examples DESTINATION ${documents_folder})

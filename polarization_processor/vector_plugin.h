@@ -51,7 +51,7 @@ class VectorPlugin {
  private:
   using InitializeEntry = std::int32_t (*)();
   using TransformEntry = void (*)(const TransformParameters* parameters, MatrixRow matrices);
-  using TerminateEntry = void (*)();
+  using TerminateEntry = std::int32_t (*)();  ///< the result is not looked at
 
   bool load(const VectorPluginNames& names);
 

@@ -51,7 +51,8 @@ fs::path program_directory() {
 
 std::string default_path() {
   const fs::path directory = program_directory();
-  for (const fs::path& candidate : {directory / ".." / "lib" / file_name, directory / file_name}) {
+  for (const fs::path& candidate :
+       {directory / NEROVA_WAY_TO_LIBRARY / file_name, directory / ".." / "lib" / file_name, directory / file_name}) {
     std::error_code error;
     if (!directory.empty() && fs::exists(candidate, error)) {
       return candidate.lexically_normal().string();

@@ -37,8 +37,8 @@ struct TransformOutput {
 class Library {
  public:
   /**
-   * Opens the library at `path`; if empty, the one that lies in ../lib beside the program or in the program's own
-   * directory, else whatever the system's ordinary search finds.
+   * Opens the library at `path`; if empty, the one that lies where it was installed or in ../lib beside the program or
+   * in the program's own directory, else whatever the system's ordinary search finds.
    */
   explicit Library(const std::string& path);
   ~Library();

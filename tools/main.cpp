@@ -47,8 +47,8 @@ void add_frame_options(CLI::App* command, nerova_zel::FrameOptions& options) {
   command->add_option("--jobs", options.jobs, "How many frames to work on at once; else as many as there are cores");
   command->add_option("--calibration", options.calibration, "Calibration file that calibrate has written");
   command->add_option("--library", options.library,
-                      "The polarization processor library; else sought in ../lib beside this program, then by the "
-                      "system");
+                      "The polarization processor library; else the one beside this program (../lib or where it was "
+                      "installed), then by the system");
 }
 
 void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {

@@ -17,6 +17,9 @@ AVX = re.compile(r"^v[a-z0-9]+$")
 # Every 32-bit position-independent object has these; they hold two integer instructions.
 HARMLESS_SHARED = re.compile(r"^__x86\.get_pc_thunk\.")
 
+# The compiler keeps its pointer to this function, which every C++ library has, in data that stay writable.
+PERSONALITY = "__gxx_personality_v0"
+
 
 def run(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
@@ -115,6 +118,84 @@ def check_windows(arguments):
     return faults
 
 
+class ElfFile:
+    """What readelf tells of a shared library. Addresses are those of the file, before it is loaded."""
+
+    def __init__(self, path):
+        with open(path, "rb") as file:
+            self.bytes = file.read()
+        self.segments = []  # (type, file offset, address, size in the file, flags)
+        for line in run("readelf", "-lW", path).splitlines():
+            match = re.match(r"\s+(\w+)\s+0x(\w+) 0x(\w+) 0x\w+ 0x(\w+) 0x\w+ ([R ][W ][E ])", line)
+            if match:
+                kind, *numbers, flags = match.groups()
+                self.segments.append((kind, *(int(number, 16) for number in numbers), flags))
+        self.dynamic = run("readelf", "-dW", path)
+        self.relocations = []  # (address, the address or the name of what it points to)
+        for line in run("readelf", "-rW", path).splitlines():
+            match = re.match(r"([0-9a-f]+)\s+[0-9a-f]+\s+(R_\S+)\s*(.*)", line)
+            if match:
+                self.relocations.append((int(match.group(1), 16), self.target(*match.groups())))
+        self.functions = {}  # by name; None where another library defines it
+        for line in run("readelf", "--dyn-syms", "-W", path).splitlines():
+            match = re.match(r"\s+\d+: ([0-9a-f]+)\s+\d+ FUNC\s+\S+\s+\S+\s+(\S+) ([^@\s]+)", line)
+            if match:
+                address, section, name = match.groups()
+                self.functions[name] = None if section == "UND" else int(address, 16)
+
+    def target(self, address, kind, rest):
+        if kind.endswith("_RELATIVE"):  # 32-bit files keep the value where it belongs
+            return int(rest, 16) if rest else int.from_bytes(self.at(int(address, 16), 4), "little")
+        return rest.split()[1].split("@")[0] if len(rest.split()) > 1 else None
+
+    def at(self, address, size):
+        for kind, offset, start, length, _ in self.segments:
+            if kind == "LOAD" and start <= address < start + length:
+                return self.bytes[offset + address - start:][:size]
+        return b""
+
+    def within(self, address, wanted):
+        return any(kind == wanted and start <= address < start + length
+                   for kind, _, start, length, _ in self.segments)
+
+    def is_code(self, address):
+        return address is not None and any(
+            kind == "LOAD" and "E" in flags and start <= address < start + length
+            for kind, _, start, length, flags in self.segments)
+
+
+def check_hardened(arguments):
+    """Nothing both writable and executable, no pointer to code that stays writable, stacks watched over."""
+    library = arguments.library
+    elf = ElfFile(library)
+    faults = [f"{library}: a {kind} segment is writable and executable" for kind, *_, flags in elf.segments
+              if "W" in flags and "E" in flags]
+    stacks = [flags for kind, *_, flags in elf.segments if kind == "GNU_STACK"]
+    if not stacks or "E" in stacks[0]:
+        faults.append(f"{library}: wants an executable stack")
+    if "BIND_NOW" not in elf.dynamic and not re.search(r"FLAGS_1.*NOW", elf.dynamic):
+        faults.append(f"{library}: binds functions late")
+    if "TEXTREL" in elf.dynamic:
+        faults.append(f"{library}: code is relocated")
+    pointers = 0
+    unmarked = []
+    for address, target in elf.relocations:
+        code = elf.functions.get(target) if isinstance(target, str) else target
+        if target not in elf.functions and not elf.is_code(code):
+            continue
+        pointers += 1
+        if target != PERSONALITY and not elf.within(address, "GNU_RELRO"):
+            faults.append(f"{library}: the pointer to code at {address:#x} stays writable")
+        if elf.is_code(code) and elf.at(code, 4) != b"\xf3\x0f\x1e\xfa":
+            unmarked.append(f"{code:#x}")
+    if arguments.landing and unmarked:
+        faults.append(f"{library}: called by pointers without ENDBR64: {len(unmarked)}, {' '.join(unmarked[:5])}")
+    if pointers == 0:
+        faults.append(f"{library}: no pointer to code was found")
+    faults += [f"{library}: does not call {name}" for name in arguments.calls if name not in elf.functions]
+    return faults
+
+
 def check_size(arguments):
     with tempfile.NamedTemporaryFile() as stripped:
         run("strip", "-o", stripped.name, arguments.library)
@@ -148,6 +229,12 @@ def main():
     size.add_argument("library")
     size.add_argument("--below", type=int, required=True, help="bytes, stripped")
     size.set_defaults(check=check_size)
+
+    hardened = checks.add_parser("hardened", help=check_hardened.__doc__)
+    hardened.add_argument("library")
+    hardened.add_argument("--landing", action="store_true", help="indirect calls land on ENDBR64")
+    hardened.add_argument("--calls", action="append", default=[], help="a guard that the code must call")
+    hardened.set_defaults(check=check_hardened)
 
     windows = checks.add_parser("windows", help=check_windows.__doc__)
     windows.add_argument("library")

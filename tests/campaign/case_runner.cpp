@@ -1,70 +1,15 @@
 #include "campaign/case_runner.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <sstream>
 #include <stdexcept>
+
+#include "campaign/image_comparison.h"
 
 namespace nerova_zel::test {
 
 namespace {
 
-constexpr std::array<const char*, 6> output_names = {
-    "normalized Stokes", "total power", "horizontal/vertical", "diagonal", "azimuth", "degree of linear polarization"};
-
 bool wants(unsigned outputs, std::size_t output) { return ((outputs >> output) & 1U) != 0; }
-
-std::uint32_t bits_of(float value) {
-  std::uint32_t bits = 0;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
-}
-
-/** Equal bits, save that a NaN is a NaN. */
-bool same(float actual, float expected) {
-  return std::isnan(expected) ? std::isnan(actual) : bits_of(actual) == bits_of(expected);
-}
-
-bool same(std::uint16_t actual, std::uint16_t expected) { return actual == expected; }
-
-void print(std::ostream& text, float value) {
-  text << value << " (bits 0x" << std::hex << bits_of(value) << std::dec << ")";
-}
-
-void print(std::ostream& text, std::uint16_t value) { text << value; }
-
-/** The first element that differs and how many there are. */
-template <class Element>
-std::optional<std::string> compare_image(const Element* actual, const std::vector<Element>& expected,
-                                         std::size_t output, int width) {
-  std::size_t differing = 0;
-  std::ostringstream text;
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    if (same(actual[i], expected[i])) {
-      continue;
-    }
-    if (differing == 0) {
-      const std::size_t elements_per_pixel = output == 0 ? 2 : 1;
-      const std::size_t pixel = i / elements_per_pixel;
-      text << output_names[output] << " at x = " << pixel % static_cast<std::size_t>(width)
-           << ", y = " << pixel / static_cast<std::size_t>(width);
-      if (output == 0) {
-        text << (i % 2 == 0 ? ", S1 / P" : ", S2 / P");
-      }
-      text << ": expected ";
-      print(text, expected[i]);
-      text << ", got ";
-      print(text, actual[i]);
-    }
-    ++differing;
-  }
-  if (differing == 0) {
-    return std::nullopt;
-  }
-  text << "; " << differing << " of " << expected.size() << " elements differ";
-  return text.str();
-}
 
 }  // namespace
 
@@ -122,21 +67,12 @@ std::optional<std::string> CaseRunner::run(const Call& call) {
 }
 
 std::optional<std::string> CaseRunner::compare(unsigned outputs) const {
-  for (std::size_t output = 0; output < output_names.size(); ++output) {
-    if (!wants(outputs, output)) {
-      continue;
-    }
-    if (!buffers_[output + 1]->surroundings_intact()) {
-      return std::string("memory outside the output was written: ") + output_names[output];
-    }
-    auto difference = output == 0
-                          ? compare_image(normalized_stokes_, reference_.normalized_stokes, output, frame_case_.width)
-                          : compare_image(codes_[output - 1], reference_.codes[output - 1], output, frame_case_.width);
-    if (difference) {
-      return difference;
+  for (std::size_t output = 0; output < output_count; ++output) {
+    if (wants(outputs, output) && !buffers_[output + 1]->surroundings_intact()) {
+      return std::string("memory outside the output was written: ") + output_name(output);
     }
   }
-  return std::nullopt;
+  return first_difference(reference_, normalized_stokes_, codes_, frame_case_.width);
 }
 
 }  // namespace nerova_zel::test

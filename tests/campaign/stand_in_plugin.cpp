@@ -8,7 +8,11 @@
 using nerova_zel::MatrixRow;
 using nerova_zel::TransformParameters;
 
+#if defined(_WIN32)
 #define STAND_IN_EXPORT extern "C" __declspec(dllexport)
+#else
+#define STAND_IN_EXPORT extern "C" __attribute__((visibility("default")))
+#endif
 
 #ifdef NEROVA_STAND_IN_AVX2
 extern "C" std::int32_t nv_polarization_processor_vector_avx2_module_initialize();

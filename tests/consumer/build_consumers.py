@@ -1,43 +1,107 @@
 #!/usr/bin/env python3
-"""Installs a build into an empty place, then builds and runs a consumer from it: once by its CMake package, once by
-its pkg-config file."""
+"""Makes the packages of a build, unpacks them into an empty place, and from that alone builds and runs consumers: by
+the CMake package, by the pkg-config file, and for Windows by the linker of another toolchain."""
 
 import argparse
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
+import zipfile
+
+LIBRARIES = {"nerova_zel_polarization_processor", "nerova_zel_logger",
+             "nerova_zel_polarization_processor_vector_avx2", "nerova_zel_polarization_processor_vector_avx512"}
 
 
-def run(command, **options):
-    print("+", " ".join(map(str, command)), flush=True)
-    return subprocess.run(command, check=True, text=True, **options)
+def run(*command, **options):
+    print("+", *command, flush=True)
+    return subprocess.run([str(word) for word in command], check=True, text=True, **options)
+
+
+def unpack(build, place):
+    """The place where the packages' files lie as a prefix; of Debian packages all lie in one."""
+    run("cpack", "--config", build / "CPackConfig.cmake", "-B", place, stdout=subprocess.DEVNULL)
+    for package in place.glob("*.deb"):
+        run("dpkg-deb", "--extract", package, place / "root")
+    for package in place.glob("*.zip"):
+        zipfile.ZipFile(package).extractall(place)
+        return place / package.stem
+    return place / "root" / "usr"
+
+
+def consume_by_cmake(arguments, tree, example, program):
+    folder = program.parent / "by-cmake"
+    run("cmake", "-G", "Ninja", "-S", pathlib.Path(__file__).parent, "-B", folder, f"-DCONSUMER_SOURCE={example}",
+        f"-DCMAKE_TOOLCHAIN_FILE={arguments.toolchain}", f"-DCMAKE_PREFIX_PATH={tree}",
+        f"-DCMAKE_FIND_ROOT_PATH={tree}", stdout=subprocess.DEVNULL)
+    run("cmake", "--build", folder, stdout=subprocess.DEVNULL)
+    shutil.copy(folder / f"consumer{program.suffix}", program)
+
+
+def consume_by_pkg_config(arguments, tree, example, program):
+    (folder,) = tree.rglob("pkgconfig")
+    flags = run("pkg-config", "--cflags", "--libs", "nerova_polarization_processor", stdout=subprocess.PIPE,
+                env=dict(os.environ, PKG_CONFIG_LIBDIR=str(folder))).stdout.split()
+    run(arguments.compiler, *arguments.flags.split(), example, "-o", program, *flags)
+
+
+def consume_by_other_linker(arguments, tree, emulator, program):
+    object_file = program.with_suffix(".obj")
+    run("clang", f"--target={arguments.other_target}", "-ffreestanding", "-I", tree / "include", "-c",
+        pathlib.Path(__file__).parent / "freestanding.c", "-o", object_file)
+    run("lld-link", "/nodefaultlib", "/entry:start", "/subsystem:console", f"/out:{program}", object_file,
+        tree / "lib" / "nerova_zel_polarization_processor.lib")
+    code = subprocess.run([*emulator, program]).returncode
+    if code != 100:
+        sys.exit(f"{program.name} ended with {code}")
+
+
+def check_contents(tree, library):
+    """Companions lie beside the library, and nothing tells where it was built."""
+    beside = {path.stem.removeprefix("lib") for path in library.parent.glob(f"*{library.suffix}")}
+    if beside != LIBRARIES:
+        sys.exit(f"the libraries of the package are {sorted(beside)}")
+    root = str(pathlib.Path(__file__).resolve().parents[2]).encode()
+    for path in tree.rglob("*"):
+        if path.is_file() and root in path.read_bytes():
+            sys.exit(f"{path.relative_to(tree)} names the folder it was built in")
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--build", required=True, help="a built tree")
+    parser.add_argument("--build", required=True, type=pathlib.Path, help="a built tree")
+    parser.add_argument("--toolchain", default="", help="its CMake toolchain file")
+    parser.add_argument("--compiler", required=True)
     parser.add_argument("--flags", default="", help="compiler flags of that build, such as -m32")
+    parser.add_argument("--emulator", default="", help="what runs its programs")
+    parser.add_argument("--other-target", help="target of clang for a consumer of the other import library")
     arguments = parser.parse_args()
-    source = pathlib.Path(__file__).resolve().parent
+    emulator = arguments.emulator.split(";") if arguments.emulator else []
 
-    with tempfile.TemporaryDirectory() as folder:
-        place = pathlib.Path(folder)
-        tree = place / "installed"
-        run(["cmake", "--install", arguments.build, "--prefix", tree], stdout=subprocess.DEVNULL)
-        libraries = next(tree.rglob("libnerova_zel_polarization_processor.so")).parent
+    with tempfile.TemporaryDirectory() as name:
+        place = pathlib.Path(name)
+        tree = unpack(arguments.build, place)
+        (library,) = [path for path in tree.rglob("*nerova_zel_polarization_processor.*")
+                      if path.suffix in (".so", ".dll")]
+        check_contents(tree, library)
 
-        run(["cmake", "-G", "Ninja", "-S", source, "-B", place / "by-cmake", f"-DCMAKE_PREFIX_PATH={tree}",
-             f"-DCMAKE_C_FLAGS={arguments.flags}"], stdout=subprocess.DEVNULL)
-        run(["cmake", "--build", place / "by-cmake"], stdout=subprocess.DEVNULL)
-        run([place / "by-cmake" / "consumer"])
+        # Windows looks beside the program.
+        windows = library.suffix == ".dll"
+        programs, suffix = (library.parent, ".exe") if windows else (place, "")
+        (example,) = tree.rglob("first_frame.c")
+        for consume in (consume_by_cmake, consume_by_pkg_config):
+            program = programs / f"{consume.__name__}{suffix}"
+            consume(arguments, tree, example, program)
+            run(*emulator, program, env=dict(os.environ, LD_LIBRARY_PATH="" if windows else str(library.parent)))
+        if arguments.other_target:
+            consume_by_other_linker(arguments, tree, emulator, programs / "other.exe")
 
-        environment = dict(os.environ, PKG_CONFIG_PATH=str(libraries / "pkgconfig"))
-        flags = run(["pkg-config", "--cflags", "--libs", "nerova_polarization_processor"], env=environment,
-                    stdout=subprocess.PIPE).stdout.split()
-        run(["cc", *arguments.flags.split(), source.parent.parent / "examples" / "first_frame.c", "-o", place / "by-pkg-config", *flags])
-        run([place / "by-pkg-config"], env=dict(os.environ, LD_LIBRARY_PATH=str(libraries)))
+        tool = tree / "bin" / "nerova-polarize"
+        if tool.exists():  # It finds the library by itself.
+            run(tool, "simulate", place / "frame.png", "--size", "64x64", stdout=subprocess.DEVNULL)
+            run(tool, "transform", place / "frame.png", "--out", place / "pictures", stdout=subprocess.DEVNULL)
     return 0
 
 

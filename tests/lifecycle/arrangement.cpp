@@ -70,11 +70,20 @@ void damage_file(const std::string& file, Arrangement::Damage damage) {
     case Arrangement::Damage::Truncated:
       bytes.resize(bytes.size() / 3);
       break;
+    case Arrangement::Damage::CutBehindHeaders:
+      bytes.resize(1000);
+      break;
+    case Arrangement::Damage::CutInHeaders:
+      bytes.resize(100);
+      break;
+    case Arrangement::Damage::CutInFirstHeader:
+      bytes.resize(20);
+      break;
     case Arrangement::Damage::OtherWordSize:
       change_word_size(bytes);
       break;
     case Arrangement::Damage::NoLibrary:
-      bytes = "not a library\n";
+      bytes = std::string(1000, '#');  // long enough for a header
       break;
   }
   std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
@@ -130,11 +139,13 @@ std::int32_t MockLogger::log(void* log, std::int32_t level, const char* file, st
   }
   journal_.add((log == this ? "" : "wrong handle ") + std::to_string(level) + '|' + path + '|' + std::to_string(line) +
                '|' + function + '|' + text);
+  on_log();
   return log_result;
 }
 
 void MockLogger::free_log(const char* module_name, const char* second_name) {
   journal_.add(std::string("free_log ") + module_name + '|' + second_name);
+  on_free_log();
 }
 
 std::int32_t MockPlugin::initialize() {
@@ -151,6 +162,7 @@ void MockPlugin::transform(const void* parameters, const float* const* matrices)
 void MockPlugin::terminate() {
   const UncountedAllocation uncounted;
   journal_.add(name_ + " terminate");
+  on_terminate();
 }
 
 Arrangement::Arrangement() : directory_(make_directory()) { current_arrangement = this; }

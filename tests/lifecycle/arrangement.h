@@ -44,6 +44,8 @@ class MockLogger final : public LoggerBehaviour {
   explicit MockLogger(Journal& journal) : journal_(journal) {}
 
   bool gives_handle = true;
+  std::function<void()> on_log = [] {};
+  std::function<void()> on_free_log = [] {};
   std::int32_t log_result = 0;
   double logged_microseconds = 0;  ///< of the last timing record
 
@@ -63,6 +65,7 @@ class MockPlugin final : public PluginBehaviour {
 
   std::function<std::int32_t()> on_initialize = [] { return 0; };
   std::function<void(const void* parameters, const float* const* matrices)> on_transform = [](auto...) {};
+  std::function<void()> on_terminate = [] {};
   bool stack_was_aligned = true;
 
   std::int32_t initialize() override;
@@ -97,7 +100,7 @@ class Arrangement {
   void add_avx2(const std::string& missing_entry = {});
 
   /** What can happen to a file beside the library. */
-  enum class Damage { Truncated, OtherWordSize, NoLibrary };
+  enum class Damage { Truncated, CutBehindHeaders, CutInHeaders, CutInFirstHeader, OtherWordSize, NoLibrary };
   void damage_avx512(Damage damage) const;
   void damage_logger(Damage damage) const;
 

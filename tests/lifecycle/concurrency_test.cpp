@@ -51,6 +51,50 @@ TEST(Concurrency, ThreadsShareTheModuleAndAProcessor) {
   EXPECT_EQ(library.module_terminate(), 0);
 }
 
+TEST(Concurrency, TheModuleComesAndGoesAmongThreads) {
+  constexpr int thread_count = 4;
+  constexpr int rounds = 50;
+  Arrangement arrangement;
+  arrangement.add_logger();
+  LoadedLibrary& library = arrangement.library();
+  std::vector<std::thread> threads;
+  threads.reserve(thread_count);
+  for (int number = 0; number < thread_count; ++number) {
+    threads.emplace_back([&library] {
+      for (int round = 0; round < rounds; ++round) {
+        EXPECT_EQ(library.module_initialize(), 0);
+        EXPECT_EQ(library.module_initialize(), 0);
+        nv_polarization_processor* processor = nullptr;
+        EXPECT_EQ(library.create(&processor), 0);
+        EXPECT_EQ(library.module_terminate(), 0);
+        EXPECT_EQ(TransformCall(processor).run(library), 0);
+        EXPECT_EQ(library.destroy(processor), 0);
+        EXPECT_EQ(library.module_terminate(), 0);
+        std::this_thread::yield();  // so that now and then nobody is left
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  nv_polarization_processor* processor = nullptr;
+  EXPECT_EQ(library.create(&processor), NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED);
+
+  bool bound = false;
+  int records = 0;
+  for (const std::string& event : arrangement.journal.take()) {
+    if (event[0] == '7') {
+      EXPECT_TRUE(bound);
+      ++records;
+    } else {
+      EXPECT_EQ(event.rfind("get_log", 0) == 0, !bound) << event;
+      bound = !bound;
+    }
+  }
+  EXPECT_FALSE(bound);
+  EXPECT_EQ(records, thread_count * rounds);
+}
+
 /** Frames with blocks, single pixels and every output, by whichever kernels or plugins lie beside the library. */
 void transform_from_many_threads(const std::string& library_file) {
   constexpr std::int32_t width = 67;

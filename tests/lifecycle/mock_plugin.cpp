@@ -21,4 +21,7 @@ MOCK_EXPORT void MOCK_TRANSFORM(const void* parameters, const float* const* matr
   behaviour().transform(parameters, matrices);
 }
 
-MOCK_EXPORT void MOCK_TERMINATE() { behaviour().terminate(); }
+MOCK_EXPORT std::int32_t MOCK_TERMINATE() {
+  behaviour().terminate();
+  return 1;
+}

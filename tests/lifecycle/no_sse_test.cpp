@@ -21,6 +21,9 @@ TEST(ProcessorWithoutSse, CreateRefusesAndRecords) {
             Events{"2|nerova_zel_polarization_processor.cpp|54|nv_polarization_processor_create_polarization_processor|"
                    "SSE is required for this component but is not supported on this CPU."});
   EXPECT_EQ(library.destroy(nullptr), 4);
+  EXPECT_EQ(
+      library.transform(nullptr, 0, nullptr, 0, 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+      4);
   EXPECT_EQ(library.module_terminate(), 0);
 }
 

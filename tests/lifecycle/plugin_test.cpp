@@ -41,7 +41,8 @@ TEST(Plugins, EveryProcessorLoadsAndUnloadsBoth) {
 
 TEST(Plugins, DamagedFilesOnlyLeaveTheirSlotsUnusable) {
   for (const auto damage :
-       {Arrangement::Damage::Truncated, Arrangement::Damage::OtherWordSize, Arrangement::Damage::NoLibrary}) {
+       {Arrangement::Damage::Truncated, Arrangement::Damage::CutBehindHeaders, Arrangement::Damage::CutInHeaders,
+        Arrangement::Damage::CutInFirstHeader, Arrangement::Damage::OtherWordSize, Arrangement::Damage::NoLibrary}) {
     SCOPED_TRACE(static_cast<int>(damage));
     Arrangement arrangement;
     arrangement.add_logger();

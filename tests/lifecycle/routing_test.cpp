@@ -186,12 +186,43 @@ TEST_F(RoutingToPlugin, OriginIsFoldedIntoPhaseAndMatrices) {
   }
 }
 
+TEST_F(RoutingToPlugin, FrameRunsMaskedAndInTheRoundingOfTheCaller) {
+  constexpr std::uint32_t masks = 0x1F80;
+  constexpr std::uint32_t rounding_up = 0x4000;
+  constexpr std::uint32_t nothing_masked_and_flushing = 0x8040 | rounding_up;
+  constexpr std::uint16_t x87_masks = 0x3F;
+  constexpr std::uint16_t x87_nothing_masked = 0x0340;
+  std::uint32_t before = 0;
+  std::uint32_t vector_units = 0;
+  std::uint16_t x87_before = 0;
+  std::uint16_t x87 = 0;
+  on_transform([&](const void* /*record*/, const float* const* /*matrices*/) {
+    __asm__ volatile("stmxcsr %0\n\tfnstcw %1" : "=m"(vector_units), "=m"(x87));
+  });
+  const TransformCall call(processor);
+  LoadedLibrary& library = arrangement.library();
+  __asm__ volatile("stmxcsr %0\n\tfnstcw %1" : "=m"(before), "=m"(x87_before));
+  __asm__ volatile("ldmxcsr %0\n\tfnclex\n\tfldcw %1" : : "m"(nothing_masked_and_flushing), "m"(x87_nothing_masked));
+  const std::int32_t result = call.run(library);
+  __asm__ volatile("ldmxcsr %0\n\tfnclex\n\tfldcw %1" : : "m"(before), "m"(x87_before));
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(vector_units, masks | rounding_up);
+  if (std::getenv("NEROVA_CPU_LEVEL") == nullptr) {  // the emulator forgets that FNSTENV masks exceptions
+    EXPECT_EQ(x87 & x87_masks, x87_masks);
+  }
+}
+
 TEST_F(RoutingToPlugin, PluginThatThrowsIsContained) {
   if (!mocks_can_throw) {
     GTEST_SKIP() << exceptions_stay_in_their_module;
   }
   on_transform([](const void* /*record*/, const float* const* /*matrices*/) { throw 1; });
   EXPECT_EQ(TransformCall(processor).run(arrangement.library()), 0);
+  arrangement.avx512.on_terminate = [] { throw 1; };
+  EXPECT_EQ(arrangement.library().destroy(processor), 0);
+  processor = nullptr;
+  EXPECT_FALSE(arrangement.avx512_loaded() || arrangement.avx2_loaded());
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
 }
 
 }  // namespace

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "reference/reference_model.h"
+
+namespace nerova_zel::test {
+
+constexpr std::size_t output_count = 1 + CodeImageCount;
+
+/** In the order of the interface. */
+const char* output_name(std::size_t output);
+
+/** Where the images first differ in a bit, save that a NaN is a NaN, in words; or nothing. NULL is not compared. */
+std::optional<std::string> first_difference(const OutputImages& reference, const float* normalized_stokes,
+                                            const std::array<std::uint16_t*, CodeImageCount>& codes, int width);
+
+}  // namespace nerova_zel::test

@@ -1,0 +1,84 @@
+// Sequences of calls of the C interface; libFuzzer's options, and --library=PATH --route=sse2|sse41|avx2|avx512, which
+// the library beside its companions at PATH must take on this processor.
+
+#include <dlfcn.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include "campaign/cpu_route.h"
+#include "fuzz/call_sequence.h"
+#include "support/module_file.h"
+
+namespace nerova_zel::test {
+namespace {
+
+struct Target {
+  LoadedLibrary library;
+  Route route;
+  Arena arena;
+  long calls = 0;
+  long frames = 0;
+
+  Target(const std::string& path, Route a_route) : library(path), route(a_route) {
+    // Companions come and go with every module and processor; kept loaded, they do so in no time, and what counts
+    // their coverage stays where it is.
+    for (const char* const companion :
+         {"logger", "polarization_processor_vector_avx512", "polarization_processor_vector_avx2"}) {
+      dlopen((folder_of(path) + "nerova_zel_" + companion + module_ending).c_str(), RTLD_NOW);
+    }
+  }
+};
+
+Target* target = nullptr;
+CallSequence* running = nullptr;
+
+void print_totals() {
+  std::cerr << target->calls << " calls, " << target->frames << " frames compared with the model\n";
+}
+
+std::string option(int argc, char** argv, const std::string& name) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument.rfind("--" + name + "=", 0) == 0) {
+      return argument.substr(name.size() + 3);
+    }
+  }
+  throw std::invalid_argument("--" + name + "=... is needed");
+}
+
+}  // namespace
+}  // namespace nerova_zel::test
+
+nerova_zel::test::LoggerBehaviour& mock_logger_behaviour() { return *nerova_zel::test::running; }
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+  using namespace nerova_zel::test;
+  try {
+    const auto route = route_by_name(option(*argc, *argv, "route"));
+    if (!route) {
+      throw std::invalid_argument("--route=sse2|sse41|avx2|avx512 is needed");
+    }
+    target = new Target(option(*argc, *argv, "library"), rules_of(*route));  // for as long as the program runs
+  } catch (const std::exception& error) {
+    std::cerr << "interface_target: " << error.what() << "\n";
+    std::exit(EXIT_FAILURE);
+  }
+  std::atexit(print_totals);
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  using namespace nerova_zel::test;
+  FuzzedDataProvider data(bytes, size);
+  CallSequence sequence(target->library, target->route, target->arena, data);
+  running = &sequence;
+  sequence.run();
+  running = nullptr;
+  target->calls += sequence.calls();
+  target->frames += sequence.frames();
+  return 0;
+}
