@@ -8,6 +8,7 @@
 #include "interruption.h"
 #include "quiet_errors.h"
 #include "simulate_command.h"
+#include "stats_command.h"
 #include "transform_command.h"
 
 namespace {
@@ -19,8 +20,8 @@ const char* const layout_help =
     "Angle of the top-left pixel when the origin is even, which names the whole 2 x 2 pattern: 0 [0,135/45,90], "
     "45 [45,90/0,135], 90 [90,45/135,0], 135 [135,0/90,45]";
 
-void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
-  CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
+/** The options that all commands have which transform frames. */
+void add_frame_options(CLI::App* command, nerova_zel::FrameOptions& options) {
   command
       ->add_option("FRAME", options.frames,
                    "8- or 16-bit grey PNG, TIFF or binary PGM, or headerless pixels (--raw); any number of files, "
@@ -33,7 +34,7 @@ void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
   command->add_option("--pixel-format", options.pixel_format,
                       "How headerless pixels lie in bytes, in files of any number of frames: Mono8, Mono10, Mono12, "
                       "Mono16 (16 bits, low byte first), Mono10p, Mono12p (streams of bits), Mono12Packed. Frames of a "
-                      "file of several are named by number: STEM_000000_power.png");
+                      "file of several are told apart by number: STEM_000000_power.png");
   command->add_option("--layout", options.layout, layout_help)->capture_default_str();
   command->add_option("--origin", options.origin, "Sensor coordinates X,Y of the frame's top-left pixel")
       ->capture_default_str();
@@ -43,35 +44,63 @@ void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
       "--bit-depth", options.bit_depth,
       "Significant bits of a pixel; else by the pixel format, for PGM by the greatest value, otherwise 8 "
       "or 16 by the file");
+  command->add_option("--jobs", options.jobs, "How many frames to work on at once; else as many as there are cores");
+  command->add_option("--calibration", options.calibration, "Calibration file that calibrate has written");
+  command->add_option("--library", options.library,
+                      "The polarization processor library; else the one beside this program (../lib or where it was "
+                      "installed), then by the system");
+}
+
+void add_transform(CLI::App& app, nerova_zel::TransformOptions& options) {
+  CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
+  add_frame_options(command, options);
   command->add_option("--output-max", options.output_maximum, "What full scale, 180 degrees and degree 1 map to")
       ->capture_default_str();
   command
-      ->add_option("--outputs", options.outputs,
-                   "all, or a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, diagonal, "
-                   "azimuth, dolp (16-bit), sheet (a picture of everything to look at)")
+      ->add_option(
+          "--outputs", options.outputs,
+          "all, or a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, diagonal, "
+          "azimuth, dolp (16-bit), and to look at sheet (everything on a page), azimuth-picture (the azimuth in "
+          "colour at the frame's size) and azimuth-legend (what its colours mean)")
       ->capture_default_str();
   command->add_option("--out", options.directory, "Directory for the results, made if missing")->capture_default_str();
   command->add_flag("--overwrite", options.overwrite,
                     "Make all outputs anew. Without it a frame is skipped whose outputs are all there and newer than "
                     "its file (for standard input: are there) and the calibration, with whatever other options they "
                     "were made");
-  command->add_option("--jobs", options.jobs, "How many frames to work on at once; else as many as there are cores");
   command->add_option("--format", options.format, "Form of the outputs: png, tiff, or npy for arrays")
       ->capture_default_str();
   command
-      ->add_option("--azimuth-brightness", options.azimuth_brightness,
-                   "In the sheet, what darkens the azimuth: degree, or full for nothing")
+      ->add_option(
+          "--azimuth-style", options.azimuth_style,
+          "How azimuth pictures show more than the angle: plain not at all, light by the degree as saturation, "
+          "dark by the degree as brightness, composite by the degree as saturation and the power as brightness")
       ->capture_default_str();
-  command->add_option("--degree-max", options.degree_limit,
-                      "In the sheet, the degree at which colour scales end; chosen from the picture if not given");
+  command->add_option("--degree-max", options.degree_end,
+                      "In pictures, the degree at which colour scales end; chosen for each frame if not given");
+  command->add_option("--power-max", options.power_end,
+                      "In pictures, the power at which colour scales end, as a share of full scale; likewise");
   command->add_option(
       "--repeat", options.repeat,
       "How often to transform a frame, for the time of the best; else 5 for a single frame, 1 for many");
-  command->add_option("--calibration", options.calibration, "Calibration file that calibrate has written");
-  command->add_option("--library", options.library,
-                      "The polarization processor library; else the one beside this program (../lib or where it was "
-                      "installed), then by the system");
   command->callback([&options] { nerova_zel::run_transform(options); });
+}
+
+void add_stats(CLI::App& app, nerova_zel::StatsOptions& options) {
+  CLI::App* command =
+      app.add_subcommand("stats",
+                         "Print mean angle and degree of polarization, and how many pixels are saturated or "
+                         "dark, of frames and of all together");
+  add_frame_options(command, options);
+  command
+      ->add_option(
+          "--weight", options.weight,
+          "What a pixel counts for in means: equal, or power for its light, so that the means are those of all "
+          "light together")
+      ->capture_default_str();
+  command->add_flag("--summary", options.summary, "Only all frames together");
+  command->add_flag("--json", options.json, "As a JSON document");
+  command->callback([&options] { nerova_zel::run_stats(options); });
 }
 
 void add_simulate(CLI::App& app, nerova_zel::SimulateOptions& options) {
@@ -152,7 +181,9 @@ int run(int argc, char** argv) {
     nerova_zel::TransformOptions transform;
     nerova_zel::SimulateOptions simulate;
     nerova_zel::CalibrateOptions calibrate;
+    nerova_zel::StatsOptions stats;
     add_transform(app, transform);
+    add_stats(app, stats);
     add_calibrate(app, calibrate);
     add_simulate(app, simulate);
     try {
