@@ -24,7 +24,8 @@ class MatrixRoom {
   explicit MatrixRoom(std::size_t shift) : bytes_(shift + matrix_size, 0x5A), shift_(shift) {}
   float* get() { return reinterpret_cast<float*>(bytes_.data() + shift_); }
   bool holds(const CalibrationMatrix& matrix) const {
-    return std::memcmp(bytes_.data() + shift_, matrix.data(), matrix_size) == 0;
+    return std::equal(bytes_.begin() + static_cast<std::ptrdiff_t>(shift_), bytes_.end(),
+                      reinterpret_cast<const unsigned char*>(matrix.data()));
   }
   void put(const CalibrationMatrix& matrix) { std::memcpy(bytes_.data() + shift_, matrix.data(), matrix_size); }
 

@@ -35,6 +35,7 @@ void print_record(const std::string& pattern) {
 }  // namespace
 }  // namespace nerova_zel::test
 
+// NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace nerova_zel::test;
   const MemoryFile file(bytes, size);

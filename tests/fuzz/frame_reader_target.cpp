@@ -97,11 +97,13 @@ void read_picture_file(const std::uint8_t* bytes, std::size_t size) {
 }  // namespace
 }  // namespace nerova_zel::test
 
+// NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
   // A few bytes can name a picture of gigabytes, and whether OpenCV holds that is not the question here.
   return setenv("OPENCV_IO_MAX_IMAGE_PIXELS", "1048576", 1);
 }
 
+// NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (size > 0) {
     (bytes[0] == 'r' ? nerova_zel::test::read_headerless : nerova_zel::test::read_picture_file)(bytes + 1, size - 1);

@@ -55,6 +55,7 @@ std::string option(int argc, char** argv, const std::string& name) {
 
 nerova_zel::test::LoggerBehaviour& mock_logger_behaviour() { return *nerova_zel::test::running; }
 
+// NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   using namespace nerova_zel::test;
   try {
@@ -71,6 +72,7 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   return 0;
 }
 
+// NOLINTNEXTLINE(readability-identifier-naming): the name is libFuzzer's
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using namespace nerova_zel::test;
   FuzzedDataProvider data(bytes, size);
