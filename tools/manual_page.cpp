@@ -64,7 +64,7 @@ std::string manual_page(const CLI::App& app) {
   const std::string name = roff(app.get_name());
   const auto commands = declared_commands(app);
   std::ostringstream page;
-  page << ".TH NEROVA\\-POLARIZE 1 \"\" \"" << name << " " << NEROVA_VERSION << "\"\n"
+  page << R"(.TH NEROVA\-POLARIZE 1 "" ")" << name << " " << NEROVA_VERSION << "\"\n"
        << ".ad l\n.SH NAME\n"
        << name << " \\- " << roff(app.get_description()) << "\n"
        << ".SH SYNOPSIS\n";

@@ -19,6 +19,7 @@ std::string joined(const std::vector<std::string>& words, const char* separator)
 
 std::vector<std::string> names_of(const std::vector<const CLI::App*>& commands) {
   std::vector<std::string> names;
+  names.reserve(commands.size());
   for (const CLI::App* command : commands) {
     names.push_back(command->get_name());
   }

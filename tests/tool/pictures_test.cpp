@@ -95,7 +95,7 @@ TEST_F(PicturesTest, AzimuthPicturesAreThoseOfTheirFormulas) {
   constexpr double degree_end = 0.7;
   constexpr double power_end = 0.9;
   std::mt19937 generator(3);
-  std::vector<std::uint16_t> frame(90 * 70);
+  std::vector<std::uint16_t> frame(std::size_t{90} * 70);
   std::generate(frame.begin(), frame.end(), [&] { return static_cast<std::uint16_t>(generator() & 0xFFFU); });
   write_pgm("f.pgm", frame, 90, 70, 12);
   for (const std::string style : {"plain", "light", "dark", "composite"}) {
@@ -128,8 +128,8 @@ TEST_F(PicturesTest, AzimuthPicturesAreThoseOfTheirFormulas) {
     // On the legend's rim degree and power are full, and the light is as polarized as the line from the centre points.
     const cv::Mat legend = cv::imread(path("f_azimuth_" + style + "_legend.png"));
     for (const double angle : {20.0, 100.0, 200.0, 310.0}) {
-      const auto rim = legend.at<Colour>(static_cast<int>(std::lround(320 - 209 * std::sin(angle * CV_PI / 180.0))),
-                                         static_cast<int>(std::lround(360 + 209 * std::cos(angle * CV_PI / 180.0))));
+      const auto& rim = legend.at<Colour>(static_cast<int>(std::lround(320 - 209 * std::sin(angle * CV_PI / 180.0))),
+                                          static_cast<int>(std::lround(360 + 209 * std::cos(angle * CV_PI / 180.0))));
       EXPECT_LE(cv::norm(rim, hues_[hue_entry(angle)], cv::NORM_INF), 8) << angle;
     }
   }

@@ -70,7 +70,7 @@ TEST_F(StatsTest, CountsAreThoseOfTheImages) {
   camera.bit_depth = 12;
   camera.layout = MosaicLayout(45);
   std::mt19937 generator(11);
-  std::vector<std::uint16_t> frame(61 * 30);
+  std::vector<std::uint16_t> frame(std::size_t{61} * 30);
   std::generate(frame.begin(), frame.end(), [&] { return static_cast<std::uint16_t>(generator() & 0xFFFU); });
   std::fill(frame.begin() + 300, frame.begin() + 700, std::uint16_t{0});
   std::fill(frame.begin() + 900, frame.begin() + 1400, std::uint16_t{4095});
