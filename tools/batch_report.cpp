@@ -26,8 +26,12 @@ std::string frames(std::uint64_t count) { return std::to_string(count) + (count 
 
 }  // namespace
 
-BatchReport::BatchReport(std::optional<std::uint64_t> total, bool lone_frame)
-    : total_(total), lone_frame_(lone_frame), bar_(!lone_frame), lines_(!(bar_.is_shown() && output_is_terminal())) {}
+BatchReport::BatchReport(std::optional<std::uint64_t> total, bool lone_frame, Detail detail)
+    : total_(total),
+      lone_frame_(lone_frame),
+      bar_(!lone_frame),
+      detail_(detail),
+      lines_(detail == Detail::full && !(bar_.is_shown() && output_is_terminal())) {}
 
 void BatchReport::add(std::uint64_t index, FrameReport report) {
   const std::lock_guard<std::mutex> lock(mutex_);
@@ -78,11 +82,13 @@ void BatchReport::finish(bool interrupted) {
   if (finished_ == 0 && !interrupted) {
     throw Failure("standard input is empty; it should hold frames.");
   }
-  std::printf("%s: %llu done, %llu skipped, %llu failed; %.2f s, %.1f frames/s, %.0f Mpixel/s\n",
-              frames(finished_).c_str(), static_cast<unsigned long long>(done_),
-              static_cast<unsigned long long>(skipped_), static_cast<unsigned long long>(failed_), seconds(),
-              static_cast<double>(done_) / seconds(), static_cast<double>(pixels_) / 1e6 / seconds());
-  std::fflush(stdout);
+  if (detail_ == Detail::full) {
+    std::printf("%s: %llu done, %llu skipped, %llu failed; %.2f s, %.1f frames/s, %.0f Mpixel/s\n",
+                frames(finished_).c_str(), static_cast<unsigned long long>(done_),
+                static_cast<unsigned long long>(skipped_), static_cast<unsigned long long>(failed_), seconds(),
+                static_cast<double>(done_) / seconds(), static_cast<double>(pixels_) / 1e6 / seconds());
+    std::fflush(stdout);
+  }
   if (interrupted) {
     throw Failure("interrupted; the same command goes on with the frames that are left.");
   }

@@ -16,8 +16,14 @@ namespace nerova_zel {
  */
 class BatchReport {
  public:
+  /** What goes to standard output; what goes wrong, and the bar, go to the standard error stream. */
+  enum class Detail {
+    full,     ///< a line for each frame, and a summary
+    nothing,  ///< for what is to be read by programs
+  };
+
   /** A lone frame has no bar, no summary, and its failure is for the caller to tell. */
-  BatchReport(std::optional<std::uint64_t> total, bool lone_frame);
+  BatchReport(std::optional<std::uint64_t> total, bool lone_frame, Detail detail);
 
   void add(std::uint64_t index, FrameReport report);
 
@@ -25,6 +31,7 @@ class BatchReport {
   void finish(bool interrupted);
 
   std::uint64_t done() const { return done_; }
+  std::uint64_t failed() const { return failed_; }
 
  private:
   void print(const FrameReport& report);
@@ -35,6 +42,7 @@ class BatchReport {
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   std::mutex mutex_;
   ProgressBar bar_;
+  const Detail detail_;
   /** Not where they would get between the bar. */
   const bool lines_;
   /** Ended before a frame that comes earlier. */

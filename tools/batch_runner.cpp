@@ -15,16 +15,16 @@ namespace {
 /** What the threads share. */
 class Work {
  public:
-  Work(FrameSequence& frames, const TransformRequest& request, const Library& library, BatchReport& report)
-      : frames_(frames), request_(request), library_(library), report_(report) {}
+  Work(FrameSequence& frames, const MakeJob& make_job, BatchReport& report)
+      : frames_(frames), make_job_(make_job), report_(report) {}
 
   /** Runs frames until none is left. */
   void run() {
     try {
-      FrameJob job(request_, library_);
+      const std::unique_ptr<FrameJob> job = make_job_();
       FrameTicket ticket;
-      while (!Interruption::is_requested() && frames_.next(ticket, job.bytes())) {
-        report_.add(ticket.index, job.run(ticket));
+      while (!Interruption::is_requested() && frames_.next(ticket, job->bytes())) {
+        report_.add(ticket.index, job->run(ticket));
       }
     } catch (...) {
       const std::lock_guard<std::mutex> lock(mutex_);
@@ -40,8 +40,7 @@ class Work {
 
  private:
   FrameSequence& frames_;
-  const TransformRequest& request_;
-  const Library& library_;
+  const MakeJob& make_job_;
   BatchReport& report_;
   std::mutex mutex_;
   std::exception_ptr failure_;
@@ -49,17 +48,17 @@ class Work {
 
 }  // namespace
 
-void run_batch(FrameSequence& frames, const TransformRequest& request, const Library& library, BatchReport& report) {
-  const auto wanted = static_cast<std::uint64_t>(request.jobs);
-  const std::uint64_t jobs = std::min(wanted, frames.total().value_or(wanted));
-  if (jobs > 1) {
+void run_batch(FrameSequence& frames, int jobs, const MakeJob& make_job, BatchReport& report) {
+  const auto wanted = static_cast<std::uint64_t>(jobs);
+  const std::uint64_t threads = std::min(wanted, frames.total().value_or(wanted));
+  if (threads > 1) {
     cv::setNumThreads(1);  // every core has a frame of its own
   }
-  Work work(frames, request, library, report);
+  Work work(frames, make_job, report);
   std::vector<std::thread> others;
-  others.reserve(jobs);
+  others.reserve(threads);
   try {
-    while (others.size() + 1 < jobs) {
+    while (others.size() + 1 < threads) {
       others.emplace_back([&work] { work.run(); });
     }
   } catch (const std::exception&) {

@@ -31,7 +31,9 @@ const TextStyle note_style{17.0, 0.09, {95, 95, 95}, Align::left};
 const TextStyle tick_style{16.0, 0.1, {60, 60, 60}, Align::left};
 const TextStyle number_style{19.0, 0.1, {40, 40, 40}, Align::right};
 
-cv::Scalar colour_of(std::size_t polarizer) { return cyclic(45.0 * static_cast<double>(polarizer), 0.78); }
+cv::Scalar colour_of(std::size_t polarizer) {
+  return azimuth_colour(AzimuthStyle::dark, 45.0 * static_cast<double>(polarizer), 0.78, 1.0);
+}
 
 /** 1, 2 or 5 times a power of ten, at least `value`. */
 double round_up(double value) {

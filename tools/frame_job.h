@@ -1,11 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
-#include "frame_outputs.h"
 #include "frame_sequence.h"
-#include "library.h"
-#include "transform_request.h"
 
 namespace nerova_zel {
 
@@ -13,7 +11,7 @@ namespace nerova_zel {
 struct FrameReport {
   enum class Result { done, skipped, failed };
   Result result = Result::failed;
-  /** One line for the user; of a failure, its sentence. */
+  /** What to tell the user; of a failure, its sentence. */
   std::string line;
   /** Something to know about a frame that is done, or empty. */
   std::string note;
@@ -21,44 +19,22 @@ struct FrameReport {
   std::uint64_t pixels = 0;
 };
 
-/** Reads, transforms and writes frames, one at a time: one for each thread. Keeps its memory from frame to frame. */
+/** What is done with each frame of a batch, one frame at a time: one job for each thread. */
 class FrameJob {
  public:
-  /** All are shared and must outlive it; `directory`, where outputs go, must exist. */
-  FrameJob(const TransformRequest& request, const Library& library);
+  FrameJob() = default;
+  virtual ~FrameJob() = default;
+  FrameJob(const FrameJob&) = delete;
+  FrameJob& operator=(const FrameJob&) = delete;
 
   /** Where the bytes of the next frame of standard input go. */
-  Bytes& bytes() { return bytes_; }
+  virtual Bytes& bytes() = 0;
 
   /** Never throws: what goes wrong is reported. */
   FrameReport run(const FrameTicket& ticket);
 
  private:
-  struct Timing {
-    double first_ms;
-    double best_ms;
-  };
-
-  FrameReport work(const FrameTicket& ticket);
-  bool is_finished(const FrameTicket& ticket) const;
-  void read(const FrameTicket& ticket);
-  /** Leaves the wanted region. */
-  void crop(const std::string& name);
-  /** Without their dark level where a calibration says it. */
-  const std::vector<std::uint16_t>& pixels_to_transform(int bit_depth);
-  Timing transform(int bit_depth);
-  void write(const FrameTicket& ticket, int bit_depth);
-  FrameReport describe(const std::string& name, int bit_depth, const Timing& timing) const;
-
-  const TransformRequest& request_;
-  const Library& library_;
-  Bytes bytes_;
-  RawFrame frame_;
-  /** The frame without its dark level. */
-  std::vector<std::uint16_t> calibrated_;
-  /** Of the frame, or of the wanted region of it. */
-  Origin origin_;
-  FrameOutputs outputs_;
+  virtual FrameReport work(const FrameTicket& ticket) = 0;
 };
 
 }  // namespace nerova_zel

@@ -1,5 +1,6 @@
 #include "frame_outputs.h"
 
+#include <iterator>
 #include <utility>
 
 #include "failure.h"
@@ -10,7 +11,7 @@ namespace nerova_zel {
 
 namespace {
 
-// All that the library computes, and their names; sheet, the last kind, is drawn from them.
+// All that the library computes, and their names; the other kinds are drawn from them.
 constexpr std::pair<OutputKind, const char*> computed_kinds[] = {
     {OutputKind::stokes, "_stokes"},     {OutputKind::power, "_power"},     {OutputKind::hv, "_hv"},
     {OutputKind::diagonal, "_diagonal"}, {OutputKind::azimuth, "_azimuth"}, {OutputKind::dolp, "_dolp"}};
@@ -31,7 +32,8 @@ void write_array(FileSet& set, const std::filesystem::path& path, const cv::Mat&
 
 }  // namespace
 
-std::vector<OutputFile> output_files(const std::set<OutputKind>& wanted, const std::string& format) {
+std::vector<OutputFile> output_files(const std::set<OutputKind>& wanted, const std::string& format,
+                                     AzimuthStyle style) {
   if (format != "png" && format != "tiff" && format != "npy") {
     throw Failure("--format " + format + " is unknown; it must be png, tiff or npy.");
   }
@@ -51,12 +53,23 @@ std::vector<OutputFile> output_files(const std::set<OutputKind>& wanted, const s
   if (wanted.count(OutputKind::sheet) != 0) {
     files.push_back({OutputKind::sheet, "_sheet.png"});
   }
+  const std::string picture = std::string("_azimuth_") + name_of(style);
+  if (wanted.count(OutputKind::azimuth_picture) != 0) {
+    files.push_back({OutputKind::azimuth_picture, picture + ".png"});
+  }
+  if (wanted.count(OutputKind::azimuth_legend) != 0) {
+    files.push_back({OutputKind::azimuth_legend, picture + "_legend.png"});
+  }
   return files;
 }
 
 FrameOutputs::FrameOutputs(std::set<OutputKind> wanted)
-    : computed_(std::move(wanted)), images_(static_cast<std::size_t>(OutputKind::sheet) + 1) {
-  if (computed_.erase(OutputKind::sheet) != 0) {
+    : computed_(std::move(wanted)), images_(std::size(computed_kinds)) {
+  bool pictures = false;
+  for (const OutputKind kind : {OutputKind::sheet, OutputKind::azimuth_picture, OutputKind::azimuth_legend}) {
+    pictures = computed_.erase(kind) != 0 || pictures;
+  }
+  if (pictures) {
     computed_.insert({OutputKind::stokes, OutputKind::power, OutputKind::azimuth, OutputKind::dolp});
   }
 }
@@ -74,14 +87,14 @@ TransformOutput FrameOutputs::pointers() {
 }
 
 void FrameOutputs::write(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
-                         const std::vector<OutputFile>& files, const std::function<cv::Mat()>& draw_sheet) const {
+                         const std::vector<OutputFile>& files, const std::function<cv::Mat(OutputKind)>& draw) const {
   for (const OutputFile& file : files) {
     const std::filesystem::path path = directory / (stem + file.ending);
     const std::string extension = path.extension().string();
     if (extension == ".npy") {
       write_array(set, path, image(file.kind));
-    } else if (file.kind == OutputKind::sheet) {
-      set.write(path, encode_picture(draw_sheet(), extension));
+    } else if (file.kind >= OutputKind::sheet) {
+      set.write(path, encode_picture(draw(file.kind), extension));
     } else if (file.channel >= 0) {
       cv::Mat single;
       cv::extractChannel(image(file.kind), single, file.channel);

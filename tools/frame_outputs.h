@@ -7,13 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "colour_maps.h"
 #include "file_set.h"
 #include "library.h"
 
 namespace nerova_zel {
 
-/** What a transform can write; the sheet is the picture made for looking at. */
-enum class OutputKind { stokes, power, hv, diagonal, azimuth, dolp, sheet };
+/** What a transform can write: what the library computes, then pictures for looking at. */
+enum class OutputKind { stokes, power, hv, diagonal, azimuth, dolp, sheet, azimuth_picture, azimuth_legend };
 
 /** One file of a frame's outputs. */
 struct OutputFile {
@@ -24,10 +25,13 @@ struct OutputFile {
   int channel = -1;
 };
 
-/** The files of the wanted outputs in a format: png, tiff or npy. Throws Failure for another one. */
-std::vector<OutputFile> output_files(const std::set<OutputKind>& wanted, const std::string& format);
+/**
+ * The files of the wanted outputs in a format: png, tiff or npy; pictures for looking at are PNG. Throws Failure for
+ * another format.
+ */
+std::vector<OutputFile> output_files(const std::set<OutputKind>& wanted, const std::string& format, AzimuthStyle style);
 
-/** The images of a frame; empty where neither wanted nor needed for the sheet. */
+/** The images of a frame; empty where neither wanted nor needed for pictures. */
 class FrameOutputs {
  public:
   explicit FrameOutputs(std::set<OutputKind> wanted);
@@ -38,9 +42,9 @@ class FrameOutputs {
   /** Where the library is to put them. */
   TransformOutput pointers();
 
-  /** Puts `files` named `stem` and their endings into `set`; `draw_sheet` is called for a sheet. Throws Failure. */
+  /** Puts `files` named `stem` and their endings into `set`; `draw` draws pictures for looking at. Throws Failure. */
   void write(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
-             const std::vector<OutputFile>& files, const std::function<cv::Mat()>& draw_sheet) const;
+             const std::vector<OutputFile>& files, const std::function<cv::Mat(OutputKind)>& draw) const;
 
   const cv::Mat& image(OutputKind kind) const { return images_[static_cast<std::size_t>(kind)]; }
 

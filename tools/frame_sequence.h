@@ -29,6 +29,9 @@ class FrameSequence {
   const std::vector<FrameInput>& inputs() const { return inputs_; }
   const std::optional<HeaderlessLayout>& headerless() const { return headerless_; }
 
+  /** Whether all there is to do is a single frame, not one of a stream. */
+  bool is_lone_frame() const { return inputs_.size() == 1 && !inputs_.front().is_numbered(); }
+
   /** The number of frames; unknown when standard input is among them. */
   std::optional<std::uint64_t> total() const;
 

@@ -45,6 +45,9 @@ class Library {
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
 
+  /** Where it was opened, or the name that the system found it by. */
+  const std::string& path() const { return path_; }
+
   void transform(const TransformInput& input, const TransformOutput& output) const;
 
   /** Matrices 0 to 3, 16 weights each by rows. Not while another thread transforms. */

@@ -61,10 +61,18 @@ Region parse_region(const std::string& text) {
 }
 
 std::set<OutputKind> parse_outputs(const std::string& text) {
-  static const std::map<std::string, OutputKind> kinds = {
-      {"stokes", OutputKind::stokes},     {"power", OutputKind::power},     {"hv", OutputKind::hv},
-      {"diagonal", OutputKind::diagonal}, {"azimuth", OutputKind::azimuth}, {"dolp", OutputKind::dolp},
-      {"sheet", OutputKind::sheet}};
+  static const std::map<std::string, OutputKind> kinds = {{"stokes", OutputKind::stokes},
+                                                          {"power", OutputKind::power},
+                                                          {"hv", OutputKind::hv},
+                                                          {"diagonal", OutputKind::diagonal},
+                                                          {"azimuth", OutputKind::azimuth},
+                                                          {"dolp", OutputKind::dolp},
+                                                          {"sheet", OutputKind::sheet},
+                                                          {"azimuth-picture", OutputKind::azimuth_picture},
+                                                          {"azimuth-legend", OutputKind::azimuth_legend}};
+  static const std::string choice =
+      "it takes all, or a list of stokes, power, hv, diagonal, azimuth, dolp, sheet, azimuth-picture and "
+      "azimuth-legend.";
   std::set<OutputKind> wanted;
   std::istringstream stream(text);
   std::string name;
@@ -76,13 +84,11 @@ std::set<OutputKind> parse_outputs(const std::string& text) {
     } else if (const auto kind = kinds.find(name); kind != kinds.end()) {
       wanted.insert(kind->second);
     } else {
-      throw Failure("--outputs knows no \"" + name +
-                    "\"; it takes all, or a list of stokes, power, hv, diagonal, azimuth, dolp and sheet.");
+      throw Failure("--outputs knows no \"" + name + "\"; " + choice);
     }
   }
   if (wanted.empty()) {
-    throw Failure(
-        "--outputs is empty; it takes all, or a list of stokes, power, hv, diagonal, azimuth, dolp and sheet.");
+    throw Failure("--outputs is empty; " + choice);
   }
   return wanted;
 }

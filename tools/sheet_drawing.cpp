@@ -4,6 +4,8 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "colour_maps.h"
+
 namespace nerova_zel {
 
 namespace {
@@ -116,6 +118,24 @@ void draw_colour_bar(cv::Mat& page, const cv::Rect& area, const std::function<cv
         std::clamp(x, area.x + std::min(half, area.width / 2), area.br().x - std::min(half, area.width / 2));
     draw_text(page, tick.label, {centre, area.br().y + 14 + static_cast<int>(style.height)}, placed);
   }
+}
+
+void draw_light_bar(cv::Mat& page, const cv::Rect& area, double end, int steps, const TextStyle& style) {
+  std::vector<Tick> ticks;
+  for (int i = 0; i <= steps; ++i) {
+    const double place = static_cast<double>(i) / steps;
+    ticks.push_back({place, short_number(100.0 * end * place) + " %"});
+  }
+  draw_colour_bar(page, area, grey, ticks, style);
+}
+
+std::string short_number(double value) {
+  std::string text = cv::format("%.2f", value);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') {
+    text.pop_back();
+  }
+  return text == "-0" ? "0" : text;
 }
 
 void draw_frame(cv::Mat& page, const cv::Rect& area) {

@@ -35,6 +35,12 @@ int text_width(const std::string& text, const TextStyle& style);
 void draw_colour_bar(cv::Mat& page, const cv::Rect& area, const std::function<cv::Vec3b(double)>& colour_at,
                      const std::vector<Tick>& ticks, const TextStyle& style);
 
+/** The bar of greys for light from 0 to `end`, a share of full scale, in `steps` steps. */
+void draw_light_bar(cv::Mat& page, const cv::Rect& area, double end, int steps, const TextStyle& style);
+
+/** A number with as few decimals as it needs, at most two. */
+std::string short_number(double value);
+
 /** Lets a share (0 to 1) of a pixel show the colour. */
 void cover_pixel(cv::Mat& page, cv::Point at, const cv::Scalar& colour, double share);
 

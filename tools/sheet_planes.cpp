@@ -45,7 +45,7 @@ double scale_end(std::vector<float> values) {
 
 }  // namespace
 
-SheetPlanes make_planes(const SheetContent& content, const cv::Size& box) {
+SheetPlanes make_planes(const PictureContent& content, const cv::Size& box) {
   const cv::Size size = content.frame.size();
   const double full_scale = (1 << content.bit_depth) - 1;
   const auto maximum = static_cast<float>(content.output_maximum);

@@ -2,7 +2,7 @@
 
 #include <opencv2/core.hpp>
 
-#include "picture_sheet.h"
+#include "picture_content.h"
 
 namespace nerova_zel {
 
@@ -20,7 +20,7 @@ struct SheetPlanes {
  * Fits the pictures of `content` into `box`: smaller ones are repeated by a whole number, larger ones averaged as light
  * adds up, polarization as Stokes vectors.
  */
-SheetPlanes make_planes(const SheetContent& content, const cv::Size& box);
+SheetPlanes make_planes(const PictureContent& content, const cv::Size& box);
 
 /** A round number that at most one value in two hundred of a plane of light exceeds; at most 1. */
 double light_end(const cv::Mat& plane);

@@ -1,12 +1,12 @@
 #include "transform_command.h"
 
-#include <utility>
+#include <memory>
 
 #include "batch_runner.h"
 #include "file_set.h"
 #include "interruption.h"
 #include "output_names.h"
-#include "quiet_errors.h"
+#include "transform_job.h"
 
 namespace nerova_zel {
 
@@ -23,35 +23,23 @@ std::vector<std::string> endings(const std::vector<OutputFile>& files) {
   return all;
 }
 
-/** Has the library use the calibration, and says so where it will not do for a whole frame. */
-void use_calibration(Library& library, const Calibration& calibration, const std::string& path) {
-  if (!library.calibrates_every_pixel()) {
-    note("the calibration " + path +
-         " reaches only the last columns and rows of a frame: no vector plugin serves this computer, and the built-in "
-         "kernels compute the other pixels with the default calibration.");
-  }
-  library.set_calibration(calibration.matrices);
-}
-
 }  // namespace
 
 void run_transform(const TransformOptions& options) {
-  TransformRequest request = read_options(options);
+  TransformRequest request = read_transform_options(options);
   FrameSequence frames(find_inputs(options.frames, request.headerless), request.headerless);
   check_output_names(frames.inputs(), options.directory, endings(request.files));
-  const bool lone_frame = frames.inputs().size() == 1 && !frames.inputs().front().is_numbered();
-  if (request.repeat == 0) {
-    request.repeat = lone_frame ? repeat_of_lone_frame : 1;
+  if (!options.repeat && frames.is_lone_frame()) {
+    request.repeat = repeat_of_lone_frame;
   }
   Library library(options.library);
-  if (request.calibration) {
-    use_calibration(library, *request.calibration, *options.calibration);
-  }
+  use_calibration(library, request);
   FileSet directory;  // goes again if no frame succeeds
   directory.make_directory(request.directory);
-  BatchReport report(frames.total(), lone_frame);
+  BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::full);
   const Interruption interruption;
-  run_batch(frames, request, library, report);
+  run_batch(
+      frames, request.jobs, [&] { return std::make_unique<TransformJob>(request, library); }, report);
   if (report.done() > 0) {
     directory.commit();
   }

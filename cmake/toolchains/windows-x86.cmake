@@ -1,13 +1,5 @@
-# Windows x86 from a Debian host, with mingw-w64 (posix threads); programs run under Wine.
-set(CMAKE_SYSTEM_NAME Windows)
+# Windows x86 from a Debian host.
 set(CMAKE_SYSTEM_PROCESSOR x86)
 set(triplet i686-w64-mingw32)
-set(CMAKE_C_COMPILER ${triplet}-gcc-posix)
-set(CMAKE_CXX_COMPILER ${triplet}-g++-posix)
-set(CMAKE_RC_COMPILER ${triplet}-windres)
-list(APPEND CMAKE_FIND_ROOT_PATH /usr/${triplet})
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../../scripts/wine 32)
+set(wine_bits 32)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)

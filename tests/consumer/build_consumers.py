@@ -102,6 +102,9 @@ def main():
         if tool.exists():  # It finds the library by itself.
             run(tool, "simulate", place / "frame.png", "--size", "64x64", stdout=subprocess.DEVNULL)
             run(tool, "transform", place / "frame.png", "--out", place / "pictures", stdout=subprocess.DEVNULL)
+            for document in ("man/man1/nerova-polarize.1", "bash-completion/completions/nerova-polarize",
+                             "zsh/vendor-completions/_nerova-polarize"):
+                assert (tree / "share" / document).stat().st_size > 0, document
     return 0
 
 

@@ -84,7 +84,7 @@ TEST_F(BatchTest, EveryFrameOfAStreamGivesItsOwnArrays) {
       EXPECT_EQ(elements<std::uint16_t>(read(name + "_azimuth.npy"), "<u2", "5,37"), expected.azimuth);
     }
   }
-  EXPECT_EQ(listing().size(), 2 + count * (7 + 2));
+  EXPECT_EQ(listing().size(), 2 + count * (9 + 2));
   if (std::system("/usr/bin/python3 -c 'import numpy' 2> /dev/null") == 0) {
     const std::string file = path("results/run_000003_");
     const std::string program = "import numpy as n; s = n.load('" + file + "stokes.npy'); a = n.load('" + file +

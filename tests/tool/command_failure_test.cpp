@@ -77,6 +77,8 @@ TEST_F(CommandFailureTest, ImpossibleOptions) {
   expect_refusal("transform s.png --format jpg", {"--format jpg", "png, tiff or npy"});
   expect_refusal("transform s.png --repeat 0", {"--repeat 0"});
   expect_refusal("transform s.png --degree-max nan", {"--degree-max"});
+  expect_refusal("transform s.png --power-max 0", {"--power-max"});
+  expect_refusal("transform s.png --azimuth-style bright", {"--azimuth-style bright", "composite"});
   expect_refusal("transform s.png --library nowhere.so", {"nowhere.so", "--library PATH"});
   expect_refusal("transform s.png --sharpen", {"--sharpen"});
   expect_refusal("simulate t.gif", {"t.gif", ".png"});

@@ -1,7 +1,4 @@
-#include <cmath>
 #include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
-#include <utility>
 
 #include "tool_run.h"
 
@@ -108,44 +105,6 @@ TEST_F(CommandTest, WritesWhatIsWantedAndNoMore) {
   ASSERT_EQ(run("transform s.png --bit-depth 12 --outputs dolp,sheet --out new/results --repeat 1").exit_code, 0);
   EXPECT_EQ(listing(), (std::set<std::string>{"new", "new/results", "new/results/s_dolp.png", "new/results/s_sheet.png",
                                               "s.png"}));
-}
-
-TEST_F(CommandTest, SheetShowsTheAngleAsHueAndTheDegreeAsBrightness) {
-  constexpr int size = 64;
-  for (const double angle : {0.0, 30.0, 60.0, 90.0, 135.0, 170.0}) {
-    for (const double degree : {0.4, 0.9}) {
-      SCOPED_TRACE(::testing::Message() << angle << " degrees, degree " << degree);
-      const double twice = angle * CV_PI / 90.0;
-      const StokesVector light{0.5, 0.5 * degree * std::cos(twice), 0.5 * degree * std::sin(twice)};
-      std::vector<std::uint16_t> frame;
-      for (int y = 0; y < size; ++y) {
-        for (int x = 0; x < size; ++x) {
-          frame.push_back(
-              static_cast<std::uint16_t>(std::lround(65535 * light.behind_polarizer(MosaicLayout(45).angle_at(x, y)))));
-        }
-      }
-      write_pgm("even.pgm", frame, size, size, 16);
-      ASSERT_EQ(run("transform even.pgm --layout 45 --outputs sheet --degree-max 1").exit_code, 0);
-      const cv::Mat sheet = cv::imread(path("even_sheet.png"));
-      ASSERT_FALSE(sheet.empty());
-      cv::Mat hsv;
-      sheet(cv::Rect(sheet.cols / 2, 500, 1, 1)).convertTo(hsv, CV_32F, 1.0 / 255.0);
-      cv::cvtColor(hsv, hsv, cv::COLOR_BGR2HSV);
-      const auto shown = hsv.at<cv::Vec3f>(0);
-      EXPECT_LT(std::abs(std::remainder(shown[0] / 2.0 - angle, 180.0)), 0.5);
-      EXPECT_NEAR(shown[1], 1.0, 0.01);
-      EXPECT_NEAR(shown[2], degree, 0.01);
-    }
-  }
-}
-
-TEST_F(CommandTest, DrawsSheetsOfAnyShape) {
-  for (const auto& [width, height] : {std::pair{2, 2}, {2, 900}, {3000, 3}, {5000, 2}, {7, 5}}) {
-    SCOPED_TRACE(::testing::Message() << width << " x " << height);
-    write_pgm("shape.pgm", std::vector<std::uint16_t>(static_cast<std::size_t>(width * height)), width, height, 12);
-    const RunResult result = run("transform shape.pgm --outputs sheet");
-    EXPECT_EQ(result.exit_code, 0) << result.errors;
-  }
 }
 
 }  // namespace

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace nerova_zel {
+
+/** The manual page of section 1, in the macros of man(7). */
+std::string manual_page(const CLI::App& app);
+
+}  // namespace nerova_zel

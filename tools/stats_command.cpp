@@ -1,0 +1,182 @@
+#include "stats_command.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <opencv2/core.hpp>
+#include <utility>
+
+#include "batch_runner.h"
+#include "failure.h"
+#include "frame_statistics.h"
+#include "frame_transformer.h"
+#include "interruption.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr std::array<const char*, counted_images> image_names = {"frame", "power", "hv", "diagonal", "dolp"};
+
+struct NamedSums {
+  std::string name;
+  StatisticsSums sums;
+};
+
+/** The sums of all frames that are done, by their place in the batch. Thread-safe while frames are added. */
+class StatisticsLog {
+ public:
+  void add(std::uint64_t index, NamedSums frame) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    frames_.emplace(index, std::move(frame));
+  }
+
+  const std::map<std::uint64_t, NamedSums>& frames() const { return frames_; }
+
+  /** Added in the order of the frames, so that it does not depend on which thread was faster. */
+  StatisticsSums all() const {
+    StatisticsSums sums;
+    for (const auto& [index, frame] : frames_) {
+      sums += frame.sums;
+    }
+    return sums;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<std::uint64_t, NamedSums> frames_;
+};
+
+class StatisticsJob : public FrameJob {
+ public:
+  StatisticsJob(const FrameRequest& request, const Library& library, StatisticsWeight weight, StatisticsLog& log)
+      : request_(request), weight_(weight), log_(log), transformer_(request, library, statistics_outputs()) {}
+
+  Bytes& bytes() override { return transformer_.bytes(); }
+
+ private:
+  FrameReport work(const FrameTicket& ticket) override {
+    transformer_.run(ticket);
+    const StatisticsSums sums = sum_up(transformer_.frame(), transformer_.full_scale(), transformer_.outputs(),
+                                       request_.output_maximum, weight_);
+    log_.add(ticket.index, {ticket.name(), sums});
+    return {FrameReport::Result::done, "", "", sums.pixels};
+  }
+
+  const FrameRequest& request_;
+  const StatisticsWeight weight_;
+  StatisticsLog& log_;
+  FrameTransformer transformer_;
+};
+
+StatisticsWeight read_weight(const std::string& name) {
+  if (name == "equal") {
+    return StatisticsWeight::equal;
+  }
+  if (name == "power") {
+    return StatisticsWeight::power;
+  }
+  throw Failure("--weight " + name + " is unknown; it must be equal or power.");
+}
+
+std::string text_of(const std::optional<double>& value, int decimals) {
+  return value ? cv::format("%.*f", decimals, *value) : "none";
+}
+
+void print_counts(const char* title, const std::array<std::uint64_t, counted_images>& counts, std::uint64_t pixels) {
+  std::printf("  %-9s", title);
+  for (std::size_t i = 0; i < counted_images; ++i) {
+    std::printf("  %s %.2f %%", image_names[i],
+                100.0 * static_cast<double>(counts[i]) / static_cast<double>(std::max<std::uint64_t>(1, pixels)));
+  }
+  std::printf("\n");
+}
+
+void print(const std::string& name, const StatisticsSums& sums) {
+  std::printf("%s: %llu pixels\n", name.c_str(), static_cast<unsigned long long>(sums.pixels));
+  std::printf("  angle      %s degrees, deviation %s, resultant %s; %llu pixels without\n",
+              text_of(sums.mean_angle(), 3).c_str(), text_of(sums.angle_deviation(), 3).c_str(),
+              text_of(sums.resultant(), 4).c_str(), static_cast<unsigned long long>(sums.without_angle));
+  std::printf("  degree     %s; %llu pixels without\n", text_of(sums.mean_degree(), 5).c_str(),
+              static_cast<unsigned long long>(sums.without_degree));
+  print_counts("saturated", sums.saturated, sums.pixels);
+  print_counts("dark", sums.dark, sums.pixels);
+}
+
+nlohmann::ordered_json json_of(const std::optional<double>& value) {
+  return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
+}
+
+nlohmann::ordered_json json_of(const StatisticsSums& sums) {
+  nlohmann::ordered_json object;
+  object["pixels"] = sums.pixels;
+  object["mean_angle_degrees"] = json_of(sums.mean_angle());
+  object["resultant_length"] = json_of(sums.resultant());
+  object["angle_deviation_degrees"] = json_of(sums.angle_deviation());
+  object["pixels_without_angle"] = sums.without_angle;
+  object["mean_degree"] = json_of(sums.mean_degree());
+  object["pixels_without_degree"] = sums.without_degree;
+  for (std::size_t i = 0; i < counted_images; ++i) {
+    object["saturated_pixels"][image_names[i]] = sums.saturated[i];
+    object["dark_pixels"][image_names[i]] = sums.dark[i];
+  }
+  return object;
+}
+
+void print_text(const StatisticsLog& log, bool summary) {
+  const std::size_t count = log.frames().size();
+  if (!summary) {
+    for (const auto& [index, frame] : log.frames()) {
+      print(frame.name, frame.sums);
+    }
+  }
+  if (summary || count > 1) {
+    print("all " + std::to_string(count) + (count == 1 ? " frame" : " frames"), log.all());
+  }
+}
+
+void print_json(const StatisticsLog& log, bool summary, const std::string& weight, std::uint64_t failed) {
+  nlohmann::ordered_json document;
+  document["weight"] = weight;
+  document["frames_done"] = log.frames().size();
+  document["frames_failed"] = failed;
+  if (!summary) {
+    document["frames"] = nlohmann::ordered_json::array();
+    for (const auto& [index, frame] : log.frames()) {
+      nlohmann::ordered_json object = {{"name", frame.name}};
+      object.update(json_of(frame.sums));
+      document["frames"].push_back(object);
+    }
+  }
+  document["all"] = json_of(log.all());
+  // File names need not be UTF-8.
+  std::printf("%s\n", document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+}
+
+}  // namespace
+
+void run_stats(const StatsOptions& options) {
+  const StatisticsWeight weight = read_weight(options.weight);
+  FrameRequest request;
+  read_frame_options(options, request);
+  FrameSequence frames(find_inputs(options.frames, request.headerless), request.headerless);
+  Library library(options.library);
+  use_calibration(library, request);
+  BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::nothing);
+  StatisticsLog log;
+  const Interruption interruption;
+  run_batch(
+      frames, request.jobs, [&] { return std::make_unique<StatisticsJob>(request, library, weight, log); }, report);
+  if (options.json) {
+    print_json(log, options.summary, options.weight, report.failed());
+  } else if (!log.frames().empty()) {
+    print_text(log, options.summary);
+  }
+  std::fflush(stdout);
+  report.finish(Interruption::is_requested());
+}
+
+}  // namespace nerova_zel
