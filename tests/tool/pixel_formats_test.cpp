@@ -48,10 +48,11 @@ TEST(PixelFormats, AnyNumberOfPixelsComesBackAndNothingElseIsTouched) {
       std::vector<unsigned char> packed(2 * count);
       std::size_t used = 0;
       for (std::size_t i = 0; i < count; ++i) {
-        pixels[i] = static_cast<std::uint16_t>(generator() & ((1U << layout.bits) - 1U));
+        const std::uint_fast32_t value = generator() & ((1U << layout.bits) - 1U);
+        pixels[i] = static_cast<std::uint16_t>(value);
         for (std::size_t bit = 0; bit < layout.bits; ++bit) {
           const std::size_t place = layout.place(i, bit);
-          packed[place / 8] = static_cast<unsigned char>(packed[place / 8] | (pixels[i] >> bit & 1U) << place % 8);
+          packed[place / 8] = static_cast<unsigned char>(packed[place / 8] | (value >> bit & 1U) << place % 8);
           used = std::max(used, place / 8 + 1);
         }
       }
