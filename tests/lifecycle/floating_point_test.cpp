@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "support/frame_images.h"
 #include "support/loaded_library.h"
 
 namespace nerova_zel::test {
@@ -32,16 +33,11 @@ struct Settings {
   bool operator==(const Settings& other) const { return vector_units == other.vector_units && x87 == other.x87; }
 };
 
-struct Images {
-  std::vector<std::uint32_t> stokes = std::vector<std::uint32_t>(2 * pixels);  // bits: NaN differs from itself
-  std::vector<std::uint16_t> others = std::vector<std::uint16_t>(5 * pixels);
-};
-
 class FloatingPoint : public testing::TestWithParam<const char*> {
  protected:
   FloatingPoint() {
     for (std::size_t i = 0; i < pixels; ++i) {
-      frame_[i] = static_cast<std::uint16_t>(i % 7 < 3 ? 0 : i * 2654435761U >> 20U);
+      frame_[i] = i % 7 < 3 ? std::uint16_t{0} : frame_[i];
     }
     EXPECT_EQ(library_.module_initialize(), 0);
     EXPECT_EQ(library_.create(&processor_), 0);
@@ -51,33 +47,29 @@ class FloatingPoint : public testing::TestWithParam<const char*> {
     EXPECT_EQ(library_.module_terminate(), 0);
   }
 
-  std::int32_t transform(Images& images) const {
-    float* stokes = nullptr;
-    void* const bits = images.stokes.data();
-    std::memcpy(&stokes, &bits, sizeof(stokes));
-    std::uint16_t* const others = images.others.data();
-    return library_.transform(processor_, 0, frame_.data(), 0, 0, width, height, 12, 65535, stokes, others,
-                              others + pixels, others + 2 * pixels, others + 3 * pixels, others + 4 * pixels);
+  std::int32_t transform(FrameImages& images) const {
+    return library_.transform(processor_, 0, frame_.data(), 0, 0, width, height, 12, 65535, images.stokes.data(),
+                              images.others[0].data(), images.others[1].data(), images.others[2].data(),
+                              images.others[3].data(), images.others[4].data());
   }
 
   /** Nothing between the two applications may compute with floating-point numbers. */
   void expect_unaffected(const Settings& settings) const {
-    Images expected;
+    FrameImages expected(pixels);
     ASSERT_EQ(transform(expected), 0);
-    Images images;
+    FrameImages images(pixels);
     settings.apply();
     const std::int32_t result = transform(images);
     const Settings after = Settings::now();
     Settings().apply();
     EXPECT_EQ(result, 0);
     EXPECT_TRUE(after == settings);
-    EXPECT_EQ(images.stokes, expected.stokes);
-    EXPECT_EQ(images.others, expected.others);
+    EXPECT_TRUE(images == expected);
   }
 
   LoadedLibrary library_{GetParam()};
   nv_polarization_processor* processor_ = nullptr;
-  std::vector<std::uint16_t> frame_ = std::vector<std::uint16_t>(pixels);
+  std::vector<std::uint16_t> frame_ = mixed_samples(pixels);
 };
 
 TEST_P(FloatingPoint, CallersSettingsNeitherMatterNorChange) {

@@ -9,7 +9,7 @@
 #include "kernels/default_calibration.h"
 #include "lifecycle/arrangement.h"
 #include "lifecycle/transform_call.h"
-#include "support/module_file.h"
+#include "support/plugin_module.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -58,41 +58,21 @@ class MisalignedCaller {
 
 constexpr std::uint32_t offsets[] = {0, 4, 8, 12};
 
-struct Images {
-  static constexpr std::int32_t width = 71;
-  static constexpr std::int32_t height = 5;
-  static constexpr std::size_t pixels = std::size_t{width} * std::size_t{height};
-
-  std::vector<float> stokes = std::vector<float>(2 * pixels);
-  std::vector<std::uint16_t> others[5] = {std::vector<std::uint16_t>(pixels), std::vector<std::uint16_t>(pixels),
-                                          std::vector<std::uint16_t>(pixels), std::vector<std::uint16_t>(pixels),
-                                          std::vector<std::uint16_t>(pixels)};
-
-  bool operator==(const Images& images) const {
-    return std::memcmp(stokes.data(), images.stokes.data(), stokes.size() * sizeof(float)) == 0 &&
-           std::equal(std::begin(others), std::end(others), std::begin(images.others));
-  }
-};
-
-std::vector<std::uint16_t> make_frame() {
-  std::vector<std::uint16_t> frame(Images::pixels);
-  for (std::size_t i = 0; i < frame.size(); ++i) {
-    frame[i] = static_cast<std::uint16_t>(i * 2654435761U >> 20U);
-  }
-  return frame;
-}
+constexpr std::int32_t width = 71;
+constexpr std::int32_t height = 5;
+constexpr std::size_t pixels = std::size_t{width} * std::size_t{height};
 
 /** Every export, then the frame, by whichever code the library chooses. */
 void call_every_export(const std::string& file) {
   const LoadedLibrary library(file);
-  const std::vector<std::uint16_t> frame = make_frame();
-  Images expected;
+  const std::vector<std::uint16_t> frame = mixed_samples(pixels);
+  FrameImages expected(pixels);
   ASSERT_EQ(library.module_initialize(), 0);
   nv_polarization_processor* processor = nullptr;
   ASSERT_EQ(library.create(&processor), 0);
-  const auto transform = [&](const auto& call, Images& images) {
-    return call(library.find("nv_polarization_processor_transform"), processor, 0, frame.data(), 0, 0, Images::width,
-                Images::height, 12, 65535, images.stokes.data(), images.others[0].data(), images.others[1].data(),
+  const auto transform = [&](const auto& call, FrameImages& images) {
+    return call(library.find("nv_polarization_processor_transform"), processor, 0, frame.data(), 0, 0, width, height,
+                12, 65535, images.stokes.data(), images.others[0].data(), images.others[1].data(),
                 images.others[2].data(), images.others[3].data(), images.others[4].data());
   };
   EXPECT_EQ(transform(MisalignedCaller(0), expected), 0);
@@ -110,7 +90,7 @@ void call_every_export(const std::string& file) {
     EXPECT_EQ(call(library.find("nv_polarization_processor_set_custom_calibration_coefficients"), processor,
                    matrices[0], matrices[1], matrices[2], matrices[3]),
               0);
-    Images images;
+    FrameImages images(pixels);
     EXPECT_EQ(transform(call, images), 0);
     EXPECT_TRUE(images == expected);
     EXPECT_EQ(call(library.find("nv_polarization_processor_destroy_polarization_processor"), processor), 0);
@@ -124,48 +104,30 @@ TEST(StackAlignment, EveryExportWithTheBuiltInKernels) { call_every_export(NEROV
 TEST(StackAlignment, EveryExportWithThePlugins) { call_every_export(library_path()); }
 
 TEST(StackAlignment, PluginEntries) {
-  const std::vector<std::uint16_t> frame = make_frame();
+  const std::vector<std::uint16_t> frame = mixed_samples(pixels);
   const CalibrationMatrix* const row[] = {&default_matrices[0], &default_matrices[3], &default_matrices[1],
                                           &default_matrices[2]};
   for (const std::string set : {"avx2", "avx512"}) {
     SCOPED_TRACE(set);
-    const std::string file = "nerova_zel_polarization_processor_vector_" + set + module_ending;
-    void* const plugin = open_module(folder_of(library_path()) + file);
-    const auto entry = [&](const std::string& name) {
-      return find_name(plugin, ("nv_polarization_processor_" + name).c_str());
-    };
-    Images expected;
+    const PluginModule plugin(plugin_path(library_path(), set), set);
+    FrameImages expected(pixels);
     bool first = true;
     for (const std::uint32_t offset : offsets) {
       SCOPED_TRACE(offset);
       const MisalignedCaller call(offset);
-      if (call(entry("vector_" + set + "_module_initialize")) == 0) {
-        Images images;
-        const TransformParameters parameters = {Images::height,
-                                                Images::width,
-                                                0,
-                                                frame.data(),
-                                                12,
-                                                4095.0F,
-                                                65535.0F,
-                                                65535,
-                                                images.stokes.data(),
-                                                images.others[0].data(),
-                                                images.others[1].data(),
-                                                images.others[2].data(),
-                                                images.others[3].data(),
-                                                images.others[4].data()};
+      if (call(plugin.initialize_entry()) == 0) {
+        FrameImages images(pixels);
+        const TransformParameters parameters = plugin_call(frame, width, height, 65535, images);
         const CalibrationMatrix* const* matrices = row;
-        call(entry("transform_vector_" + set), &parameters, matrices);
+        call(plugin.transform_entry(), &parameters, matrices);
         if (first) {
           expected = images;
         }
         EXPECT_TRUE(images == expected);
         first = false;
       }
-      call(entry("vector_" + set + "_module_terminate"));
+      call(plugin.terminate_entry());
     }
-    close_module(plugin);
   }
 }
 

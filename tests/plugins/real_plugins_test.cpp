@@ -11,7 +11,7 @@
 
 #include "kernels/default_calibration.h"
 #include "support/loaded_library.h"
-#include "support/module_file.h"
+#include "support/plugin_module.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -27,31 +27,8 @@ int cpu_level() {
   return level != nullptr ? std::atoi(level) : native_level;
 }
 
-class Plugin {
- public:
-  explicit Plugin(const std::string& set)
-      : set_(set),
-        module_(open_module(folder_of(library_path()) + "nerova_zel_polarization_processor_vector_" + set +
-                            module_ending)) {}
-  ~Plugin() { close_module(module_); }
-  Plugin(const Plugin&) = delete;
-  Plugin& operator=(const Plugin&) = delete;
-
-  std::int32_t initialize() const {
-    return reinterpret_cast<std::int32_t (*)()>(
-        find("nv_polarization_processor_vector_" + set_ + "_module_initialize"))();
-  }
-
-  void transform(const TransformParameters& parameters, MatrixRow matrices) const {
-    reinterpret_cast<void (*)(const TransformParameters*, MatrixRow)>(
-        find("nv_polarization_processor_transform_vector_" + set_))(&parameters, matrices);
-  }
-
- private:
-  void* find(const std::string& name) const { return find_name(module_, name.c_str()); }
-
-  std::string set_;
-  void* module_;
+struct Plugin : PluginModule {
+  explicit Plugin(const std::string& set) : PluginModule(plugin_path(library_path(), set), set) {}
 };
 
 TEST(RealPlugins, InitializeOnlyWhereTheyRun) {
