@@ -1,52 +1,95 @@
-// The rows under any calibration. Compiled once for each plugin.
+// The rows under calibrations of one kind. Compiled twice for each plugin: NEROVA_RULES is the kind's rules,
+// NEROVA_TABLE the name of the table.
 
 #include "wide_step.h"
 
 namespace nerova_zel {
 namespace {
 
-/** The weights of one row of the matrices, for even and odd columns in turn; columns as in CalibrationMatrix. */
+/**
+ * The weights of one row of the matrices, for even and odd columns in turn; columns as in CalibrationMatrix.
+ * Fused: products of shifted samples, rounded once, less the shift's share; equal but for the sign of a zero, and only
+ * for ordinary weights.
+ */
+template <bool fused>
 struct Weights {
   Float column[4];
+  Float shift[4];
 
-  NEROVA_INLINE static Weights of(const RowStretch& stretch, std::size_t row) {
+  /** In units of 1 / scale, a power of 2. */
+  NEROVA_INLINE static Weights of(const RowStretch& stretch, std::size_t row, float scale) {
+    Weights weights;
     const float* even = stretch.even_matrix->m + 4 * row;
     const float* odd = stretch.odd_matrix->m + 4 * row;
-    return {{Step::alternate(even[0], odd[0]), Step::alternate(even[1], odd[1]), Step::alternate(even[2], odd[2]),
-             Step::alternate(even[3], odd[3])}};
+    for (std::size_t i = 0; i < 4; ++i) {
+      weights.column[i] = Step::alternate(scale * even[i], scale * odd[i]);
+      weights.shift[i] = weights.column[i] * Float::broadcast(-sample_shift);
+    }
+    return weights;
   }
 
   /** The grouping of the sums is part of the result. */
-  NEROVA_INLINE Float weigh(const Float (&samples)[4]) const {
-    return ((samples[0] * column[0] + samples[1] * column[1]) + samples[2] * column[2]) + samples[3] * column[3];
+  NEROVA_INLINE Float weigh(const Float (&shifted)[4]) const {
+    return ((product(shifted, 0) + product(shifted, 1)) + product(shifted, 2)) + product(shifted, 3);
+  }
+
+ private:
+  NEROVA_INLINE Float product(const Float (&shifted)[4], std::size_t i) const {
+    if constexpr (fused) {
+      return fused_multiply_add(shifted[i], column[i], shift[i]);
+    } else {
+      return (shifted[i] - Float::broadcast(sample_shift)) * column[i];
+    }
   }
 };
 
+template <bool ordinary, bool fused>
 struct CalibratedSource {
   struct Samples {
-    Step::Pairs own;
-    Step::Pairs partner;
+    Step::Samples own;
+    Step::Samples partner;
   };
 
-  Weights sum;
-  Weights s1;
-  Weights s2;
+  using RowWeights = Weights<fused>;
+
+  RowWeights sum;
+  RowWeights s1;
+  RowWeights s2;
+
+  NEROVA_INLINE explicit CalibratedSource(const RowStretch& stretch)
+      : sum(RowWeights::of(stretch, 0, ordinary ? 0.5F : 1.0F)),
+        s1(RowWeights::of(stretch, 1, 1.0F)),
+        s2(RowWeights::of(stretch, 2, 1.0F)) {}
 
   NEROVA_INLINE static Samples load(const std::uint16_t* own, const std::uint16_t* partner) {
-    return {Step::load_neighbours(own), Step::load_neighbours(partner)};
+    return {Step::load(own), Step::load(partner)};
   }
 
   NEROVA_INLINE LinearStokes<Float> stokes(const Samples& samples, int i) const {
-    const Float neighbourhood[4] = {to_float(samples.own.low(i)), to_float(samples.own.high(i)),
-                                    to_float(samples.partner.low(i)), to_float(samples.partner.high(i))};
-    return {CalibratedRules<Float>::power(sum.weigh(neighbourhood)), s1.weigh(neighbourhood), s2.weigh(neighbourhood)};
+    const Float shifted[4] = {samples.own.column(i), samples.own.next_column(i), samples.partner.column(i),
+                              samples.partner.next_column(i)};
+    return {power(sum.weigh(shifted)), s1.weigh(shifted), s2.weigh(shifted)};
+  }
+
+ private:
+  /** Ordinary weights are halved beforehand. */
+  NEROVA_INLINE static Float power(Float weighed) {
+    if constexpr (ordinary) {
+      return weighed;
+    } else {
+      return weighed * Float::broadcast(0.5F);
+    }
   }
 };
 
 template <bool equal_maximum, OutputSet outputs>
 void calibrated_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
-  const CalibratedSource source = {Weights::of(stretch, 0), Weights::of(stretch, 1), Weights::of(stretch, 2)};
-  compute_stretch<equal_maximum, outputs, CalibratedRules<Float>>(images, constants, stretch, source);
+  using Rules = NEROVA_RULES<Float>;
+  constexpr bool ordinary = Rules::weights_are_ordinary;
+  // The signs of zeros are seen in the quotients only.
+  constexpr bool fused = ordinary && (outputs & output_normalized_stokes) == 0;
+  compute_stretch<equal_maximum, outputs, Rules>(images, constants, stretch,
+                                                 CalibratedSource<ordinary, fused>(stretch));
 }
 
 struct CalibratedRows {
@@ -63,7 +106,6 @@ struct CalibratedRows {
 
 }  // namespace
 
-const WideRowTable calibrated_wide_rows = make_table<CalibratedRows>();
-const std::size_t wide_step_pixels = Step::pixels;
+const WideRowTable NEROVA_TABLE = make_table<CalibratedRows>();
 
 }  // namespace nerova_zel

@@ -7,24 +7,30 @@
 namespace nerova_zel {
 namespace {
 
-/** Sums and differences of the samples by polarizer, exact in integers. */
+/** Sums and differences of the samples by polarizer, exact. */
 template <PolarPhase first_angle>
 struct DefaultSource {
   struct Samples {
-    Step::Pairs own;
-    Step::Pairs partner;
+    Step::Samples own;
+    Step::Samples partner;
   };
 
   NEROVA_INLINE static Samples load(const std::uint16_t* own, const std::uint16_t* partner) {
-    return {Step::load_channels(own), Step::load_channels(partner)};
+    return {Step::load(own), Step::load(partner)};
   }
 
   NEROVA_INLINE static LinearStokes<Float> stokes(const Samples& samples, int i) {
-    const Channels<Int> upper = {samples.own.low(i), samples.own.high(i)};
-    const Channels<Int> lower = {samples.partner.low(i), samples.partner.high(i)};
-    const Int sum = (upper.even + upper.odd) + (lower.even + lower.odd);
-    const Differences<Int> differences = polarizer_differences<first_angle>(upper, lower);
-    return {DefaultRules<Float>::power(to_float(sum)), to_float(differences.s1), to_float(differences.s2)};
+    const Channels<Float> upper = {samples.own.even(i), samples.own.odd(i)};
+    const Channels<Float> lower = {samples.partner.even(i), samples.partner.odd(i)};
+    const Differences<Float> differences = polarizer_differences<first_angle>(upper, lower);
+    return {half_sum(upper, lower), differences.s1, differences.s2};
+  }
+
+ private:
+  NEROVA_INLINE static Float half_sum(const Channels<Float>& upper, const Channels<Float>& lower) {
+    const Float four_shifts = add_bits(add_bits(upper.even, upper.odd), add_bits(lower.even, lower.odd));
+    const Float one_shift = add_bits(four_shifts, Float::broadcast_bits(-3U * sample_shift_bits));
+    return fused_multiply_add(one_shift, Float::broadcast(0.5F), Float::broadcast(-0.5F * sample_shift));
   }
 };
 

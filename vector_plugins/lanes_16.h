@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "kernels/always_inline.h"
+#include "shifted_samples.h"
 
 // Sixteen lanes with AVX-512 F, DQ and BW; two vectors of them, 32 pixels, make a step.
 namespace nerova_zel {
@@ -21,6 +22,10 @@ struct Float16 {
   __m512 v;
 
   NEROVA_INLINE static Float16 broadcast(float value) { return {_mm512_set1_ps(value)}; }
+  /** The float with this representation. */
+  NEROVA_INLINE static Float16 broadcast_bits(std::uint32_t bits) {
+    return {_mm512_castsi512_ps(_mm512_set1_epi32(static_cast<std::int32_t>(bits)))};
+  }
 };
 
 NEROVA_INLINE Float16 operator+(Float16 a, Float16 b) { return {_mm512_add_ps(a.v, b.v)}; }
@@ -60,8 +65,9 @@ NEROVA_INLINE Float16 zero_if_nan(Float16 a) {
   // One nibble for each class of numbers, the two kinds of NaN first: 8 for +0, 0 for the number itself.
   return {_mm512_fixupimm_ps(a.v, a.v, _mm512_set1_epi32(0x88), 0)};
 }
-NEROVA_INLINE Float16 zero_unless_negative(Float16 sign, Float16 a) {
-  return {_mm512_maskz_mov_ps(_mm512_movepi32_mask(_mm512_castps_si512(sign.v)), a.v)};
+/** The sum of the representations, as integers. */
+NEROVA_INLINE Float16 add_bits(Float16 a, Float16 b) {
+  return {_mm512_castsi512_ps(_mm512_add_epi32(_mm512_castps_si512(a.v), _mm512_castps_si512(b.v)))};
 }
 /** The magnitude, not negative, with the sign of another value. */
 NEROVA_INLINE Float16 with_sign_of(Float16 sign, Float16 magnitude) {
@@ -69,18 +75,20 @@ NEROVA_INLINE Float16 with_sign_of(Float16 sign, Float16 magnitude) {
   return {_mm512_castsi512_ps(_mm512_ternarylogic_epi32(_mm512_castps_si512(magnitude.v), _mm512_castps_si512(sign.v),
                                                         _mm512_set1_epi32(INT32_MIN), first_or_both_others))};
 }
-/** yes, or -no. */
-NEROVA_INLINE Float16 select_or_negative(Mask16 mask, Float16 yes, Float16 no) {
-  return {_mm512_mask_xor_ps(yes.v, static_cast<__mmask16>(~mask.bits), no.v, _mm512_set1_ps(-0.0F))};
+/** -negative, or other. */
+NEROVA_INLINE Float16 negative_or_other(Mask16 mask, Float16 negative, Float16 other) {
+  return {_mm512_mask_xor_ps(other.v, mask.bits, negative.v, _mm512_set1_ps(-0.0F))};
+}
+/** pi / 2 if the sign is negative, else 0; or other. */
+NEROVA_INLINE Float16 quarter_turn_if_negative(Mask16 mask, Float16 sign, Float16 other) {
+  // A nibble for each class of numbers: D, pi / 2, for the negative ones, 8, +0, for the others.
+  return {_mm512_mask_fixupimm_ps(other.v, mask.bits, sign.v, _mm512_set1_epi32(static_cast<int>(0x8D888888)), 0)};
 }
 
 struct Int16 {
   __m512i v;
 };
 
-NEROVA_INLINE Int16 operator+(Int16 a, Int16 b) { return {_mm512_add_epi32(a.v, b.v)}; }
-NEROVA_INLINE Int16 operator-(Int16 a, Int16 b) { return {_mm512_sub_epi32(a.v, b.v)}; }
-NEROVA_INLINE Float16 to_float(Int16 a) { return {_mm512_cvtepi32_ps(a.v)}; }
 NEROVA_INLINE Int16 round_to_int(Float16 a) { return {_mm512_cvtps_epi32(a.v)}; }
 
 /** 32 results in the order of their pixels. */
@@ -104,26 +112,42 @@ struct Step32 {
   using Results = Results32;
   static constexpr std::size_t pixels = 32;
 
-  /** Two vectors of 32-bit lanes, each a pair of samples: low half and high half. */
-  struct Pairs {
-    __m512i half[2];
+  /** 33 samples of a row: 0 to 31, and 1 to 32; taken out shifted. */
+  struct Samples {
+    __m512i own;
+    __m512i next;
 
-    NEROVA_INLINE Int low(int i) const { return {_mm512_and_si512(half[i], _mm512_set1_epi32(0xFFFF))}; }
-    NEROVA_INLINE Int high(int i) const { return {_mm512_srli_epi32(half[i], 16)}; }
+    /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an even column. */
+    NEROVA_INLINE Float even(int i) const {
+      return shifted(i, _mm512_set_epi32(28, 26, 26, 24, 20, 18, 18, 16, 12, 10, 10, 8, 4, 2, 2, 0));
+    }
+    /** The other one. */
+    NEROVA_INLINE Float odd(int i) const {
+      return shifted(i, _mm512_set_epi32(27, 27, 25, 25, 19, 19, 17, 17, 11, 11, 9, 9, 3, 3, 1, 1));
+    }
+    /** For each column k of vector i: the sample of column k. */
+    NEROVA_INLINE Float column(int i) const {
+      return shifted(i, _mm512_set_epi32(27, 26, 25, 24, 19, 18, 17, 16, 11, 10, 9, 8, 3, 2, 1, 0));
+    }
+    /** The sample of column k + 1. */
+    NEROVA_INLINE Float next_column(int i) const {
+      return shifted(i, _mm512_set_epi32(28, 27, 26, 25, 20, 19, 18, 17, 12, 11, 10, 9, 4, 3, 2, 1));
+    }
+
+   private:
+    /** Vector 0's samples in this order; vector 1's are four further on, of which the second load lacks three. */
+    NEROVA_INLINE Float shifted(int i, __m512i order) const {
+      constexpr __mmask32 low_halves = 0x55555555;
+      const __m512i shifted_zero = _mm512_castps_si512(_mm512_set1_ps(sample_shift));
+      const __m512i order_in_next = _mm512_add_epi32(order, _mm512_set1_epi32(3));
+      return {_mm512_castsi512_ps(i == 0
+                                      ? _mm512_mask_permutexvar_epi16(shifted_zero, low_halves, order, own)
+                                      : _mm512_mask_permutexvar_epi16(shifted_zero, low_halves, order_in_next, next))};
+    }
   };
 
-  /** For each column k: the sample of columns k and k + 1 that lies in an even column, then the other. Reads 33. */
-  NEROVA_INLINE static Pairs load_channels(const std::uint16_t* samples) {
-    const __m512i even_then_odd = _mm512_set_epi16(27, 28, 27, 26, 25, 26, 25, 24, 19, 20, 19, 18, 17, 18, 17, 16, 11,
-                                                   12, 11, 10, 9, 10, 9, 8, 3, 4, 3, 2, 1, 2, 1, 0);
-    return permute(samples, even_then_odd);
-  }
-
-  /** For each column k: the samples of columns k and k + 1. Reads 33. */
-  NEROVA_INLINE static Pairs load_neighbours(const std::uint16_t* samples) {
-    const __m512i own_then_next = _mm512_set_epi16(28, 27, 27, 26, 26, 25, 25, 24, 20, 19, 19, 18, 18, 17, 17, 16, 12,
-                                                   11, 11, 10, 10, 9, 9, 8, 4, 3, 3, 2, 2, 1, 1, 0);
-    return permute(samples, own_then_next);
+  NEROVA_INLINE static Samples load(const std::uint16_t* samples) {
+    return {_mm512_loadu_si512(samples), _mm512_loadu_si512(samples + 1)};
   }
 
   /** Even columns take the first weight, odd columns the second. */
@@ -145,14 +169,6 @@ struct Step32 {
   }
 
  private:
-  /** Vector 0's order of samples; vector 1's are four further on, which the second load lacks three of. */
-  NEROVA_INLINE static Pairs permute(const std::uint16_t* samples, __m512i order) {
-    const __m512i first = _mm512_loadu_si512(samples);
-    const __m512i second = _mm512_loadu_si512(samples + 1);
-    const __m512i order_in_second = _mm512_add_epi16(order, _mm512_set1_epi16(3));
-    return {{_mm512_permutexvar_epi16(order, first), _mm512_permutexvar_epi16(order_in_second, second)}};
-  }
-
   NEROVA_INLINE static void store_halves(float* to, __m512 pairs) {
     _mm256_storeu_ps(to, _mm512_castps512_ps256(pairs));
     _mm256_storeu_ps(to + 16, _mm512_extractf32x8_ps(pairs, 1));

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "kernels/always_inline.h"
+#include "shifted_samples.h"
 
 // Eight lanes with AVX2 and FMA; two vectors of them, 16 pixels, make a step.
 namespace nerova_zel {
@@ -21,6 +22,10 @@ struct Float8 {
   __m256 v;
 
   NEROVA_INLINE static Float8 broadcast(float value) { return {_mm256_set1_ps(value)}; }
+  /** The float with this representation. */
+  NEROVA_INLINE static Float8 broadcast_bits(std::uint32_t bits) {
+    return {_mm256_castsi256_ps(_mm256_set1_epi32(static_cast<std::int32_t>(bits)))};
+  }
 };
 
 NEROVA_INLINE Float8 operator+(Float8 a, Float8 b) { return {_mm256_add_ps(a.v, b.v)}; }
@@ -45,25 +50,28 @@ NEROVA_INLINE Float8 reciprocal_estimate(Float8 a) { return {_mm256_rcp_ps(a.v)}
 NEROVA_INLINE Float8 select(Mask8 mask, Float8 yes, Float8 no) { return {_mm256_blendv_ps(no.v, yes.v, mask.bits)}; }
 NEROVA_INLINE Float8 zero_if(Mask8 mask, Float8 a) { return {_mm256_andnot_ps(mask.bits, a.v)}; }
 NEROVA_INLINE Float8 zero_if_nan(Float8 a) { return {_mm256_and_ps(_mm256_cmp_ps(a.v, a.v, _CMP_ORD_Q), a.v)}; }
-NEROVA_INLINE Float8 zero_unless_negative(Float8 sign, Float8 a) {
-  return {_mm256_and_ps(_mm256_castsi256_ps(_mm256_srai_epi32(_mm256_castps_si256(sign.v), 31)), a.v)};
+/** The sum of the representations, as integers. */
+NEROVA_INLINE Float8 add_bits(Float8 a, Float8 b) {
+  return {_mm256_castsi256_ps(_mm256_add_epi32(_mm256_castps_si256(a.v), _mm256_castps_si256(b.v)))};
 }
 /** The magnitude, not negative, with the sign of another value. */
 NEROVA_INLINE Float8 with_sign_of(Float8 sign, Float8 magnitude) {
   return {_mm256_or_ps(_mm256_and_ps(_mm256_set1_ps(-0.0F), sign.v), magnitude.v)};
 }
-/** yes, or -no. */
-NEROVA_INLINE Float8 select_or_negative(Mask8 mask, Float8 yes, Float8 no) {
-  return select(mask, yes, {_mm256_xor_ps(no.v, _mm256_set1_ps(-0.0F))});
+/** -negative, or other. */
+NEROVA_INLINE Float8 negative_or_other(Mask8 mask, Float8 negative, Float8 other) {
+  return select(mask, {_mm256_xor_ps(negative.v, _mm256_set1_ps(-0.0F))}, other);
+}
+/** pi / 2 if the sign is negative, else 0; or other. */
+NEROVA_INLINE Float8 quarter_turn_if_negative(Mask8 mask, Float8 sign, Float8 other) {
+  const auto negative = _mm256_castsi256_ps(_mm256_srai_epi32(_mm256_castps_si256(sign.v), 31));
+  return select(mask, {_mm256_and_ps(negative, _mm256_set1_ps(1.5707964F))}, other);
 }
 
 struct Int8 {
   __m256i v;
 };
 
-NEROVA_INLINE Int8 operator+(Int8 a, Int8 b) { return {_mm256_add_epi32(a.v, b.v)}; }
-NEROVA_INLINE Int8 operator-(Int8 a, Int8 b) { return {_mm256_sub_epi32(a.v, b.v)}; }
-NEROVA_INLINE Float8 to_float(Int8 a) { return {_mm256_cvtepi32_ps(a.v)}; }
 NEROVA_INLINE Int8 round_to_int(Float8 a) { return {_mm256_cvtps_epi32(a.v)}; }
 
 /** Sixteen results in the order of their pixels. */
@@ -87,25 +95,31 @@ struct Step16 {
   using Results = Results16;
   static constexpr std::size_t pixels = 16;
 
-  /** Two vectors of 32-bit lanes, each a pair of samples: low half and high half. */
-  struct Pairs {
-    __m256i half[2];
+  /** 17 samples of a row: 0 to 15, and 1 to 16; taken out shifted. */
+  struct Samples {
+    __m256i own;
+    __m256i next;
 
-    NEROVA_INLINE Int low(int i) const { return {_mm256_and_si256(half[i], _mm256_set1_epi32(0xFFFF))}; }
-    NEROVA_INLINE Int high(int i) const { return {_mm256_srli_epi32(half[i], 16)}; }
+    /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an even column. */
+    NEROVA_INLINE Float even(int i) const { return shifted(i, _mm256_blend_epi16(own, next, 0xAA)); }
+    /** The other one. */
+    NEROVA_INLINE Float odd(int i) const { return shifted(i, _mm256_blend_epi16(next, own, 0xAA)); }
+    /** For each column k of vector i: the sample of column k. */
+    NEROVA_INLINE Float column(int i) const { return shifted(i, own); }
+    /** The sample of column k + 1. */
+    NEROVA_INLINE Float next_column(int i) const { return shifted(i, next); }
+
+   private:
+    NEROVA_INLINE static Float shifted(int i, __m256i samples) {
+      const __m256i above = _mm256_set1_epi16(sample_shift_bits >> 16);
+      return {
+          _mm256_castsi256_ps(i == 0 ? _mm256_unpacklo_epi16(samples, above) : _mm256_unpackhi_epi16(samples, above))};
+    }
   };
 
-  /** For each column k: the sample of columns k and k + 1 that lies in an even column, then the other. Reads 17. */
-  NEROVA_INLINE static Pairs load_channels(const std::uint16_t* samples) {
-    const __m256i own = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples));
-    const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples + 1));
-    return interleave(_mm256_blend_epi16(own, next, 0xAA), _mm256_blend_epi16(next, own, 0xAA));
-  }
-
-  /** For each column k: the samples of columns k and k + 1. Reads 17. */
-  NEROVA_INLINE static Pairs load_neighbours(const std::uint16_t* samples) {
-    return interleave(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples)),
-                      _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples + 1)));
+  NEROVA_INLINE static Samples load(const std::uint16_t* samples) {
+    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples)),
+            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples + 1))};
   }
 
   /** Even columns take the first weight, odd columns the second. */
@@ -126,11 +140,6 @@ struct Step16 {
     const __m256 high = _mm256_unpackhi_ps(first.v, second.v);
     _mm256_storeu_ps(to + 8 * i, _mm256_permute2f128_ps(low, high, 0x20));
     _mm256_storeu_ps(to + 8 * i + 16, _mm256_permute2f128_ps(low, high, 0x31));
-  }
-
- private:
-  NEROVA_INLINE static Pairs interleave(__m256i low, __m256i high) {
-    return {{_mm256_unpacklo_epi16(low, high), _mm256_unpackhi_epi16(low, high)}};
   }
 };
 

@@ -1,6 +1,7 @@
 #include "wide_frame.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "kernels/compute_pixel.h"
@@ -31,12 +32,29 @@ FrameConstants make_constants(const TransformParameters& parameters) {
   return {parameters.output_maximum, input.nearest, input.remainder, half_turn.nearest, half_turn.remainder};
 }
 
-/** The samples of one step and the right partner of its last pixel. */
-struct PaddedSamples {
+/**
+ * Whether every weight is 0 or of a magnitude from 2^-40 up to where a linear output would outgrow 32 bits. A Stokes
+ * parameter is then 0 or at least 2^-63, the last place of the smallest product, and below 2^31.
+ */
+bool ordinary_weights(const TransformParameters& parameters, MatrixRow matrices) {
+  constexpr float smallest = 0x1p-40F;
+  const float largest = 0x1p13F * std::min(1.0F, parameters.input_maximum / parameters.output_maximum);
+  for (int parity = 0; parity < 4; ++parity) {
+    const float* const weights = matrices[parity]->m;
+    if (!std::all_of(weights, weights + 12, [=](float weight) {
+          return weight == 0.0F || (std::abs(weight) >= smallest && std::abs(weight) < largest);
+        })) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/** The last samples of a row, mirrored at its right edge: a step and the right partner of its last pixel. */
+struct RowEnd {
   std::uint16_t samples[largest_step + 1] = {};
 
-  /** The last samples of a row, mirrored at its right edge. */
-  PaddedSamples(const std::uint16_t* from, std::size_t count) {
+  void copy(const std::uint16_t* from, std::size_t count) {
     std::memcpy(samples, from, count * sizeof(std::uint16_t));
     samples[count] = samples[count - 2];
   }
@@ -102,7 +120,9 @@ class WideFrame {
         views_(make_image_views(parameters)),
         constants_(make_constants(parameters)),
         width_(static_cast<std::size_t>(parameters.width)),
-        height_(static_cast<std::size_t>(parameters.height)) {
+        height_(static_cast<std::size_t>(parameters.height)),
+        step_pixels_(calibrated_wide_rows.step_pixels),
+        narrow_(width_ % 2 == 0 ? width_ < step_pixels_ : width_ <= step_pixels_) {
     const unsigned selection = pack_flags(kernel_flags(parameters, false)) % pixel_selection_count;
     compute_pixel_ = compute_pixel_table.routines[selection];
     const PolarPhase phase = std::max(parameters.phase, 0);
@@ -115,7 +135,8 @@ class WideFrame {
       // An odd row begins with the other polarizer of the first column: 0 and 45, 90 and 135 degrees share one.
       rows_[1] = tables[distinct_angle(phase ^ 1, outputs)]->rows[selection];
     } else {
-      rows_[0] = calibrated_wide_rows.rows[selection];
+      const bool ordinary = ordinary_weights(parameters, matrices);
+      rows_[0] = (ordinary ? ordinary_wide_rows : calibrated_wide_rows).rows[selection];
       rows_[1] = rows_[0];
     }
   }
@@ -126,13 +147,20 @@ class WideFrame {
       compute_by_pixels();
       return;
     }
-    const bool narrow = width_ % 2 == 0 ? width_ < wide_step_pixels : width_ <= wide_step_pixels;
+    // The end of a row is copied a row ahead of its use: read at once, it would have to wait for the copy.
+    RowEnd ends[2];
+    copy_end(0, ends[0]);
     for (std::size_t y = 0; y < height_; ++y) {
+      if (y + 1 < height_) {
+        copy_end(y + 1, ends[(y + 1) % 2]);
+      }
       const Row row = make_row(y);
-      if (narrow) {
-        compute_narrow(row);
+      const RowEnd& own_end = ends[y % 2];
+      const RowEnd& partner_end = ends[(y + 1) % 2];
+      if (narrow_) {
+        compute_narrow(row, own_end, partner_end);
       } else {
-        compute_wide(row);
+        compute_wide(row, own_end, partner_end);
       }
     }
     if (width_ % 2 != 0 || height_ % 2 != 0) {
@@ -158,31 +186,33 @@ class WideFrame {
                 {own, partner, row.element + first_column, pixels, row.even_matrix, row.odd_matrix});
   }
 
+  void copy_end(std::size_t y, RowEnd& end) const {
+    const std::size_t count = std::min(width_, step_pixels_);
+    end.copy(parameters_.input + (y + 1) * width_ - count, count);
+  }
+
   /** Whole steps while their right partners lie in the row; the last step overlaps the one before. */
-  void compute_wide(const Row& row) const {
-    const std::size_t whole_steps = (width_ - 1) / wide_step_pixels * wide_step_pixels;
+  void compute_wide(const Row& row, const RowEnd& own_end, const RowEnd& partner_end) const {
+    const std::size_t whole_steps = (width_ - 1) / step_pixels_ * step_pixels_;
     if (whole_steps != 0) {
       stretch(row, row.own, row.partner, 0, whole_steps);
     }
     if (width_ % 2 == 0) {
-      const std::size_t x = width_ - wide_step_pixels;
-      stretch(row, PaddedSamples(row.own + x, wide_step_pixels).samples,
-              PaddedSamples(row.partner + x, wide_step_pixels).samples, x, wide_step_pixels);
+      stretch(row, own_end.samples, partner_end.samples, width_ - step_pixels_, step_pixels_);
       return;
     }
     if (whole_steps != width_ - 1) {
-      const std::size_t x = width_ - 1 - wide_step_pixels;
-      stretch(row, row.own + x, row.partner + x, x, wide_step_pixels);
+      const std::size_t x = width_ - 1 - step_pixels_;
+      stretch(row, row.own + x, row.partner + x, x, step_pixels_);
     }
     compute_pixel(row.y, width_ - 1);
   }
 
   /** A row shorter than a step, computed beside the images and copied into them. */
-  void compute_narrow(const Row& row) const {
+  void compute_narrow(const Row& row, const RowEnd& own_end, const RowEnd& partner_end) const {
     StepOutputs outputs;
     row.compute(outputs.in_place_of(parameters_), constants_,
-                {PaddedSamples(row.own, width_).samples, PaddedSamples(row.partner, width_).samples, 0,
-                 wide_step_pixels, row.even_matrix, row.odd_matrix});
+                {own_end.samples, partner_end.samples, 0, step_pixels_, row.even_matrix, row.odd_matrix});
     outputs.copy_to(parameters_, row.element, width_);
   }
 
@@ -211,6 +241,8 @@ class WideFrame {
   FrameConstants constants_;
   std::size_t width_;
   std::size_t height_;
+  std::size_t step_pixels_;
+  bool narrow_;  ///< rows are shorter than a step
   ComputePixel compute_pixel_;
   WideRow rows_[2];  ///< by the row's parity
 };

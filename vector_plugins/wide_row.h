@@ -25,7 +25,7 @@ struct RowStretch {
   const std::uint16_t* own;              ///< samples of the row
   const std::uint16_t* partner;          ///< samples of the row below, or above for the last row
   std::size_t element;                   ///< of the first pixel in the outputs
-  std::size_t pixels;                    ///< a multiple of wide_step_pixels
+  std::size_t pixels;                    ///< a multiple of the step
   const CalibrationMatrix* even_matrix;  ///< for even columns
   const CalibrationMatrix* odd_matrix;
 };
@@ -36,6 +36,7 @@ using WideRow = void (*)(const TransformParameters& images, const FrameConstants
 /** By pixel selection index. */
 struct WideRowTable {
   WideRow rows[pixel_selection_count];
+  std::size_t step_pixels;  ///< that the code computes at a time; even, the same for all tables of a plugin
 };
 
 /**
@@ -47,10 +48,10 @@ extern const WideRowTable default_wide_rows_1;
 extern const WideRowTable default_wide_rows_2;
 extern const WideRowTable default_wide_rows_3;
 
+/** Code for all angles, where all weights are ordinary (see ordinary_weights()). */
+extern const WideRowTable ordinary_wide_rows;
+
 /** Code for any calibration and all angles. */
 extern const WideRowTable calibrated_wide_rows;
-
-/** Pixels that the code of this plugin computes at a time; even. */
-extern const std::size_t wide_step_pixels;
 
 }  // namespace nerova_zel

@@ -32,16 +32,25 @@ struct WideConstants {
   Divisor<Float> half_turn;  ///< 180 degrees
 };
 
-/** Where the default calibration is in force: sums and differences of samples. */
+/** Where every output but the degree fits into 32 bits, so that results may be clamped once they are narrow. */
 template <class Float>
-struct DefaultRules : WideConstants<Float> {
-  using Samples = SampleDifferences;
-
-  /** There is no NaN to be told from a large number, so that the results may be clamped once they are narrow. */
+struct FiniteRules : WideConstants<Float> {
   static constexpr bool clamps_results = true;
   NEROVA_INLINE static Float clamp(Float value) { return value; }
 
-  NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
+  NEROVA_INLINE Float rescale(Float value) const { return divide(value * this->output_maximum, this->input_maximum); }
+  NEROVA_INLINE Float scale_degrees(Float degrees) const {
+    return divide(degrees * this->output_maximum, this->half_turn);
+  }
+};
+
+/** Where the default calibration is in force: sums and differences of samples. */
+template <class Float>
+struct DefaultRules : FiniteRules<Float> {
+  using Samples = SampleDifferences;
+
+  /** At most twice the maximum, or NaN where no light is, which as an integer becomes 0. */
+  NEROVA_INLINE static Float clamp_degree(Float /*power*/, Float value) { return value; }
 
   /**
    * Two quotients by one reciprocal, each corrected by its exact remainder. Correctly rounded: s / p is the quotient of
@@ -56,11 +65,6 @@ struct DefaultRules : WideConstants<Float> {
     return {quotient(stokes.s1, stokes.power, reciprocal), quotient(stokes.s2, stokes.power, reciprocal)};
   }
 
-  NEROVA_INLINE Float rescale(Float value) const { return divide(value * this->output_maximum, this->input_maximum); }
-  NEROVA_INLINE Float scale_degrees(Float degrees) const {
-    return divide(degrees * this->output_maximum, this->half_turn);
-  }
-
  private:
   NEROVA_INLINE static Float quotient(Float a, Float b, Float reciprocal) {
     const Float near = a * reciprocal;
@@ -72,11 +76,14 @@ struct DefaultRules : WideConstants<Float> {
 template <class Float>
 struct CalibratedRules : WideConstants<Float> {
   using Samples = AnySamples;
+  static constexpr bool weights_are_ordinary = false;
 
   static constexpr bool clamps_results = false;
   NEROVA_INLINE Float clamp(Float value) const { return clamp_to_output(value, this->output_maximum); }
+  NEROVA_INLINE Float clamp_degree(Float power, Float value) const {
+    return nerova_zel::clamp_degree(power, value, this->output_maximum);
+  }
 
-  NEROVA_INLINE static Float power(Float sum) { return sum * Float::broadcast(0.5F); }
   NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {
     return divide_by_power(stokes);
   }
@@ -93,6 +100,20 @@ struct CalibratedRules : WideConstants<Float> {
    * infinity would become NaN. NaN stays; plus infinity becomes NaN, which gives the output maximum just as well.
    */
   NEROVA_INLINE static Float not_negative(Float value) { return max(Float::broadcast(0.0F), value); }
+};
+
+/** Where all weights are ordinary: the Stokes parameters are 0, or normal numbers by a wide margin. */
+template <class Float>
+struct OrdinaryRules : FiniteRules<Float> {
+  using Samples = OrdinarySamples;
+  static constexpr bool weights_are_ordinary = true;
+
+  NEROVA_INLINE Float clamp_degree(Float power, Float value) const {
+    return nerova_zel::clamp_degree(power, value, this->output_maximum);
+  }
+  NEROVA_INLINE static NormalizedStokes<Float> normalize(const LinearStokes<Float>& stokes) {
+    return divide_by_power(stokes);
+  }
 };
 
 }  // namespace

@@ -108,7 +108,7 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
 /** The rows that Rows::of<index>() names. */
 template <class Rows, unsigned... indices>
 constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
-  return {{Rows::template of<indices>()...}};
+  return {{Rows::template of<indices>()...}, Step::pixels};
 }
 
 template <class Rows>

@@ -48,16 +48,18 @@ NEROVA_INLINE Float4 select(Mask4 mask, Float4 yes, Float4 no) {
 }
 NEROVA_INLINE Float4 zero_if(Mask4 mask, Float4 a) { return {_mm_andnot_ps(mask.bits, a.v)}; }
 NEROVA_INLINE Float4 zero_if_nan(Float4 a) { return {_mm_and_ps(_mm_cmpord_ps(a.v, a.v), a.v)}; }
-NEROVA_INLINE Float4 zero_unless_negative(Float4 sign, Float4 a) {
-  return {_mm_and_ps(_mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(sign.v), 31)), a.v)};
-}
 /** The magnitude, not negative, with the sign of another value. */
 NEROVA_INLINE Float4 with_sign_of(Float4 sign, Float4 magnitude) {
   return {_mm_or_ps(_mm_and_ps(_mm_set1_ps(-0.0F), sign.v), magnitude.v)};
 }
-/** yes, or -no. */
-NEROVA_INLINE Float4 select_or_negative(Mask4 mask, Float4 yes, Float4 no) {
-  return select(mask, yes, {_mm_xor_ps(no.v, _mm_set1_ps(-0.0F))});
+/** -negative, or other. */
+NEROVA_INLINE Float4 negative_or_other(Mask4 mask, Float4 negative, Float4 other) {
+  return select(mask, {_mm_xor_ps(negative.v, _mm_set1_ps(-0.0F))}, other);
+}
+/** pi / 2 if the sign is negative, else 0; or other. */
+NEROVA_INLINE Float4 quarter_turn_if_negative(Mask4 mask, Float4 sign, Float4 other) {
+  const auto negative = _mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(sign.v), 31));
+  return select(mask, {_mm_and_ps(negative, _mm_set1_ps(1.5707964F))}, other);
 }
 
 /** Four samples as integers; sums and differences of samples are exact in them and in single precision. */

@@ -24,30 +24,42 @@ struct NormalizedStokes {
   Float s2;
 };
 
-/** Arctangent on -1..1 to 0.005 radian by an odd cubic. The coefficients are part of the result. */
+/** Arctangent on -1..1 to 0.005 radian by an odd cubic, in units of 1 / scale. The coefficients are part of the result.
+ */
 template <class Float>
-NEROVA_INLINE Float cubic_arctangent(Float t) {
-  const Float k1 = Float::broadcast(0.9723941F);
-  const Float k2 = Float::broadcast(-0.19194795F);
+NEROVA_INLINE Float cubic_arctangent(Float t, float scale) {
+  const Float k1 = Float::broadcast(scale * 0.9723941F);
+  const Float k2 = Float::broadcast(scale * -0.19194795F);
   return ((t * t) * k2 + k1) * t;
 }
 
 struct Radians {
   static constexpr float half_turn = 3.1415927F;
-  static constexpr float quarter_turn = 1.5707964F;
+  static constexpr float quarter_turn = half_turn / 2;
+  static constexpr float eighth_turn = half_turn / 4;
 };
 
+/** 90 / pi, one unit in the last place below the nearest float; part of the result. */
+constexpr float azimuth_degrees_of_stokes_radian = 28.647888F;
+
 /**
- * Angle of the Stokes vector, atan2(s2, s1) in radians, -pi..pi; for any values, infinities and NaN included. Near the
- * S1 axis the cubic takes s2 / s1, else its inverse; both quotients come from reciprocal estimates.
+ * Azimuth in degrees, 0..180: half the angle of the Stokes vector, atan2(s2, s1), turned by 90 degrees; for any values,
+ * infinities and NaN included. Near the S1 axis the cubic takes s2 / s1, else its inverse; both quotients come from
+ * reciprocal estimates.
  */
 struct AnySamples {
+  template <class Float>
+  NEROVA_INLINE static Float azimuth_degrees(Float s1, Float s2) {
+    return stokes_angle(s1, s2) * Float::broadcast(azimuth_degrees_of_stokes_radian) + Float::broadcast(90.0F);
+  }
+
+ private:
   template <class Float>
   NEROVA_INLINE static Float stokes_angle(Float s1, Float s2) {
     const Float zero = Float::broadcast(0.0F);
     const Float ratio = s2 * reciprocal_estimate(s1);
     const auto near_axis = abs(s2) < abs(s1);
-    const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)));
+    const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)), 1.0F);
     const Float turn = select(s2 >= zero, Float::broadcast(Radians::half_turn), Float::broadcast(-Radians::half_turn));
     const Float quarter =
         select(s2 > zero, Float::broadcast(Radians::quarter_turn), Float::broadcast(-Radians::quarter_turn));
@@ -57,35 +69,49 @@ struct AnySamples {
 };
 
 /**
- * The same angle where s1 and s2 are differences of samples: finite, and zero only as +0. Then signs stand for
+ * The same where quotients of s1 and s2 are normal numbers, 0 or infinite, and s2 is not -0. Then signs stand for
  * comparisons, only s1 = s2 = 0 yields NaN on the way, and the cubic, which is odd, may take a negated argument.
+ * Halving the angle first, which is exact, leaves a quarter turn for its largest constant: one that AVX-512 has at
+ * hand.
  */
-struct SampleDifferences {
+struct OrdinarySamples {
   template <class Float>
-  NEROVA_INLINE static Float stokes_angle(Float s1, Float s2) {
+  NEROVA_INLINE static Float azimuth_degrees(Float s1, Float s2) {
+    const Float positive_zero = Float::broadcast(0.0F);
+    return azimuth_degrees(abs(s2) < abs(s1), s1, s2 + positive_zero);
+  }
+
+ protected:
+  template <class Mask, class Float>
+  NEROVA_INLINE static Float azimuth_degrees(Mask near_axis, Float s1, Float s2) {
+    return half_stokes_angle(near_axis, s1, s2) * Float::broadcast(2 * azimuth_degrees_of_stokes_radian) +
+           Float::broadcast(90.0F);
+  }
+
+ private:
+  template <class Mask, class Float>
+  NEROVA_INLINE static Float half_stokes_angle(Mask near_axis, Float s1, Float s2) {
     const Float ratio = s2 * reciprocal_estimate(s1);
-    // As the magnitudes compare: squares of integers below 2^16 lie further apart than their rounding reaches. The
-    // degree needs them too.
-    const auto near_axis = s2 * s2 < s1 * s1;
-    const Float arc = cubic_arctangent(select_or_negative(near_axis, ratio, reciprocal_estimate(ratio)));
-    const Float turn = zero_unless_negative(s1, Float::broadcast(Radians::half_turn));
-    const Float start = with_sign_of(s2, select(near_axis, turn, Float::broadcast(Radians::quarter_turn)));
-    return zero_if_nan(start + arc);
+    const Float negative_arc = cubic_arctangent(negative_or_other(near_axis, ratio, reciprocal_estimate(ratio)), 0.5F);
+    const Float start = quarter_turn_if_negative(near_axis, s1, Float::broadcast(Radians::eighth_turn));
+    return zero_if_nan(with_sign_of(s2, start) - negative_arc);
   }
 };
 
-/** Azimuth in degrees, 0..180: half the Stokes angle, turned by 90 degrees. */
-template <class Float>
-NEROVA_INLINE Float azimuth_degrees(Float stokes_angle) {
-  // 90 / pi, one unit in the last place below the nearest float; part of the result.
-  return stokes_angle * Float::broadcast(28.647888F) + Float::broadcast(90.0F);
-}
+/** The same where s1 and s2 are differences of samples: integers below 2^16, and zero only as +0. */
+struct SampleDifferences : OrdinarySamples {
+  template <class Float>
+  NEROVA_INLINE static Float azimuth_degrees(Float s1, Float s2) {
+    // As the magnitudes compare: squares of such integers lie further apart than their rounding reaches. The degree
+    // needs them too.
+    return OrdinarySamples::azimuth_degrees(s2 * s2 < s1 * s1, s1, s2);
+  }
+};
 
-/** sqrt(s1^2 + s2^2) / power by a reciprocal estimate; 0 where the power is 0. */
+/** sqrt(s1^2 + s2^2) / power by a reciprocal estimate; infinite or NaN where the power is 0. */
 template <class Float>
 NEROVA_INLINE Float degree_of_linear_polarization(const LinearStokes<Float>& stokes) {
-  const Float polarized = sqrt(stokes.s1 * stokes.s1 + stokes.s2 * stokes.s2);
-  return zero_if(stokes.power == Float::broadcast(0.0F), polarized * reciprocal_estimate(stokes.power));
+  return sqrt(stokes.s1 * stokes.s1 + stokes.s2 * stokes.s2) * reciprocal_estimate(stokes.power);
 }
 
 template <class Float>
@@ -102,6 +128,12 @@ NEROVA_INLINE Float clamp_to_output(Float value, Float maximum) {
   } else {
     return max(limited, Float::broadcast(0.0F));
   }
+}
+
+/** The degree's output, given it in units of the output; 0 where the power is 0. */
+template <class Float>
+NEROVA_INLINE Float clamp_degree(Float power, Float value, Float maximum) {
+  return clamp_to_output(zero_if(power == Float::broadcast(0.0F), value), maximum);
 }
 
 /** The rules of pixels computed one by one: exact half, true divisions, any calibration. */
@@ -121,6 +153,9 @@ struct PixelRules {
     return (degrees * output_maximum) / Float::broadcast(180.0F);
   }
   NEROVA_INLINE Float clamp(Float value) const { return clamp_to_output(value, output_maximum); }
+  NEROVA_INLINE Float clamp_degree(Float power, Float value) const {
+    return nerova_zel::clamp_degree(power, value, output_maximum);
+  }
 };
 
 /** The rules of the built-in blocks: default calibration, and estimates prepared once per frame for divisions. */
@@ -140,6 +175,9 @@ struct BlockRules {
   NEROVA_INLINE Float rescale(Float value) const { return (value * output_maximum) * input_reciprocal; }
   NEROVA_INLINE Float scale_degrees(Float degrees) const { return degrees * azimuth_scale; }
   NEROVA_INLINE Float clamp(Float value) const { return clamp_to_output(value, output_maximum); }
+  NEROVA_INLINE Float clamp_degree(Float power, Float value) const {
+    return nerova_zel::clamp_degree(power, value, output_maximum);
+  }
 };
 
 template <bool equal_maximum, class Rules, class Float>
@@ -196,12 +234,12 @@ NEROVA_INLINE void compute_outputs(const Rules& rules, const LinearStokes<Float>
     target.template store<output_diagonal>(linear_output<equal_maximum>(rules, stokes.s2));
   }
   if constexpr ((outputs & output_azimuth) != 0) {
-    const Float degrees = azimuth_degrees(Rules::Samples::stokes_angle(stokes.s1, stokes.s2));
+    const Float degrees = Rules::Samples::azimuth_degrees(stokes.s1, stokes.s2);
     target.template store<output_azimuth>(rules.clamp(rules.scale_degrees(degrees)));
   }
   if constexpr ((outputs & output_degree) != 0) {
     const Float degree = degree_of_linear_polarization(stokes) * rules.output_maximum;
-    target.template store<output_degree>(rules.clamp(degree));
+    target.template store<output_degree>(rules.clamp_degree(stokes.power, degree));
   }
 }
 

@@ -1,0 +1,12 @@
+#pragma once
+
+// Samples in lanes of floats as the sum of a sample and 2^23: with 0x4B00 above its 16 bits a sample is that float, no
+// conversion needed, and differences of such floats are differences of samples, exact.
+namespace nerova_zel {
+namespace {
+
+constexpr float sample_shift = 8388608.0F;
+constexpr unsigned sample_shift_bits = 0x4B000000;
+
+}  // namespace
+}  // namespace nerova_zel
