@@ -7,25 +7,23 @@ namespace nerova_zel {
 namespace {
 
 /**
- * The weights of one row of the matrices, for even and odd columns in turn; columns as in CalibrationMatrix.
+ * The weights of one row of the matrices for vector i of a step; columns as in CalibrationMatrix.
  * Fused: products of shifted samples, rounded once, less the shift's share; equal but for the sign of a zero, and only
  * for ordinary weights.
  */
-template <bool fused>
+template <class Step, bool fused>
 struct Weights {
   Float column[4];
   Float shift[4];
 
   /** In units of 1 / scale, a power of 2. */
-  NEROVA_INLINE static Weights of(const RowStretch& stretch, std::size_t row, float scale) {
-    Weights weights;
-    const float* even = stretch.even_matrix->m + 4 * row;
-    const float* odd = stretch.odd_matrix->m + 4 * row;
-    for (std::size_t i = 0; i < 4; ++i) {
-      weights.column[i] = Step::alternate(scale * even[i], scale * odd[i]);
-      weights.shift[i] = weights.column[i] * Float::broadcast(-sample_shift);
+  NEROVA_INLINE Weights(const RowStretch& stretch, std::size_t row, float scale, int i) {
+    const float* const even = stretch.even_matrix->m + 4 * row;
+    const float* const odd = stretch.odd_matrix->m + 4 * row;
+    for (std::size_t k = 0; k < 4; ++k) {
+      column[k] = Step::alternate(i, scale * even[k], scale * odd[k]);
+      shift[k] = column[k] * Float::broadcast(-sample_shift);
     }
-    return weights;
   }
 
   /** The grouping of the sums is part of the result. */
@@ -34,62 +32,52 @@ struct Weights {
   }
 
  private:
-  NEROVA_INLINE Float product(const Float (&shifted)[4], std::size_t i) const {
+  NEROVA_INLINE Float product(const Float (&shifted)[4], std::size_t k) const {
     if constexpr (fused) {
-      return fused_multiply_add(shifted[i], column[i], shift[i]);
+      return fused_multiply_add(shifted[k], column[k], shift[k]);
     } else {
-      return (shifted[i] - Float::broadcast(sample_shift)) * column[i];
+      return (shifted[k] - Float::broadcast(sample_shift)) * column[k];
     }
   }
 };
 
-template <bool ordinary, bool fused>
-struct CalibratedSource {
-  struct Samples {
-    Step::Samples own;
-    Step::Samples partner;
-  };
-
-  using RowWeights = Weights<fused>;
-
-  RowWeights sum;
-  RowWeights s1;
-  RowWeights s2;
-
+/** Weighed samples; ordinary weights of the sum are halved beforehand. */
+template <class Step, bool ordinary, bool fused>
+class CalibratedSource {
+ public:
   NEROVA_INLINE explicit CalibratedSource(const RowStretch& stretch)
-      : sum(RowWeights::of(stretch, 0, ordinary ? 0.5F : 1.0F)),
-        s1(RowWeights::of(stretch, 1, 1.0F)),
-        s2(RowWeights::of(stretch, 2, 1.0F)) {}
+      : vectors_{VectorWeights(stretch, 0), VectorWeights(stretch, 1)} {}
 
-  NEROVA_INLINE static Samples load(const std::uint16_t* own, const std::uint16_t* partner) {
-    return {Step::load(own), Step::load(partner)};
-  }
-
-  NEROVA_INLINE LinearStokes<Float> stokes(const Samples& samples, int i) const {
+  NEROVA_INLINE LinearStokes<Float> stokes(const StepSamples<Step>& samples, int i) const {
     const Float shifted[4] = {samples.own.column(i), samples.own.next_column(i), samples.partner.column(i),
                               samples.partner.next_column(i)};
-    return {power(sum.weigh(shifted)), s1.weigh(shifted), s2.weigh(shifted)};
+    const VectorWeights& weights = vectors_[i];
+    const Float sum = weights.sum.weigh(shifted);
+    return {ordinary ? sum : sum * Float::broadcast(0.5F), weights.s1.weigh(shifted), weights.s2.weigh(shifted)};
   }
 
  private:
-  /** Ordinary weights are halved beforehand. */
-  NEROVA_INLINE static Float power(Float weighed) {
-    if constexpr (ordinary) {
-      return weighed;
-    } else {
-      return weighed * Float::broadcast(0.5F);
-    }
-  }
+  struct VectorWeights {
+    Weights<Step, fused> sum;
+    Weights<Step, fused> s1;
+    Weights<Step, fused> s2;
+
+    NEROVA_INLINE VectorWeights(const RowStretch& stretch, int i)
+        : sum(stretch, 0, ordinary ? 0.5F : 1.0F, i), s1(stretch, 1, 1.0F, i), s2(stretch, 2, 1.0F, i) {}
+  };
+
+  VectorWeights vectors_[2];
 };
 
 template <bool equal_maximum, OutputSet outputs>
 void calibrated_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = NEROVA_RULES<Float>;
+  using Step = StepFor<few_results<Rules>(outputs)>;
   constexpr bool ordinary = Rules::weights_are_ordinary;
   // The signs of zeros are seen in the quotients only.
   constexpr bool fused = ordinary && (outputs & output_normalized_stokes) == 0;
-  compute_stretch<equal_maximum, outputs, Rules>(images, constants, stretch,
-                                                 CalibratedSource<ordinary, fused>(stretch));
+  compute_stretch<Step, equal_maximum, outputs, Rules>(images, constants, stretch,
+                                                       CalibratedSource<Step, ordinary, fused>(stretch));
 }
 
 struct CalibratedRows {

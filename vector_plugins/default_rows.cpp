@@ -10,16 +10,8 @@ namespace {
 /** Sums and differences of the samples by polarizer, exact. */
 template <PolarPhase first_angle>
 struct DefaultSource {
-  struct Samples {
-    Step::Samples own;
-    Step::Samples partner;
-  };
-
-  NEROVA_INLINE static Samples load(const std::uint16_t* own, const std::uint16_t* partner) {
-    return {Step::load(own), Step::load(partner)};
-  }
-
-  NEROVA_INLINE static LinearStokes<Float> stokes(const Samples& samples, int i) {
+  template <class Step>
+  NEROVA_INLINE static LinearStokes<Float> stokes(const StepSamples<Step>& samples, int i) {
     const Channels<Float> upper = {samples.own.even(i), samples.own.odd(i)};
     const Channels<Float> lower = {samples.partner.even(i), samples.partner.odd(i)};
     const Differences<Float> differences = polarizer_differences<first_angle>(upper, lower);
@@ -27,17 +19,20 @@ struct DefaultSource {
   }
 
  private:
+  /** Grouped so that vectors which share their odd samples share their sum. */
   NEROVA_INLINE static Float half_sum(const Channels<Float>& upper, const Channels<Float>& lower) {
-    const Float four_shifts = add_bits(add_bits(upper.even, upper.odd), add_bits(lower.even, lower.odd));
-    const Float one_shift = add_bits(four_shifts, Float::broadcast_bits(-3U * sample_shift_bits));
+    const Float three_shifts_less = Float::broadcast_bits(-3U * sample_shift_bits);
+    const Float odd = add_bits(add_bits(upper.odd, lower.odd), three_shifts_less);
+    const Float one_shift = add_bits(add_bits(upper.even, lower.even), odd);
     return fused_multiply_add(one_shift, Float::broadcast(0.5F), Float::broadcast(-0.5F * sample_shift));
   }
 };
 
 template <PolarPhase first_angle, bool equal_maximum, OutputSet outputs>
 void default_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
-  compute_stretch<equal_maximum, outputs, DefaultRules<Float>>(images, constants, stretch,
-                                                               DefaultSource<first_angle>());
+  using Rules = DefaultRules<Float>;
+  compute_stretch<StepFor<few_results<Rules>(outputs)>, equal_maximum, outputs, Rules>(images, constants, stretch,
+                                                                                       DefaultSource<first_angle>());
 }
 
 struct DefaultRows {

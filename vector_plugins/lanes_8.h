@@ -6,9 +6,8 @@
 #include <cstdint>
 
 #include "kernels/always_inline.h"
-#include "shifted_samples.h"
 
-// Eight lanes with AVX2 and FMA; two vectors of them, 16 pixels, make a step.
+// Eight lanes with AVX2 and FMA.
 namespace nerova_zel {
 namespace {
 
@@ -73,77 +72,6 @@ struct Int8 {
 };
 
 NEROVA_INLINE Int8 round_to_int(Float8 a) { return {_mm256_cvtps_epi32(a.v)}; }
-
-/** Sixteen results in the order of their pixels. */
-struct Results16 {
-  __m256i v;
-
-  NEROVA_INLINE static Results16 broadcast(std::uint16_t value) {
-    return {_mm256_set1_epi16(static_cast<std::int16_t>(value))};
-  }
-};
-
-NEROVA_INLINE Results16 min(Results16 a, Results16 b) { return {_mm256_min_epu16(a.v, b.v)}; }
-
-/**
- * How a row of samples comes into lanes, how results leave, and how many pixels that makes at a time. Vector 0 of a
- * step holds pixels 0 to 3 and 8 to 11, vector 1 the others: the order in which AVX2 widens and narrows.
- */
-struct Step16 {
-  using Float = Float8;
-  using Int = Int8;
-  using Results = Results16;
-  static constexpr std::size_t pixels = 16;
-
-  /** 17 samples of a row: 0 to 15, and 1 to 16; taken out shifted. */
-  struct Samples {
-    __m256i own;
-    __m256i next;
-
-    /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an even column. */
-    NEROVA_INLINE Float even(int i) const { return shifted(i, _mm256_blend_epi16(own, next, 0xAA)); }
-    /** The other one. */
-    NEROVA_INLINE Float odd(int i) const { return shifted(i, _mm256_blend_epi16(next, own, 0xAA)); }
-    /** For each column k of vector i: the sample of column k. */
-    NEROVA_INLINE Float column(int i) const { return shifted(i, own); }
-    /** The sample of column k + 1. */
-    NEROVA_INLINE Float next_column(int i) const { return shifted(i, next); }
-
-   private:
-    NEROVA_INLINE static Float shifted(int i, __m256i samples) {
-      const __m256i above = _mm256_set1_epi16(sample_shift_bits >> 16);
-      return {
-          _mm256_castsi256_ps(i == 0 ? _mm256_unpacklo_epi16(samples, above) : _mm256_unpackhi_epi16(samples, above))};
-    }
-  };
-
-  NEROVA_INLINE static Samples load(const std::uint16_t* samples) {
-    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples)),
-            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples + 1))};
-  }
-
-  /** Even columns take the first weight, odd columns the second. */
-  NEROVA_INLINE static Float alternate(float even, float odd) {
-    return {_mm256_blend_ps(_mm256_set1_ps(even), _mm256_set1_ps(odd), 0xAA)};
-  }
-
-  /** Saturates to 0..65535. */
-  NEROVA_INLINE static Results narrow(Int first, Int second) { return {_mm256_packus_epi32(first.v, second.v)}; }
-
-  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), results.v);
-  }
-
-  /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places. */
-  NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
-    const __m256 low = _mm256_unpacklo_ps(first.v, second.v);
-    const __m256 high = _mm256_unpackhi_ps(first.v, second.v);
-    _mm256_storeu_ps(to + 8 * i, _mm256_permute2f128_ps(low, high, 0x20));
-    _mm256_storeu_ps(to + 8 * i + 16, _mm256_permute2f128_ps(low, high, 0x31));
-  }
-};
-
-using Step = Step16;
 
 }  // namespace
 }  // namespace nerova_zel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include NEROVA_LANES  // the lanes of one instruction set
+#include NEROVA_STEP  // the lanes of one instruction set, and how samples come into them and results leave
 
 #include <utility>
 
@@ -13,16 +13,22 @@
 namespace nerova_zel {
 namespace {
 
-using Float = Step::Float;
-using Int = Step::Int;
+using Float = StepFor<false>::Float;
 
-/** The 16-bit results of the first vector of a step, until the second one's join them. */
+/** Whether the outputs are at most two of the 16-bit ones, clamped once they are narrow. */
+template <class Rules>
+constexpr bool few_results(OutputSet outputs) {
+  const auto without_last = [](OutputSet set) { return set & (set - 1); };
+  return Rules::clamps_results && (outputs & output_normalized_stokes) == 0 && without_last(without_last(outputs)) == 0;
+}
+
+/** The 16-bit outputs of the first vector of a step, until the second one's join them. */
 struct PendingOutputs {
-  Int total_power;
-  Int horizontal_vertical;
-  Int diagonal;
-  Int azimuth;
-  Int degree_of_linear_polarization;
+  Float total_power;
+  Float horizontal_vertical;
+  Float diagonal;
+  Float azimuth;
+  Float degree_of_linear_polarization;
 };
 
 /**
@@ -39,10 +45,10 @@ NEROVA_INLINE void prepare_to_write(const void* to) {
 }
 
 /** Where the results of vector 0 or 1 of a step go. */
-template <class Rules, std::size_t vector>
+template <class Step, class Rules, int vector>
 struct StepTarget {
   const TransformParameters& images;
-  const Step::Results& output_maximum;
+  const OutputMaximum& maximum;
   std::size_t element;
   PendingOutputs& waiting;
 
@@ -56,20 +62,24 @@ struct StepTarget {
   template <OutputSet output>
   NEROVA_INLINE void store(Float value) const {
     if constexpr (vector == 0) {
-      pending<output>() = round_to_int(value);
+      pending<output>() = value;
     } else {
       prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(image_of<output>(images) + element);
-      Step::Results results = Step::narrow(pending<output>(), round_to_int(value));
-      if constexpr (Rules::clamps_results) {
-        results = min(results, output_maximum);
-      }
-      Step::store_outputs(image_of<output>(images) + element, results);
+      Step::store_outputs(image_of<output>(images) + element, narrow(pending<output>(), value));
     }
   }
 
  private:
+  NEROVA_INLINE typename Step::Results narrow(Float first, Float second) const {
+    if constexpr (Rules::clamps_results) {
+      return Step::narrow(first, second, maximum);
+    } else {
+      return Step::narrow(first, second);
+    }
+  }
+
   template <OutputSet output>
-  NEROVA_INLINE Int& pending() const {
+  NEROVA_INLINE Float& pending() const {
     return choose<output>(waiting.total_power, waiting.horizontal_vertical, waiting.diagonal, waiting.azimuth,
                           waiting.degree_of_linear_polarization);
   }
@@ -86,29 +96,36 @@ NEROVA_INLINE Rules make_rules(const FrameConstants& constants) {
   return rules;
 }
 
-/** Walks a stretch. Source gives the Stokes parameters of vector i of the step at some samples of two rows. */
-template <bool equal_maximum, OutputSet outputs, class Rules, class Source>
+/** The samples of a step of two rows. */
+template <class Step>
+struct StepSamples {
+  typename Step::Samples own;
+  typename Step::Samples partner;
+};
+
+/** Walks a stretch. Source gives the Stokes parameters of vector i of a step. */
+template <class Step, bool equal_maximum, OutputSet outputs, class Rules, class Source>
 NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const FrameConstants& constants,
                                    const RowStretch& stretch, const Source& source) {
   const auto rules = make_rules<Rules>(constants);
-  const auto output_maximum = Step::Results::broadcast(static_cast<std::uint16_t>(constants.output_maximum));
+  const OutputMaximum maximum(constants.output_maximum);
   // A copy the stores below cannot alias, so that the pointers in it stay in registers.
   const TransformParameters images = parameters;
   for (std::size_t x = 0; x < stretch.pixels; x += Step::pixels) {
-    const auto samples = source.load(stretch.own + x, stretch.partner + x);
+    const StepSamples<Step> samples = {Step::load(stretch.own + x), Step::load(stretch.partner + x)};
     PendingOutputs waiting;
     const std::size_t element = stretch.element + x;
     compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 0),
-                                            StepTarget<Rules, 0>{images, output_maximum, element, waiting});
+                                            StepTarget<Step, Rules, 0>{images, maximum, element, waiting});
     compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 1),
-                                            StepTarget<Rules, 1>{images, output_maximum, element, waiting});
+                                            StepTarget<Step, Rules, 1>{images, maximum, element, waiting});
   }
 }
 
 /** The rows that Rows::of<index>() names. */
 template <class Rows, unsigned... indices>
 constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
-  return {{Rows::template of<indices>()...}, Step::pixels};
+  return {{Rows::template of<indices>()...}, StepFor<false>::pixels};
 }
 
 template <class Rows>

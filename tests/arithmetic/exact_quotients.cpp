@@ -2,7 +2,7 @@
 // every integer S1 or S2 over every sum of four samples, and every mantissa over every divisor. Compiled with the lanes
 // and the flags of one instruction set.
 
-#include NEROVA_LANES
+#include NEROVA_STEP
 
 #include <cstdint>
 #include <cstdio>
@@ -12,7 +12,7 @@
 namespace nerova_zel {
 namespace {
 
-using Float = Step::Float;
+using Float = StepFor<false>::Float;
 constexpr int lanes = sizeof(Float) / sizeof(float);
 constexpr int largest_sample = 65535;
 

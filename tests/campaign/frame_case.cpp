@@ -1,5 +1,6 @@
 #include "campaign/frame_case.h"
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <sstream>
@@ -10,8 +11,8 @@ namespace {
 
 constexpr std::array<const char*, static_cast<std::size_t>(SampleKind::Count)> sample_kind_names = {
     "zeros", "saturated", "65535", "uniform", "ramp", "few values", "equal neighbours", "within depth", "above depth"};
-constexpr std::array<const char*, static_cast<std::size_t>(MatrixKind::Count)> matrix_kind_names = {"default", "border",
-                                                                                                    "mild", "hostile"};
+constexpr std::array<const char*, static_cast<std::size_t>(MatrixKind::Count)> matrix_kind_names = {
+    "default", "border", "mild", "wide", "hostile"};
 
 int full_scale(int bit_depth) { return (1 << bit_depth) - 1; }
 
@@ -26,6 +27,16 @@ void flip_one_bit(CalibrationMatrices& matrices, Random& random) {
 void make_mild(CalibrationMatrix& matrix, Random& random) {
   for (float& entry : matrix) {
     entry += static_cast<float>(random.between(-1000, 1000)) / 8192.0F;
+  }
+}
+
+/** Exponents from one end, or both, of those that wide code treats as ordinary to just beyond them. */
+void make_wide(CalibrationMatrix& matrix, int lowest_exponent, int highest_exponent, Random& random) {
+  for (float& entry : matrix) {
+    const float sign = random.one_in(2) ? 1.0F : -1.0F;
+    const float mantissa = 1.0F + static_cast<float>(random.between(0, 8191)) / 8192.0F;
+    entry =
+        random.one_in(4) ? sign * 0.0F : sign * std::ldexp(mantissa, random.between(lowest_exponent, highest_exponent));
   }
 }
 
@@ -132,9 +143,13 @@ CalibrationMatrices make_matrices(const FrameCase& frame_case) {
   if (frame_case.matrices == MatrixKind::Border) {
     flip_one_bit(matrices, random);
   }
+  const int lowest_exponent = random.one_in(2) ? -41 : random.between(-41, 14);
+  const int highest_exponent = random.one_in(2) ? lowest_exponent : random.between(lowest_exponent, 14);
   for (CalibrationMatrix& matrix : matrices) {
     if (frame_case.matrices == MatrixKind::Mild) {
       make_mild(matrix, random);
+    } else if (frame_case.matrices == MatrixKind::Wide) {
+      make_wide(matrix, lowest_exponent, highest_exponent, random);
     } else if (frame_case.matrices == MatrixKind::Hostile) {
       make_hostile(matrix, random);
     }

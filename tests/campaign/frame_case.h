@@ -44,6 +44,7 @@ enum class MatrixKind {
   Default,
   Border,   // the default ones, with one bit of one entry flipped: the lowest or the sign
   Mild,     // a real calibration: near the default ones
+  Wide,     // magnitudes far apart, and zeros of both signs
   Hostile,  // rows of special values, zero rows and rows of the default matrices mixed
   Count
 };
