@@ -69,26 +69,21 @@ class CalibratedSource {
   VectorWeights vectors_[2];
 };
 
-template <bool equal_maximum, OutputSet outputs>
+template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
 void calibrated_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = NEROVA_RULES<Float>;
   using Step = StepFor<few_results<Rules>(outputs)>;
   constexpr bool ordinary = Rules::weights_are_ordinary;
   // The signs of zeros are seen in the quotients only.
   constexpr bool fused = ordinary && (outputs & output_normalized_stokes) == 0;
-  compute_stretch<Step, equal_maximum, outputs, Rules>(images, constants, stretch,
-                                                       CalibratedSource<Step, ordinary, fused>(stretch));
+  compute_stretch<Step, equal_maximum, outputs, streams_pairs, Rules>(images, constants, stretch,
+                                                                      CalibratedSource<Step, ordinary, fused>(stretch));
 }
 
 struct CalibratedRows {
-  template <unsigned index>
+  template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
   static constexpr WideRow of() {
-    constexpr PixelSelection selection = pixel_selection(index);
-    if constexpr (selection.outputs != 0) {
-      return calibrated_row<selection.equal_maximum, selection.outputs>;
-    } else {
-      return nullptr;
-    }
+    return calibrated_row<equal_maximum, outputs, streams_pairs>;
   }
 };
 

@@ -28,20 +28,18 @@ struct DefaultSource {
   }
 };
 
-template <PolarPhase first_angle, bool equal_maximum, OutputSet outputs>
+template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
 void default_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = DefaultRules<Float>;
-  compute_stretch<StepFor<few_results<Rules>(outputs)>, equal_maximum, outputs, Rules>(images, constants, stretch,
-                                                                                       DefaultSource<first_angle>());
+  compute_stretch<StepFor<few_results<Rules>(outputs)>, equal_maximum, outputs, streams_pairs, Rules>(
+      images, constants, stretch, DefaultSource<NEROVA_FIRST_ANGLE>());
 }
 
 struct DefaultRows {
-  template <unsigned index>
+  template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
   static constexpr WideRow of() {
-    constexpr PixelSelection selection = pixel_selection(index);
-    if constexpr (selection.outputs != 0 &&
-                  distinct_angle(NEROVA_FIRST_ANGLE, selection.outputs) == NEROVA_FIRST_ANGLE) {
-      return default_row<NEROVA_FIRST_ANGLE, selection.equal_maximum, selection.outputs>;
+    if constexpr (distinct_angle(NEROVA_FIRST_ANGLE, outputs) == NEROVA_FIRST_ANGLE) {
+      return default_row<equal_maximum, outputs, streams_pairs>;
     } else {
       return nullptr;
     }

@@ -2,6 +2,7 @@
 
 #include "lanes_8.h"
 #include "shifted_samples.h"
+#include "store_eight.h"
 
 // Two vectors of eight lanes, 16 pixels, make a step.
 namespace nerova_zel {
@@ -78,12 +79,13 @@ struct Step16 {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), results.v);
   }
 
-  /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places. */
+  /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places, past the caches if wanted. */
+  template <bool streams>
   NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
     const __m256 low = _mm256_unpacklo_ps(first.v, second.v);
     const __m256 high = _mm256_unpackhi_ps(first.v, second.v);
-    _mm256_storeu_ps(to + 8 * i, _mm256_permute2f128_ps(low, high, 0x20));
-    _mm256_storeu_ps(to + 8 * i + 16, _mm256_permute2f128_ps(low, high, 0x31));
+    store_eight<streams>(to + 8 * i, _mm256_permute2f128_ps(low, high, 0x20));
+    store_eight<streams>(to + 8 * i + 16, _mm256_permute2f128_ps(low, high, 0x31));
   }
 };
 

@@ -4,6 +4,7 @@
 
 #include "lanes_16.h"
 #include "shifted_samples.h"
+#include "store_eight.h"
 
 // Two vectors of sixteen lanes, 32 pixels, make a step.
 namespace nerova_zel {
@@ -90,18 +91,20 @@ struct Step32 {
 
   NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) { _mm512_storeu_si512(to, results.v); }
 
-  /** Stores the (first, second) pairs of vector i of a step: 32 floats in four places. */
+  /** Stores the (first, second) pairs of vector i of a step: 32 floats in four places, past the caches if wanted. */
+  template <bool streams>
   NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
     const __m512i low = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
     const __m512i high = _mm512_add_epi32(low, _mm512_set1_epi32(8));
-    store_halves(to + 8 * i, _mm512_permutex2var_ps(first.v, low, second.v));
-    store_halves(to + 8 * i + 32, _mm512_permutex2var_ps(first.v, high, second.v));
+    store_halves<streams>(to + 8 * i, _mm512_permutex2var_ps(first.v, low, second.v));
+    store_halves<streams>(to + 8 * i + 32, _mm512_permutex2var_ps(first.v, high, second.v));
   }
 
  private:
+  template <bool streams>
   NEROVA_INLINE static void store_halves(float* to, __m512 pairs) {
-    _mm256_storeu_ps(to, _mm512_castps512_ps256(pairs));
-    _mm256_storeu_ps(to + 16, _mm512_extractf32x8_ps(pairs, 1));
+    store_eight<streams>(to, _mm512_castps512_ps256(pairs));
+    store_eight<streams>(to + 16, _mm512_extractf32x8_ps(pairs, 1));
   }
 };
 

@@ -1,5 +1,7 @@
 #include "wide_frame.h"
 
+#include <xmmintrin.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -14,6 +16,11 @@ namespace nerova_zel {
 namespace {
 
 constexpr std::size_t largest_step = 32;
+constexpr std::size_t cache_line = 64;
+constexpr std::size_t pair_bytes = 2 * sizeof(float);
+
+/** From here on an image of Stokes pairs, 8 MiB, takes less time when it bypasses the caches. */
+constexpr std::size_t fewest_streamed_pixels = std::size_t{1} << 20U;
 
 /** A reciprocal as the sum of two floats. */
 struct SplitReciprocal {
@@ -100,13 +107,23 @@ struct StepOutputs {
   }
 };
 
+/** The code of a row, and the same with streamed pairs or NULL. */
+struct RowCode {
+  WideRow plain;
+  WideRow streaming;
+
+  static RowCode of(const WideRowTable& table, unsigned selection, bool streams) {
+    return {table.rows[selection], streams ? table.streaming_rows[selection] : nullptr};
+  }
+};
+
 /** One row with its partner row: the one below, or the one above for the last row. */
 struct Row {
   std::size_t y;
   const std::uint16_t* own;
   const std::uint16_t* partner;
   std::size_t element;  ///< of its first pixel
-  WideRow compute;
+  RowCode code;
   const CalibrationMatrix* even_matrix;
   const CalibrationMatrix* odd_matrix;
 };
@@ -126,18 +143,19 @@ class WideFrame {
     const unsigned selection = pack_flags(kernel_flags(parameters, false)) % pixel_selection_count;
     compute_pixel_ = compute_pixel_table.routines[selection];
     const PolarPhase phase = std::max(parameters.phase, 0);
+    const bool streams = width_ * height_ >= fewest_streamed_pixels;
     // Below a full scale of 7 a power may outgrow 32 bits before it is clamped.
     if (is_default_calibration(phase, matrices) && parameters.bit_depth >= 3) {
       static constexpr const WideRowTable* tables[phase_count] = {&default_wide_rows_0, &default_wide_rows_1,
                                                                   &default_wide_rows_2, &default_wide_rows_3};
       const OutputSet outputs = pixel_selection(selection).outputs;
-      rows_[0] = tables[distinct_angle(phase, outputs)]->rows[selection];
+      code_[0] = RowCode::of(*tables[distinct_angle(phase, outputs)], selection, streams);
       // An odd row begins with the other polarizer of the first column: 0 and 45, 90 and 135 degrees share one.
-      rows_[1] = tables[distinct_angle(phase ^ 1, outputs)]->rows[selection];
+      code_[1] = RowCode::of(*tables[distinct_angle(phase ^ 1, outputs)], selection, streams);
     } else {
       const bool ordinary = ordinary_weights(parameters, matrices);
-      rows_[0] = (ordinary ? ordinary_wide_rows : calibrated_wide_rows).rows[selection];
-      rows_[1] = rows_[0];
+      code_[0] = RowCode::of(ordinary ? ordinary_wide_rows : calibrated_wide_rows, selection, streams);
+      code_[1] = code_[0];
     }
   }
 
@@ -166,6 +184,9 @@ class WideFrame {
     if (width_ % 2 != 0 || height_ % 2 != 0) {
       compute_pixel(height_ - 1, width_ - 1);
     }
+    if (code_[0].streaming != nullptr) {
+      _mm_sfence();
+    }
   }
 
  private:
@@ -175,15 +196,14 @@ class WideFrame {
             parameters_.input + y * width_,
             parameters_.input + partner * width_,
             y * width_,
-            rows_[y % 2],
+            code_[y % 2],
             matrices_[2 * (y % 2)],
             matrices_[2 * (y % 2) + 1]};
   }
 
-  void stretch(const Row& row, const std::uint16_t* own, const std::uint16_t* partner, std::size_t first_column,
-               std::size_t pixels) const {
-    row.compute(parameters_, constants_,
-                {own, partner, row.element + first_column, pixels, row.even_matrix, row.odd_matrix});
+  void stretch(const Row& row, WideRow code, const std::uint16_t* own, const std::uint16_t* partner,
+               std::size_t first_column, std::size_t pixels) const {
+    code(parameters_, constants_, {own, partner, row.element + first_column, pixels, row.even_matrix, row.odd_matrix});
   }
 
   void copy_end(std::size_t y, RowEnd& end) const {
@@ -191,19 +211,46 @@ class WideFrame {
     end.copy(parameters_.input + (y + 1) * width_ - count, count);
   }
 
+  std::uintptr_t pair_address(const Row& row, std::size_t column) const {
+    return reinterpret_cast<std::uintptr_t>(parameters_.normalized_stokes + 2 * (row.element + column));
+  }
+
+  /** The code for whole steps from a column on. */
+  WideRow code_from(const Row& row, std::size_t column) const {
+    const bool streams = row.code.streaming != nullptr && pair_address(row, column) % cache_line == 0;
+    return streams ? row.code.streaming : row.code.plain;
+  }
+
+  /**
+   * Where the stretch of whole steps begins: at the first column or, for the sake of streaming, at one whose pairs
+   * begin a cache line, so far within the first step that few pixels are computed twice.
+   */
+  std::size_t first_column(const Row& row) const {
+    const std::size_t beyond_line = pair_address(row, 0) % cache_line;
+    if (row.code.streaming == nullptr || beyond_line % (2 * pair_bytes) != 0 || width_ <= 2 * step_pixels_) {
+      return 0;
+    }
+    return beyond_line == 0 ? 0 : step_pixels_ - beyond_line / pair_bytes;
+  }
+
   /** Whole steps while their right partners lie in the row; the last step overlaps the one before. */
   void compute_wide(const Row& row, const RowEnd& own_end, const RowEnd& partner_end) const {
-    const std::size_t whole_steps = (width_ - 1) / step_pixels_ * step_pixels_;
+    const std::size_t first = first_column(row);
+    if (first != 0) {
+      stretch(row, row.code.plain, row.own, row.partner, 0, step_pixels_);
+    }
+    const std::size_t whole_steps = (width_ - 1 - first) / step_pixels_ * step_pixels_;
     if (whole_steps != 0) {
-      stretch(row, row.own, row.partner, 0, whole_steps);
+      stretch(row, code_from(row, first), row.own + first, row.partner + first, first, whole_steps);
     }
     if (width_ % 2 == 0) {
-      stretch(row, own_end.samples, partner_end.samples, width_ - step_pixels_, step_pixels_);
+      const std::size_t x = width_ - step_pixels_;
+      stretch(row, code_from(row, x), own_end.samples, partner_end.samples, x, step_pixels_);
       return;
     }
-    if (whole_steps != width_ - 1) {
+    if (first + whole_steps != width_ - 1) {
       const std::size_t x = width_ - 1 - step_pixels_;
-      stretch(row, row.own + x, row.partner + x, x, step_pixels_);
+      stretch(row, code_from(row, x), row.own + x, row.partner + x, x, step_pixels_);
     }
     compute_pixel(row.y, width_ - 1);
   }
@@ -211,8 +258,8 @@ class WideFrame {
   /** A row shorter than a step, computed beside the images and copied into them. */
   void compute_narrow(const Row& row, const RowEnd& own_end, const RowEnd& partner_end) const {
     StepOutputs outputs;
-    row.compute(outputs.in_place_of(parameters_), constants_,
-                {own_end.samples, partner_end.samples, 0, step_pixels_, row.even_matrix, row.odd_matrix});
+    row.code.plain(outputs.in_place_of(parameters_), constants_,
+                   {own_end.samples, partner_end.samples, 0, step_pixels_, row.even_matrix, row.odd_matrix});
     outputs.copy_to(parameters_, row.element, width_);
   }
 
@@ -244,7 +291,7 @@ class WideFrame {
   std::size_t step_pixels_;
   bool narrow_;  ///< rows are shorter than a step
   ComputePixel compute_pixel_;
-  WideRow rows_[2];  ///< by the row's parity
+  RowCode code_[2];  ///< by the row's parity
 };
 
 }  // namespace

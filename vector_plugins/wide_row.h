@@ -36,6 +36,11 @@ using WideRow = void (*)(const TransformParameters& images, const FrameConstants
 /** By pixel selection index. */
 struct WideRowTable {
   WideRow rows[pixel_selection_count];
+  /**
+   * The same with the Stokes pairs stored past the caches, which must begin at a cache line and needs a store fence
+   * before others may read them; only for selections with pairs.
+   */
+  WideRow streaming_rows[pixel_selection_count];
   std::size_t step_pixels;  ///< that the code computes at a time; even, the same for all tables of a plugin
 };
 

@@ -45,7 +45,7 @@ NEROVA_INLINE void prepare_to_write(const void* to) {
 }
 
 /** Where the results of vector 0 or 1 of a step go. */
-template <class Step, class Rules, int vector>
+template <class Step, class Rules, bool streams_pairs, int vector>
 struct StepTarget {
   const TransformParameters& images;
   const OutputMaximum& maximum;
@@ -53,10 +53,11 @@ struct StepTarget {
   PendingOutputs& waiting;
 
   NEROVA_INLINE void store_pair(Float first, Float second) const {
-    if constexpr (vector == 0) {
-      prepare_to_write<2 * Step::pixels * sizeof(float)>(images.normalized_stokes + 2 * element);
+    float* const to = images.normalized_stokes + 2 * element;
+    if constexpr (vector == 0 && !streams_pairs) {
+      prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
     }
-    Step::store_pairs(images.normalized_stokes + 2 * element, vector, first, second);
+    Step::template store_pairs<streams_pairs>(to, vector, first, second);
   }
 
   template <OutputSet output>
@@ -104,7 +105,7 @@ struct StepSamples {
 };
 
 /** Walks a stretch. Source gives the Stokes parameters of vector i of a step. */
-template <class Step, bool equal_maximum, OutputSet outputs, class Rules, class Source>
+template <class Step, bool equal_maximum, OutputSet outputs, bool streams_pairs, class Rules, class Source>
 NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const FrameConstants& constants,
                                    const RowStretch& stretch, const Source& source) {
   const auto rules = make_rules<Rules>(constants);
@@ -115,17 +116,27 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
     const StepSamples<Step> samples = {Step::load(stretch.own + x), Step::load(stretch.partner + x)};
     PendingOutputs waiting;
     const std::size_t element = stretch.element + x;
-    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 0),
-                                            StepTarget<Step, Rules, 0>{images, maximum, element, waiting});
-    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 1),
-                                            StepTarget<Step, Rules, 1>{images, maximum, element, waiting});
+    compute_outputs<equal_maximum, outputs>(
+        rules, source.stokes(samples, 0), StepTarget<Step, Rules, streams_pairs, 0>{images, maximum, element, waiting});
+    compute_outputs<equal_maximum, outputs>(
+        rules, source.stokes(samples, 1), StepTarget<Step, Rules, streams_pairs, 1>{images, maximum, element, waiting});
   }
 }
 
-/** The rows that Rows::of<index>() names. */
+/** The row that Rows::of<equal_maximum, outputs, streams_pairs>() names, or NULL where it has none. */
+template <class Rows, bool streams_pairs, unsigned index>
+constexpr WideRow choose_row() {
+  constexpr PixelSelection selection = pixel_selection(index);
+  if constexpr (selection.outputs != 0 && (!streams_pairs || (selection.outputs & output_normalized_stokes) != 0)) {
+    return Rows::template of<selection.equal_maximum, selection.outputs, streams_pairs>();
+  } else {
+    return nullptr;
+  }
+}
+
 template <class Rows, unsigned... indices>
 constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
-  return {{Rows::template of<indices>()...}, StepFor<false>::pixels};
+  return {{choose_row<Rows, false, indices>()...}, {choose_row<Rows, true, indices>()...}, StepFor<false>::pixels};
 }
 
 template <class Rows>

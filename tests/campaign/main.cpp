@@ -102,6 +102,9 @@ class Campaign {
     output_combinations();
     sizes();
     long_rows();
+    if (rules_ == Route::PerPixel) {
+      large_frames();
+    }
     random_mixtures();
     std::cout << frames_ << " frames, " << calls_ << " transforms, " << failures_ << " frames with faults\n";
     return failures_;
@@ -151,6 +154,19 @@ class Campaign {
       for (const int height : {3, 6}) {
         run_frame(runner, random_frame(width, height, random_.one_in(2)), all_outputs_both_placements);
       }
+    }
+  }
+
+  /** Large enough for stores that bypass the caches, with rows that begin at every place of a cache line. */
+  void large_frames() {
+    constexpr unsigned stokes_pairs = 1;
+    CaseRunner runner(library_, rules_, std::size_t{1031} * 1019);
+    for (const int width : {1030, 1031}) {
+      FrameCase frame_case = random_frame(width, 1019, random_.one_in(2));
+      frame_case.matrices = width % 2 == 0 ? MatrixKind::Default : MatrixKind::Mild;
+      run_frame(
+          runner, frame_case,
+          {uniform_call(all_outputs, Placement::BeforeGuard), uniform_call(stokes_pairs, Placement::BeforeGuard)});
     }
   }
 
