@@ -15,6 +15,7 @@ class Timing:
         width, height = map(int, size.split("x"))
         self.pixels = width * height
         self.rate = self.pixels / self.microseconds  # Mpixel/s
+        self.fastest_rate = self.pixels / min(microseconds)
         self.quartile_rates = (self.pixels / high, self.pixels / low)
         self.nanoseconds_per_pixel = 1000 * self.microseconds / self.pixels
         self.spread = (high - low) / self.microseconds  # interquartile range in parts of the median
@@ -38,4 +39,4 @@ class Timings:
 
     def limit(self, outputs, size):
         """The faster of the two ways to stream."""
-        return max((self.get(route, outputs, size) for route in ("stream", "stream-uncached")), key=lambda t: t.rate)
+        return max((self.get(route, outputs, size) for route in ("stream", "stream-uncached")), key=lambda t: t.fastest_rate)

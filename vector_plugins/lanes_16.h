@@ -49,6 +49,8 @@ NEROVA_INLINE Float16 fused_subtract_product(Float16 c, Float16 a, Float16 b) {
 
 /** By the 256-bit instruction: the 512-bit one gives other estimates. */
 NEROVA_INLINE Float16 reciprocal_estimate(Float16 a) {
+  // That instruction knows sixteen registers: moved there whole, which is free, the halves need one shuffle less.
+  __asm__("" : "+x"(a.v));
   const __m256 low = _mm256_rcp_ps(_mm512_castps512_ps256(a.v));
   const __m256 high = _mm256_rcp_ps(_mm512_extractf32x8_ps(a.v, 1));
   return {_mm512_insertf32x8(_mm512_castps256_ps512(low), high, 1)};

@@ -143,7 +143,7 @@ CalibrationMatrices make_matrices(const FrameCase& frame_case) {
   if (frame_case.matrices == MatrixKind::Border) {
     flip_one_bit(matrices, random);
   }
-  const int lowest_exponent = random.one_in(2) ? -41 : random.between(-41, 14);
+  const int lowest_exponent = random.one_in(2) ? -41 : random.between(-145, 14);
   const int highest_exponent = random.one_in(2) ? lowest_exponent : random.between(lowest_exponent, 14);
   for (CalibrationMatrix& matrix : matrices) {
     if (frame_case.matrices == MatrixKind::Mild) {
