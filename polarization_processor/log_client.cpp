@@ -58,6 +58,7 @@ bool LogClient::log(LogLevel level, const char* source_file, std::int32_t source
   char message[512];
   std::va_list arguments;
   va_start(arguments, format);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it does not follow va_start here
   const int length = std::vsnprintf(message, sizeof(message), format, arguments);
   va_end(arguments);
   if (length < 0 || static_cast<std::size_t>(length) >= sizeof(message)) {

@@ -22,7 +22,7 @@ struct Weights {
     const float* const odd = stretch.odd_matrix->m + 4 * row;
     for (std::size_t k = 0; k < 4; ++k) {
       column[k] = Step::alternate(i, scale * even[k], scale * odd[k]);
-      shift[k] = column[k] * Float::broadcast(-sample_shift);
+      shift[k] = column[k] * Float::broadcast(-SampleShift::value);
     }
   }
 
@@ -36,7 +36,7 @@ struct Weights {
     if constexpr (fused) {
       return fused_multiply_add(shifted[k], column[k], shift[k]);
     } else {
-      return (shifted[k] - Float::broadcast(sample_shift)) * column[k];
+      return (shifted[k] - Float::broadcast(SampleShift::value)) * column[k];
     }
   }
 };

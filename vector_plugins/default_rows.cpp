@@ -21,10 +21,10 @@ struct DefaultSource {
  private:
   /** Grouped so that vectors which share their odd samples share their sum. */
   NEROVA_INLINE static Float half_sum(const Channels<Float>& upper, const Channels<Float>& lower) {
-    const Float three_shifts_less = Float::broadcast_bits(-3U * sample_shift_bits);
+    const Float three_shifts_less = Float::broadcast_bits(-3U * SampleShift::bits);
     const Float odd = add_bits(add_bits(upper.odd, lower.odd), three_shifts_less);
     const Float one_shift = add_bits(add_bits(upper.even, lower.even), odd);
-    return fused_multiply_add(one_shift, Float::broadcast(0.5F), Float::broadcast(-0.5F * sample_shift));
+    return fused_multiply_add(one_shift, Float::broadcast(0.5F), Float::broadcast(-0.5F * SampleShift::value));
   }
 };
 

@@ -5,8 +5,10 @@
 namespace nerova_zel {
 namespace {
 
-constexpr float sample_shift = 8388608.0F;
-constexpr unsigned sample_shift_bits = 0x4B000000;
+struct SampleShift {
+  static constexpr float value = 8388608.0F;
+  static constexpr unsigned bits = 0x4B000000;
+};
 
 }  // namespace
 }  // namespace nerova_zel

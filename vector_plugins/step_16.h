@@ -2,7 +2,6 @@
 
 #include "lanes_8.h"
 #include "shifted_samples.h"
-#include "store_eight.h"
 
 // Two vectors of eight lanes, 16 pixels, make a step.
 namespace nerova_zel {
@@ -50,7 +49,7 @@ struct Step16 {
 
    private:
     NEROVA_INLINE static Float shifted(int i, __m256i samples) {
-      const __m256i above = _mm256_set1_epi16(sample_shift_bits >> 16);
+      const __m256i above = _mm256_set1_epi16(SampleShift::bits >> 16);
       return {
           _mm256_castsi256_ps(i == 0 ? _mm256_unpacklo_epi16(samples, above) : _mm256_unpackhi_epi16(samples, above))};
     }
@@ -79,14 +78,35 @@ struct Step16 {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), results.v);
   }
 
-  /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places, past the caches if wanted. */
-  template <bool streams>
+  /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places. */
   NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
-    const __m256 low = _mm256_unpacklo_ps(first.v, second.v);
-    const __m256 high = _mm256_unpackhi_ps(first.v, second.v);
-    store_eight<streams>(to + 8 * i, _mm256_permute2f128_ps(low, high, 0x20));
-    store_eight<streams>(to + 8 * i + 16, _mm256_permute2f128_ps(low, high, 0x31));
+    const Pairs pairs(first, second);
+    _mm256_storeu_ps(to + 8 * i, pairs.lower);
+    _mm256_storeu_ps(to + 8 * i + 16, pairs.upper);
   }
+
+  /** The two vectors are not kept for each other: there are few registers. */
+  static constexpr bool streams_whole_lines = false;
+  /** The same past the caches, to an address that is a multiple of 32. */
+  NEROVA_INLINE static void stream_pairs(float* to, std::size_t i, Float first, Float second) {
+    const Pairs pairs(first, second);
+    _mm256_stream_ps(to + 8 * i, pairs.lower);
+    _mm256_stream_ps(to + 8 * i + 16, pairs.upper);
+  }
+
+ private:
+  /** The pairs of lanes 0 to 3, and of the others. */
+  struct Pairs {
+    __m256 lower;
+    __m256 upper;
+
+    NEROVA_INLINE Pairs(Float first, Float second) {
+      const __m256 low = _mm256_unpacklo_ps(first.v, second.v);
+      const __m256 high = _mm256_unpackhi_ps(first.v, second.v);
+      lower = _mm256_permute2f128_ps(low, high, 0x20);
+      upper = _mm256_permute2f128_ps(low, high, 0x31);
+    }
+  };
 };
 
 template <bool few_results>

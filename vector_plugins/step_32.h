@@ -4,7 +4,6 @@
 
 #include "lanes_16.h"
 #include "shifted_samples.h"
-#include "store_eight.h"
 
 // Two vectors of sixteen lanes, 32 pixels, make a step.
 namespace nerova_zel {
@@ -63,7 +62,7 @@ struct Step32 {
     /** Vector 0's samples in this order; vector 1's are four further on, of which the second load lacks three. */
     NEROVA_INLINE Float shifted(int i, __m512i order) const {
       constexpr __mmask32 low_halves = 0x55555555;
-      const __m512i shifted_zero = _mm512_castps_si512(_mm512_set1_ps(sample_shift));
+      const __m512i shifted_zero = _mm512_castps_si512(_mm512_set1_ps(SampleShift::value));
       const __m512i order_in_next = _mm512_add_epi32(order, _mm512_set1_epi32(3));
       return {_mm512_castsi512_ps(i == 0
                                       ? _mm512_mask_permutexvar_epi16(shifted_zero, low_halves, order, own)
@@ -91,20 +90,38 @@ struct Step32 {
 
   NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) { _mm512_storeu_si512(to, results.v); }
 
-  /** Stores the (first, second) pairs of vector i of a step: 32 floats in four places, past the caches if wanted. */
-  template <bool streams>
+  /** Stores the (first, second) pairs of vector i of a step: 32 floats in four places. */
   NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
-    const __m512i low = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
-    const __m512i high = _mm512_add_epi32(low, _mm512_set1_epi32(8));
-    store_halves<streams>(to + 8 * i, _mm512_permutex2var_ps(first.v, low, second.v));
-    store_halves<streams>(to + 8 * i + 32, _mm512_permutex2var_ps(first.v, high, second.v));
+    store_halves(to + 8 * i, lower_pairs(first, second));
+    store_halves(to + 8 * i + 32, upper_pairs(first, second));
+  }
+
+  static constexpr bool streams_whole_lines = true;
+  /** Stores the pairs of both vectors past the caches, to the beginning of a cache line. */
+  NEROVA_INLINE static void stream_pairs(float* to, Float first_0, Float second_0, Float first_1, Float second_1) {
+    stream_lines(to, lower_pairs(first_0, second_0), lower_pairs(first_1, second_1));
+    stream_lines(to + 32, upper_pairs(first_0, second_0), upper_pairs(first_1, second_1));
   }
 
  private:
-  template <bool streams>
+  /** The pairs of lanes 0 to 7. */
+  NEROVA_INLINE static __m512 lower_pairs(Float first, Float second) {
+    const __m512i order = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
+    return _mm512_permutex2var_ps(first.v, order, second.v);
+  }
+  NEROVA_INLINE static __m512 upper_pairs(Float first, Float second) {
+    const __m512i order = _mm512_set_epi32(31, 15, 30, 14, 29, 13, 28, 12, 27, 11, 26, 10, 25, 9, 24, 8);
+    return _mm512_permutex2var_ps(first.v, order, second.v);
+  }
+
   NEROVA_INLINE static void store_halves(float* to, __m512 pairs) {
-    store_eight<streams>(to, _mm512_castps512_ps256(pairs));
-    store_eight<streams>(to + 16, _mm512_extractf32x8_ps(pairs, 1));
+    _mm256_storeu_ps(to, _mm512_castps512_ps256(pairs));
+    _mm256_storeu_ps(to + 16, _mm512_extractf32x8_ps(pairs, 1));
+  }
+  /** Halves of the two vectors in turn. */
+  NEROVA_INLINE static void stream_lines(float* to, __m512 pairs_0, __m512 pairs_1) {
+    _mm512_stream_ps(to, _mm512_shuffle_f32x4(pairs_0, pairs_1, 0x44));
+    _mm512_stream_ps(to + 16, _mm512_shuffle_f32x4(pairs_0, pairs_1, 0xEE));
   }
 };
 
@@ -147,7 +164,7 @@ struct ApartStep32 {
   /** 16 samples; what lies between them is not touched. */
   NEROVA_INLINE static Float every_other(const std::uint16_t* samples) {
     constexpr __mmask32 low_halves = 0x55555555;
-    const __m512i shifted_zero = _mm512_castps_si512(_mm512_set1_ps(sample_shift));
+    const __m512i shifted_zero = _mm512_castps_si512(_mm512_set1_ps(SampleShift::value));
     return {_mm512_castsi512_ps(_mm512_mask_loadu_epi16(shifted_zero, low_halves, samples))};
   }
 

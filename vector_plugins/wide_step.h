@@ -22,8 +22,10 @@ constexpr bool few_results(OutputSet outputs) {
   return Rules::clamps_results && (outputs & output_normalized_stokes) == 0 && without_last(without_last(outputs)) == 0;
 }
 
-/** The 16-bit outputs of the first vector of a step, until the second one's join them. */
+/** The outputs of the first vector of a step, until the second one's join them; pairs only if whole lines are streamed.
+ */
 struct PendingOutputs {
+  NormalizedStokes<Float> pairs;
   Float total_power;
   Float horizontal_vertical;
   Float diagonal;
@@ -54,10 +56,18 @@ struct StepTarget {
 
   NEROVA_INLINE void store_pair(Float first, Float second) const {
     float* const to = images.normalized_stokes + 2 * element;
-    if constexpr (vector == 0 && !streams_pairs) {
-      prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
+    if constexpr (!streams_pairs) {
+      if constexpr (vector == 0) {
+        prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
+      }
+      Step::store_pairs(to, vector, first, second);
+    } else if constexpr (!Step::streams_whole_lines) {
+      Step::stream_pairs(to, vector, first, second);
+    } else if constexpr (vector == 0) {
+      waiting.pairs = {first, second};
+    } else {
+      Step::stream_pairs(to, waiting.pairs.s1, waiting.pairs.s2, first, second);
     }
-    Step::template store_pairs<streams_pairs>(to, vector, first, second);
   }
 
   template <OutputSet output>

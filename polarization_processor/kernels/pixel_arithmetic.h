@@ -33,14 +33,14 @@ NEROVA_INLINE Float cubic_arctangent(Float t, float scale) {
   return ((t * t) * k2 + k1) * t;
 }
 
+/** Of the angle of the Stokes vector, twice the azimuth. */
 struct Radians {
   static constexpr float half_turn = 3.1415927F;
   static constexpr float quarter_turn = half_turn / 2;
   static constexpr float eighth_turn = half_turn / 4;
+  /** 90 / pi, one unit in the last place below the nearest float; part of the result. */
+  static constexpr float azimuth_degrees = 28.647888F;
 };
-
-/** 90 / pi, one unit in the last place below the nearest float; part of the result. */
-constexpr float azimuth_degrees_of_stokes_radian = 28.647888F;
 
 /**
  * Azimuth in degrees, 0..180: half the angle of the Stokes vector, atan2(s2, s1), turned by 90 degrees; for any values,
@@ -50,7 +50,7 @@ constexpr float azimuth_degrees_of_stokes_radian = 28.647888F;
 struct AnySamples {
   template <class Float>
   NEROVA_INLINE static Float azimuth_degrees(Float s1, Float s2) {
-    return stokes_angle(s1, s2) * Float::broadcast(azimuth_degrees_of_stokes_radian) + Float::broadcast(90.0F);
+    return stokes_angle(s1, s2) * Float::broadcast(Radians::azimuth_degrees) + Float::broadcast(90.0F);
   }
 
  private:
@@ -84,7 +84,7 @@ struct OrdinarySamples {
  protected:
   template <class Mask, class Float>
   NEROVA_INLINE static Float azimuth_degrees(Mask near_axis, Float s1, Float s2) {
-    return half_stokes_angle(near_axis, s1, s2) * Float::broadcast(2 * azimuth_degrees_of_stokes_radian) +
+    return half_stokes_angle(near_axis, s1, s2) * Float::broadcast(2 * Radians::azimuth_degrees) +
            Float::broadcast(90.0F);
   }
 

@@ -9,6 +9,7 @@ struct PretendedProcessor {
 
 extern PretendedProcessor pretended_processor;
 
+// NOLINTBEGIN(readability-identifier-naming): the compiler's names
 inline int __get_cpuid_count(unsigned leaf, unsigned /*subleaf*/, unsigned* /*eax*/, unsigned* ebx, unsigned* ecx,
                              unsigned* edx) {
   *ebx = leaf == 7 ? pretended_processor.extended_ebx : 0;
@@ -20,3 +21,4 @@ inline int __get_cpuid_count(unsigned leaf, unsigned /*subleaf*/, unsigned* /*ea
 inline void __cpuid(unsigned leaf, unsigned& eax, unsigned& ebx, unsigned& ecx, unsigned& edx) {
   __get_cpuid_count(leaf, 0, &eax, &ebx, &ecx, &edx);
 }
+// NOLINTEND(readability-identifier-naming)
