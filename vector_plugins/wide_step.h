@@ -22,8 +22,7 @@ constexpr bool few_results(OutputSet outputs) {
   return Rules::clamps_results && (outputs & output_normalized_stokes) == 0 && without_last(without_last(outputs)) == 0;
 }
 
-/** The outputs of the first vector of a step, until the second one's join them; pairs only if whole lines are streamed.
- */
+/** Outputs of the first vector of a step, until the second one's join them; pairs only if whole lines are streamed. */
 struct PendingOutputs {
   NormalizedStokes<Float> pairs;
   Float total_power;
