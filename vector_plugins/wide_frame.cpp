@@ -212,7 +212,7 @@ class WideFrame {
   }
 
   std::uintptr_t pair_address(const Row& row, std::size_t column) const {
-    return reinterpret_cast<std::uintptr_t>(parameters_.normalized_stokes + 2 * (row.element + column));
+    return reinterpret_cast<std::uintptr_t>(parameters_.normalized_stokes) + (row.element + column) * pair_bytes;
   }
 
   /** The code for whole steps from a column on. */
