@@ -292,16 +292,17 @@ Kept in the plugins, because it measured better:
   two floats; both Stokes quotients from one reciprocal. Exact, and proved so by trying every case.
 - Where S1 and S2 are differences of samples, signs in place of comparisons in the arctangent, the squares that the
   degree needs anyway in place of magnitudes, and a negated argument in place of a negated result.
-- Clamping results after they are narrowed to 16 bits, one instruction for two vectors; dealing pixels to the two
-  vectors of an AVX-512 step in the order in which it narrows.
+- Clamping results after they are narrowed to 16 bits, one instruction for two vectors.
 - Prefetching the lines that a row will write 32 steps from now: 5 % on all
   six outputs, more on the Stokes pair alone.
 - Samples as the floats 2^23 + sample, made by putting 0x4B00 above their 16 bits, so that differences need no
   conversion; custom weights multiply them by a fused operation that takes the shift away again.
 - The end of a row copied a row ahead of its use. With the samples as floats: 8 to 33 % with AVX2, 4 to 30 % with AVX-512,
   6 to 16 % for custom calibration but for the Stokes pair, in the first-level cache.
-- With AVX-512, for one or two 16-bit outputs, even and odd columns in vectors of their own, which loads with a mask
-  give without a shuffle: 4 to 15 % on single outputs. With five outputs it lost 3 %.
+- Even and odd columns in vectors of their own: AVX-512 loads them so with a mask, without a shuffle, and a result takes
+  one shuffle more. 8 % faster than columns in the order in which results are narrowed on all six outputs and on the
+  five, 5 to 15 % on single ones. With AVX2, which blends, 10 to 15 % on one or two 16-bit outputs of the default
+  calibration; 2 % slower on all six, and 15 % on custom weights, for which the registers do not suffice.
 - Stokes pairs stored past the caches where their image takes 8 MiB or more, with AVX-512 by whole lines: 15 to 30 % on
   all six outputs and up to twice as fast on the pairs alone while memory is busy, no difference in quiet moments.
 - With AVX-512 a reciprocal's argument moved whole to the registers that the estimate knows: 1 to 5 %.

@@ -72,7 +72,7 @@ class CalibratedSource {
 template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
 void calibrated_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = NEROVA_RULES<Float>;
-  using Step = StepFor<few_results<Rules>(outputs)>;
+  using Step = StepFor<false>;
   constexpr bool ordinary = Rules::weights_are_ordinary;
   // The signs of zeros are seen in the quotients only.
   constexpr bool fused = ordinary && (outputs & output_normalized_stokes) == 0;

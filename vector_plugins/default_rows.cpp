@@ -31,7 +31,7 @@ struct DefaultSource {
 template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
 void default_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = DefaultRules<Float>;
-  compute_stretch<StepFor<few_results<Rules>(outputs)>, equal_maximum, outputs, streams_pairs, Rules>(
+  compute_stretch<StepFor<few_results(outputs)>, equal_maximum, outputs, streams_pairs, Rules>(
       images, constants, stretch, DefaultSource<NEROVA_FIRST_ANGLE>());
 }
 

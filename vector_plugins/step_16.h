@@ -1,5 +1,8 @@
 #pragma once
 
+#include <type_traits>
+
+#include "kernels/pixel_arithmetic.h"
 #include "lanes_8.h"
 #include "shifted_samples.h"
 
@@ -78,39 +81,72 @@ struct Step16 {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), results.v);
   }
 
+  /** The two vectors' pairs are not kept for each other: there are few registers. */
+  static constexpr bool joins_pairs = false;
   /** Stores the (first, second) pairs of vector i of a step: 16 floats in two places. */
-  NEROVA_INLINE static void store_pairs(float* to, std::size_t i, Float first, Float second) {
-    const Pairs pairs(first, second);
-    _mm256_storeu_ps(to + 8 * i, pairs.lower);
-    _mm256_storeu_ps(to + 8 * i + 16, pairs.upper);
-  }
-
-  /** The two vectors are not kept for each other: there are few registers. */
-  static constexpr bool streams_whole_lines = false;
-  /** The same past the caches, to an address that is a multiple of 32. */
-  NEROVA_INLINE static void stream_pairs(float* to, std::size_t i, Float first, Float second) {
-    const Pairs pairs(first, second);
-    _mm256_stream_ps(to + 8 * i, pairs.lower);
-    _mm256_stream_ps(to + 8 * i + 16, pairs.upper);
+  template <bool past_caches>
+  NEROVA_INLINE static void store_pairs(float* to, std::size_t i, const NormalizedStokes<Float>& stokes) {
+    const __m256 low = _mm256_unpacklo_ps(stokes.s1.v, stokes.s2.v);
+    const __m256 high = _mm256_unpackhi_ps(stokes.s1.v, stokes.s2.v);
+    store<past_caches>(to + 8 * i, _mm256_permute2f128_ps(low, high, 0x20));
+    store<past_caches>(to + 8 * i + 16, _mm256_permute2f128_ps(low, high, 0x31));
   }
 
  private:
-  /** The pairs of lanes 0 to 3, and of the others. */
-  struct Pairs {
-    __m256 lower;
-    __m256 upper;
-
-    NEROVA_INLINE Pairs(Float first, Float second) {
-      const __m256 low = _mm256_unpacklo_ps(first.v, second.v);
-      const __m256 high = _mm256_unpackhi_ps(first.v, second.v);
-      lower = _mm256_permute2f128_ps(low, high, 0x20);
-      upper = _mm256_permute2f128_ps(low, high, 0x31);
+  template <bool past_caches>
+  NEROVA_INLINE static void store(float* to, __m256 values) {
+    if constexpr (past_caches) {  // to a multiple of 32
+      _mm256_stream_ps(to, values);
+    } else {
+      _mm256_storeu_ps(to, values);
     }
-  };
+  }
 };
 
+/**
+ * The same with the even columns in vector 0 and the odd ones in vector 1. The samples come with one blend each, but
+ * every result takes a shuffle more: for at most two 16-bit outputs.
+ */
+struct ApartStep16 {
+  using Float = Float8;
+  using Results = Results16;
+  static constexpr std::size_t pixels = Step16::pixels;
+
+  /** 17 samples of a row, shifted: every other one from 0, from 1, and from 2. */
+  struct Samples {
+    Float from_0;
+    Float from_1;
+    Float from_2;
+
+    NEROVA_INLINE Float even(int i) const { return i == 0 ? from_0 : from_2; }
+    NEROVA_INLINE Float odd(int /*i*/) const { return from_1; }
+  };
+
+  NEROVA_INLINE static Samples load(const std::uint16_t* samples) {
+    const __m256i own = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples));
+    const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples + 1));
+    // Not by a third load, which would reach one sample too far.
+    return {shifted(own), shifted(next), shifted(_mm256_srli_epi32(next, 16))};
+  }
+
+  NEROVA_INLINE static Results narrow(Float even, Float odd, const OutputMaximum& maximum) {
+    const __m256i turns =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15));
+    return {_mm256_shuffle_epi8(Step16::narrow(even, odd, maximum).v, turns)};
+  }
+
+  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) { Step16::store_outputs(to, results); }
+
+ private:
+  /** Every other one of 16 samples. */
+  NEROVA_INLINE static Float shifted(__m256i samples) {
+    return {_mm256_castsi256_ps(_mm256_blend_epi16(_mm256_set1_epi32(SampleShift::bits), samples, 0x55))};
+  }
+};
+
+/** Without calibration; weights that differ between the vectors would not fit into the registers. */
 template <bool few_results>
-using StepFor = Step16;
+using StepFor = std::conditional_t<few_results, ApartStep16, Step16>;
 
 }  // namespace
 }  // namespace nerova_zel

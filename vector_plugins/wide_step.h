@@ -15,14 +15,13 @@ namespace {
 
 using Float = StepFor<false>::Float;
 
-/** Whether the outputs are at most two of the 16-bit ones, clamped once they are narrow. */
-template <class Rules>
+/** Whether the outputs are at most two of the 16-bit ones. */
 constexpr bool few_results(OutputSet outputs) {
   const auto without_last = [](OutputSet set) { return set & (set - 1); };
-  return Rules::clamps_results && (outputs & output_normalized_stokes) == 0 && without_last(without_last(outputs)) == 0;
+  return (outputs & output_normalized_stokes) == 0 && without_last(without_last(outputs)) == 0;
 }
 
-/** Outputs of the first vector of a step, until the second one's join them; pairs only if whole lines are streamed. */
+/** Outputs of the first vector of a step, until the second one's join them; pairs only where they do. */
 struct PendingOutputs {
   NormalizedStokes<Float> pairs;
   Float total_power;
@@ -55,17 +54,16 @@ struct StepTarget {
 
   NEROVA_INLINE void store_pair(Float first, Float second) const {
     float* const to = images.normalized_stokes + 2 * element;
-    if constexpr (!streams_pairs) {
-      if constexpr (vector == 0) {
-        prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
-      }
-      Step::store_pairs(to, vector, first, second);
-    } else if constexpr (!Step::streams_whole_lines) {
-      Step::stream_pairs(to, vector, first, second);
+    if constexpr (vector == 0 && !streams_pairs) {
+      prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
+    }
+    const NormalizedStokes<Float> pair = {first, second};
+    if constexpr (!Step::joins_pairs) {
+      Step::template store_pairs<streams_pairs>(to, vector, pair);
     } else if constexpr (vector == 0) {
-      waiting.pairs = {first, second};
+      waiting.pairs = pair;
     } else {
-      Step::stream_pairs(to, waiting.pairs.s1, waiting.pairs.s2, first, second);
+      Step::template store_pairs<streams_pairs>(to, waiting.pairs, pair);
     }
   }
 
