@@ -74,8 +74,9 @@ void calibrated_row(const TransformParameters& images, const FrameConstants& con
   using Rules = NEROVA_RULES<Float>;
   using Step = StepFor<false>;
   constexpr bool ordinary = Rules::weights_are_ordinary;
-  // The signs of zeros are seen in the quotients only.
-  constexpr bool fused = ordinary && (outputs & output_normalized_stokes) == 0;
+  // The signs of zeros are seen in quotients, which are not among few results; more results leave the shifts' shares no
+  // registers.
+  constexpr bool fused = ordinary && few_results(outputs);
   compute_stretch<Step, equal_maximum, outputs, streams_pairs, Rules>(images, constants, stretch,
                                                                       CalibratedSource<Step, ordinary, fused>(stretch));
 }
