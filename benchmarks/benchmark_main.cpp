@@ -60,9 +60,8 @@ constexpr std::int32_t largest_peer_side = 2048;
 // The smallest frame, for the cost of a call as such.
 constexpr Size smallest = {2, 2};
 
-constexpr double pixels_per_measurement = 10e6;
+constexpr double pixels_per_batch = 2.5e6;
 constexpr double most_calls = 2000;
-constexpr unsigned calls_on_smallest = 20000;
 
 struct Variant {
   bool equal_maximum;
@@ -156,7 +155,7 @@ class RouteCases {
     frame_case.outputs = set.outputs;
     frame_case.equal_maximum = variant.equal_maximum;
     frame_case.custom_matrices = variant.custom_matrices;
-    frame_case.repetitions = static_cast<unsigned>(std::clamp(pixels_per_measurement / size.pixels(), 1.0, most_calls));
+    frame_case.repetitions = static_cast<unsigned>(std::clamp(pixels_per_batch / size.pixels(), 1.0, most_calls));
     const std::string name = worker_name_ + "/" + route_ + "/" + set.name + "/" + std::to_string(size.width) + "x" +
                              std::to_string(size.height) + (variant.equal_maximum ? "/equal" : "/rescaled") +
                              (variant.custom_matrices ? "/custom" : "/default");

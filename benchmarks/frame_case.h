@@ -16,7 +16,7 @@ struct FrameCase {
   unsigned outputs = 0;          ///< an OutputSet
   bool equal_maximum = false;    ///< output maximum equal to full scale
   bool custom_matrices = false;  ///< calibration other than the default
-  unsigned repetitions = 1;      ///< calls per measurement
+  unsigned repetitions = 1;      ///< calls per batch
 };
 
 std::string to_line(const FrameCase& frame_case);

@@ -209,7 +209,8 @@ Written by `scripts/benchmark`, which builds, measures and draws anew.
 - peers: OpenCV {cv2.__version__}, NumPy {numpy.__version__}
 
 One thread, 12-bit random samples, {context["date"][:10]}. All cases belong to one run of {self.timings.rounds} rounds in random order; each
-measurement begins with fresh memory and 40 ms of calls that are not counted. Numbers are medians, in parentheses the
+measurement begins with fresh memory and 40 ms of calls that are not counted, and is the fastest of the batches of calls
+that the next 60 ms hold, three at least. Numbers are medians of the rounds, in parentheses the
 quartiles, behind them in the two tables of rates the fastest round. The noise: the interquartile range is {self.spread()}.
 Load average when the run began, behind a build: {load[0] if load else 0:.2f}. Unless said otherwise the
 output maximum (65535) differs from full scale (4095) and the calibration is the default one.
@@ -297,6 +298,8 @@ Kept in the plugins, because it measured better:
   six outputs, more on the Stokes pair alone.
 - Samples as the floats 2^23 + sample, made by putting 0x4B00 above their 16 bits, so that differences need no
   conversion; custom weights multiply them by a fused operation that takes the shift away again.
+- That fused operation for one or two 16-bit outputs only: the shift's shares of more weights would take up registers,
+  and the five outputs are 3 to 5 % faster without it.
 - The end of a row copied a row ahead of its use. With the samples as floats: 8 to 33 % with AVX2, 4 to 30 % with AVX-512,
   6 to 16 % for custom calibration but for the Stokes pair, in the first-level cache.
 - Even and odd columns in vectors of their own: AVX-512 loads them so with a mask, without a shuffle, and a result takes
