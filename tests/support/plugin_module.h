@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "kernels/transform_parameters.h"
 #include "support/frame_images.h"
@@ -12,7 +14,7 @@ namespace nerova_zel::test {
 /** A vector plugin, loaded and called as the library does it. */
 class PluginModule {
  public:
-  PluginModule(const std::string& file, const std::string& set) : set_(set), module_(open_module(file)) {}
+  PluginModule(const std::string& file, std::string set) : set_(std::move(set)), module_(open_module(file)) {}
   ~PluginModule() { close_module(module_); }
   PluginModule(const PluginModule&) = delete;
   PluginModule& operator=(const PluginModule&) = delete;
