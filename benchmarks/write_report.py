@@ -269,7 +269,7 @@ Where the time per pixel of a route changes by more than {100 * (GROWTH - 1):.0f
 
 {self.small_frames()}
 
-In the middle the arithmetic decides: the streaming lines lie well below, and a route's own line is flat. On the right
+In the middle the arithmetic decides: streaming with plain stores lies well below, and a route's own line is flat. On the right
 memory decides, where the streaming lines rise with a route's, since they compute nothing. {self.large_frames()}
 The peers rise earlier, because the whole images that they keep in between take several times the room of the frame.
 
