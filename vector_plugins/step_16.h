@@ -112,16 +112,9 @@ struct ApartStep16 {
   using Results = Results16;
   static constexpr std::size_t pixels = Step16::pixels;
 
-  /** 17 samples of a row, shifted: every other one from 0, from 1, and from 2. */
-  struct Samples {
-    Float from_0;
-    Float from_1;
-    Float from_2;
+  using Samples = ApartSamples<Float>;
 
-    NEROVA_INLINE Float even(int i) const { return i == 0 ? from_0 : from_2; }
-    NEROVA_INLINE Float odd(int /*i*/) const { return from_1; }
-  };
-
+  /** Reads 17 samples. */
   NEROVA_INLINE static Samples load(const std::uint16_t* samples) {
     const __m256i own = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples));
     const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(samples + 1));

@@ -34,22 +34,9 @@ struct Step32 {
   using Results = Results32;
   static constexpr std::size_t pixels = 32;
 
-  /** 33 samples of a row, shifted: every other one from 0, from 1, and from 2. */
-  struct Samples {
-    Float from_0;
-    Float from_1;
-    Float from_2;
+  using Samples = ApartSamples<Float>;
 
-    /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an even column. */
-    NEROVA_INLINE Float even(int i) const { return i == 0 ? from_0 : from_2; }
-    /** The other one. */
-    NEROVA_INLINE Float odd(int /*i*/) const { return from_1; }
-    /** For each column k of vector i: the sample of column k. */
-    NEROVA_INLINE Float column(int i) const { return i == 0 ? from_0 : from_1; }
-    /** The sample of column k + 1. */
-    NEROVA_INLINE Float next_column(int i) const { return i == 0 ? from_1 : from_2; }
-  };
-
+  /** Reads 33 samples. */
   NEROVA_INLINE static Samples load(const std::uint16_t* samples) {
     return {every_other(samples), every_other(samples + 1), every_other(samples + 2)};
   }
