@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "kernels/output_set.h"
+#include "kernels/shared/output_set.h"
 #include "worker_process.h"
 
 namespace {

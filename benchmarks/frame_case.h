@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel::benchmark {
 

@@ -8,8 +8,8 @@
 #include <random>
 #include <stdexcept>
 
-#include "kernels/default_calibration.h"
-#include "kernels/output_set.h"
+#include "kernels/shared/default_calibration.h"
+#include "kernels/shared/output_set.h"
 
 namespace nerova_zel::benchmark {
 

@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "cpu_features.h"
-#include "kernels/kernel_selection.h"
+#include "kernels/built_in/kernel_selection.h"
 #include "nerova_zel/polarization_processor.h"
 #include "peers/plain_loop.h"
 #include "platform/high_resolution_counter.h"

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "cpu_features.h"
-#include "kernels/default_calibration.h"
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/default_calibration.h"
+#include "kernels/shared/transform_parameters.h"
 #include "vector_plugin.h"
 
 namespace nerova_zel {

@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "floating_point_environment.h"
-#include "kernels/kernel_selection.h"
+#include "kernels/built_in/kernel_selection.h"
 #include "nerova_zel/polarization_processor.h"
 #include "platform/high_resolution_counter.h"
 #include "records.h"

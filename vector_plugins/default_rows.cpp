@@ -1,7 +1,7 @@
 // The rows of one polarizer angle under the default calibration. Compiled once for each plugin and angle:
 // NEROVA_FIRST_ANGLE is the angle of the row's first pixel (0 to 3), NEROVA_TABLE the name of the table.
 
-#include "kernels/polarizer_differences.h"
+#include "kernels/shared/polarizer_differences.h"
 #include "wide_step.h"
 
 namespace nerova_zel {

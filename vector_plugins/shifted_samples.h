@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kernels/always_inline.h"
+#include "kernels/shared/always_inline.h"
 
 // Samples in lanes of floats as the sum of a sample and 2^23: with 0x4B00 above its 16 bits a sample is that float, no
 // conversion needed, and differences of such floats are differences of samples, exact.

@@ -2,7 +2,7 @@
 
 #include <type_traits>
 
-#include "kernels/pixel_arithmetic.h"
+#include "kernels/shared/pixel_arithmetic.h"
 #include "lanes_8.h"
 #include "shifted_samples.h"
 
@@ -11,20 +11,20 @@ namespace nerova_zel {
 namespace {
 
 /** Sixteen results in the order of their pixels. */
-struct Results16 {
+struct U16x16 {
   __m256i v;
 
-  NEROVA_INLINE static Results16 broadcast(std::uint16_t value) {
+  NEROVA_INLINE static U16x16 broadcast(std::uint16_t value) {
     return {_mm256_set1_epi16(static_cast<std::int16_t>(value))};
   }
 };
 
 /** As a result in every lane. */
 struct OutputMaximum {
-  Results16 results;
+  U16x16 results;
 
   NEROVA_INLINE explicit OutputMaximum(float maximum)
-      : results(Results16::broadcast(static_cast<std::uint16_t>(maximum))) {}
+      : results(U16x16::broadcast(static_cast<std::uint16_t>(maximum))) {}
 };
 
 /**
@@ -32,8 +32,8 @@ struct OutputMaximum {
  * step holds pixels 0 to 3 and 8 to 11, vector 1 the others: the order in which AVX2 widens and narrows.
  */
 struct Step16 {
-  using Float = Float8;
-  using Results = Results16;
+  using Float = F32x8;
+  using Results = U16x16;
   static constexpr std::size_t pixels = 16;
 
   /** 17 samples of a row: 0 to 15, and 1 to 16; taken out shifted. */
@@ -108,8 +108,8 @@ struct Step16 {
  * every result takes a shuffle more: for at most two 16-bit outputs.
  */
 struct ApartStep16 {
-  using Float = Float8;
-  using Results = Results16;
+  using Float = F32x8;
+  using Results = U16x16;
   static constexpr std::size_t pixels = Step16::pixels;
 
   using Samples = ApartSamples<Float>;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kernels/pixel_arithmetic.h"
+#include "kernels/shared/pixel_arithmetic.h"
 #include "lanes_16.h"
 #include "shifted_samples.h"
 
@@ -9,20 +9,20 @@ namespace nerova_zel {
 namespace {
 
 /** 32 results in the order of their pixels. */
-struct Results32 {
+struct U16x32 {
   __m512i v;
 
-  NEROVA_INLINE static Results32 broadcast(std::uint16_t value) {
+  NEROVA_INLINE static U16x32 broadcast(std::uint16_t value) {
     return {_mm512_set1_epi16(static_cast<std::int16_t>(value))};
   }
 };
 
 /** As a result in every lane. */
 struct OutputMaximum {
-  Results32 results;
+  U16x32 results;
 
   NEROVA_INLINE explicit OutputMaximum(float maximum)
-      : results(Results32::broadcast(static_cast<std::uint16_t>(maximum))) {}
+      : results(U16x32::broadcast(static_cast<std::uint16_t>(maximum))) {}
 };
 
 /**
@@ -30,8 +30,8 @@ struct OutputMaximum {
  * step holds the even columns, vector 1 the odd ones: loads with a mask take them so without a shuffle.
  */
 struct Step32 {
-  using Float = Float16;
-  using Results = Results32;
+  using Float = F32x16;
+  using Results = U16x32;
   static constexpr std::size_t pixels = 32;
 
   using Samples = ApartSamples<Float>;

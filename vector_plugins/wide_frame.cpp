@@ -6,9 +6,9 @@
 #include <cmath>
 #include <cstring>
 
-#include "kernels/compute_pixel.h"
-#include "kernels/default_calibration.h"
-#include "kernels/kernel_flags.h"
+#include "kernels/shared/compute_pixel.h"
+#include "kernels/shared/default_calibration.h"
+#include "kernels/shared/kernel_flags.h"
 #include "wide_row.h"
 
 namespace nerova_zel {

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "kernels/output_set.h"
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/output_set.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

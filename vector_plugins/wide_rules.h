@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kernels/pixel_arithmetic.h"
+#include "kernels/shared/pixel_arithmetic.h"
 
 // The per-pixel rules for wide lanes: the same results as PixelRules, bit for bit, without its divisions where a proof
 // allows.

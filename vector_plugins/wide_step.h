@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "kernels/pixel_arithmetic.h"
+#include "kernels/shared/pixel_arithmetic.h"
 #include "wide_row.h"
 #include "wide_rules.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel::benchmark {
 

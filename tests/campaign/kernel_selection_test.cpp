@@ -1,12 +1,12 @@
 // What kernel selection promises beyond what transform lets through.
 
-#include "kernels/kernel_selection.h"
+#include "kernels/built_in/kernel_selection.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "kernels/default_calibration.h"
+#include "kernels/shared/default_calibration.h"
 
 namespace nerova_zel::test {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "kernels/kernel_selection.h"
+#include "kernels/built_in/kernel_selection.h"
 
 using nerova_zel::MatrixRow;
 using nerova_zel::TransformParameters;

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "kernels/default_calibration.h"
+#include "kernels/shared/default_calibration.h"
 #include "lifecycle/arrangement.h"
 #include "lifecycle/transform_call.h"
 #include "support/plugin_module.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "kernels/default_calibration.h"
+#include "kernels/shared/default_calibration.h"
 #include "support/loaded_library.h"
 #include "support/plugin_module.h"
 

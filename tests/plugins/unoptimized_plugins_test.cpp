@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "kernels/default_calibration.h"
+#include "kernels/shared/default_calibration.h"
 #include "support/plugin_module.h"
 
 namespace nerova_zel::test {

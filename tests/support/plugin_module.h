@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/transform_parameters.h"
 #include "support/frame_images.h"
 #include "support/module_file.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kernels/output_set.h"
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/output_set.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

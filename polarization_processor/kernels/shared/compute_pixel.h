@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "kernels/image_view.h"
-#include "kernels/output_set.h"
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/image_view.h"
+#include "kernels/shared/output_set.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

@@ -1,4 +1,4 @@
-#include "kernels/kernel_flags.h"
+#include "kernels/shared/kernel_flags.h"
 
 #include <initializer_list>
 

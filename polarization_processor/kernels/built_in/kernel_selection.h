@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kernels/kernel_flags.h"
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/kernel_flags.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

@@ -3,10 +3,10 @@
 
 #include <utility>
 
-#include "kernels/block_row.h"
-#include "kernels/lanes_4.h"
-#include "kernels/pixel_arithmetic.h"
-#include "kernels/polarizer_differences.h"
+#include "kernels/built_in/block_row.h"
+#include "kernels/built_in/lanes_4.h"
+#include "kernels/shared/pixel_arithmetic.h"
+#include "kernels/shared/polarizer_differences.h"
 
 namespace nerova_zel {
 namespace {
@@ -16,12 +16,12 @@ struct BlockTarget {
   const TransformParameters& parameters;
   std::size_t element;
 
-  NEROVA_INLINE void store_pair(Float4 first, Float4 second) const {
+  NEROVA_INLINE void store_pair(F32x4 first, F32x4 second) const {
     store_pairs(parameters.normalized_stokes + 2 * element, first, second);
   }
 
   template <OutputSet output>
-  NEROVA_INLINE void store(Float4 value) const {
+  NEROVA_INLINE void store(F32x4 value) const {
     store_outputs(image_of<output>(parameters) + element, value);
   }
 };
@@ -29,20 +29,19 @@ struct BlockTarget {
 template <PolarPhase first_angle, bool equal_maximum, OutputSet outputs>
 void block_row(const TransformParameters& parameters, const BlockConstants& constants, std::size_t row,
                std::size_t columns) {
-  const BlockRules<Float4> rules = {Float4::broadcast(constants.half), Float4::broadcast(constants.input_reciprocal),
-                                    Float4::broadcast(constants.output_maximum),
-                                    Float4::broadcast(constants.azimuth_scale)};
+  const BlockRules<F32x4> rules = {F32x4::broadcast(constants.half), F32x4::broadcast(constants.input_reciprocal),
+                                   F32x4::broadcast(constants.output_maximum),
+                                   F32x4::broadcast(constants.azimuth_scale)};
   // A copy the stores below cannot alias, so that the pointers in it stay in registers.
   const TransformParameters images = parameters;
   const auto width = static_cast<std::size_t>(images.width);
   const std::size_t first = row * width;
   for (std::size_t element = first; element < first + columns; element += 4) {
-    const Channels<Int4> upper = load_channels(images.input + element);
-    const Channels<Int4> lower = load_channels(images.input + element + width);
-    const Int4 sum = (upper.even + upper.odd) + (lower.even + lower.odd);
-    const Differences<Int4> differences = polarizer_differences<first_angle>(upper, lower);
-    const LinearStokes<Float4> stokes = {rules.power(to_float(sum)), to_float(differences.s1),
-                                         to_float(differences.s2)};
+    const Channels<I32x4> upper = load_channels(images.input + element);
+    const Channels<I32x4> lower = load_channels(images.input + element + width);
+    const I32x4 sum = (upper.even + upper.odd) + (lower.even + lower.odd);
+    const Differences<I32x4> differences = polarizer_differences<first_angle>(upper, lower);
+    const LinearStokes<F32x4> stokes = {rules.power(to_float(sum)), to_float(differences.s1), to_float(differences.s2)};
     compute_outputs<equal_maximum, outputs>(rules, stokes, BlockTarget{images, element});
   }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kernels/always_inline.h"
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/always_inline.h"
+#include "kernels/shared/transform_parameters.h"
 
 // Which samples make up S1 and S2 under the default calibration. Internal linkage, as all per-pixel code.
 namespace nerova_zel {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "kernels/block_row.h"
-#include "kernels/compute_pixel.h"
-#include "kernels/transform_parameters.h"
+#include "kernels/built_in/block_row.h"
+#include "kernels/shared/compute_pixel.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kernels/always_inline.h"
-#include "kernels/output_set.h"
+#include "kernels/shared/always_inline.h"
+#include "kernels/shared/output_set.h"
 
 // The formulae, once, over any number of lanes. A lane type Float offers the arithmetic operators, comparisons that
 // give masks, and the few named operations used below; each is rounded to single precision by itself. No memory, no

@@ -1,4 +1,4 @@
-#include "kernels/image_view.h"
+#include "kernels/shared/image_view.h"
 
 namespace nerova_zel {
 

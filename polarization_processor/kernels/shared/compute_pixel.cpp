@@ -1,10 +1,10 @@
-#include "kernels/compute_pixel.h"
+#include "kernels/shared/compute_pixel.h"
 
 #include <cstddef>
 #include <utility>
 
-#include "kernels/lanes_1.h"
-#include "kernels/pixel_arithmetic.h"
+#include "kernels/shared/lanes_1.h"
+#include "kernels/shared/pixel_arithmetic.h"
 
 namespace nerova_zel {
 namespace {
@@ -15,23 +15,23 @@ struct PixelTarget {
   const ImageViews& views;
   std::size_t element;
 
-  NEROVA_INLINE void store_pair(Float1 first, Float1 second) const {
+  NEROVA_INLINE void store_pair(F32x1 first, F32x1 second) const {
     parameters.normalized_stokes[2 * element] = first.value;
     parameters.normalized_stokes[2 * element + 1] = second.value;
   }
 
   template <OutputSet output>
-  NEROVA_INLINE void store(Float1 value) const {
+  NEROVA_INLINE void store(F32x1 value) const {
     image_of<output>(views).first[element] = round_to_output(value);
   }
 };
 
 /** The four samples of a pixel: itself, its horizontal, its vertical and its diagonal partner. */
 struct Neighbourhood {
-  Float1 sample[4];
+  F32x1 sample[4];
 };
 
-NEROVA_INLINE Float1 to_float(std::uint16_t sample) { return {static_cast<float>(static_cast<std::int32_t>(sample))}; }
+NEROVA_INLINE F32x1 to_float(std::uint16_t sample) { return {static_cast<float>(static_cast<std::int32_t>(sample))}; }
 
 NEROVA_INLINE Neighbourhood read_neighbourhood(const ImageView<const std::uint16_t>& input, std::uint32_t row,
                                                std::uint32_t column, NeighbourhoodShape shape) {
@@ -45,19 +45,19 @@ NEROVA_INLINE Neighbourhood read_neighbourhood(const ImageView<const std::uint16
 }
 
 /** One row of the matrix times the neighbourhood; the grouping of the sums is part of the result. */
-NEROVA_INLINE Float1 weigh(const float* weights, const Neighbourhood& n) {
-  return ((n.sample[0] * Float1{weights[0]} + n.sample[1] * Float1{weights[1]}) + n.sample[2] * Float1{weights[2]}) +
-         n.sample[3] * Float1{weights[3]};
+NEROVA_INLINE F32x1 weigh(const float* weights, const Neighbourhood& n) {
+  return ((n.sample[0] * F32x1{weights[0]} + n.sample[1] * F32x1{weights[1]}) + n.sample[2] * F32x1{weights[2]}) +
+         n.sample[3] * F32x1{weights[3]};
 }
 
 template <bool equal_maximum, OutputSet outputs>
 void compute_pixel(std::uint32_t row, std::uint32_t column, const CalibrationMatrix& matrix,
                    const TransformParameters& parameters, const ImageViews& views, NeighbourhoodShape shape) {
-  using Rules = PixelRules<Float1>;
+  using Rules = PixelRules<F32x1>;
   const Rules rules = {{parameters.input_maximum}, {parameters.output_maximum}};
   const Neighbourhood samples = read_neighbourhood(views.input, row, column, shape);
-  const LinearStokes<Float1> stokes = {Rules::power(weigh(matrix.m, samples)), weigh(matrix.m + 4, samples),
-                                       weigh(matrix.m + 8, samples)};
+  const LinearStokes<F32x1> stokes = {Rules::power(weigh(matrix.m, samples)), weigh(matrix.m + 4, samples),
+                                      weigh(matrix.m + 8, samples)};
   const std::size_t element = static_cast<std::size_t>(row) * views.input.columns + column;
   compute_outputs<equal_maximum, outputs>(rules, stokes, PixelTarget{parameters, views, element});
 }

@@ -1,4 +1,4 @@
-#include "kernels/default_calibration.h"
+#include "kernels/shared/default_calibration.h"
 
 #include <cstring>
 

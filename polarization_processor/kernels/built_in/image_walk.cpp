@@ -1,4 +1,4 @@
-#include "kernels/image_walk.h"
+#include "kernels/built_in/image_walk.h"
 
 #include <cstdint>
 

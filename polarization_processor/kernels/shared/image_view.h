@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "kernels/transform_parameters.h"
+#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

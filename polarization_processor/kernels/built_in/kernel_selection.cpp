@@ -1,10 +1,10 @@
-#include "kernels/kernel_selection.h"
+#include "kernels/built_in/kernel_selection.h"
 
 #include <array>
 #include <utility>
 
-#include "kernels/default_calibration.h"
-#include "kernels/image_walk.h"
+#include "kernels/built_in/image_walk.h"
+#include "kernels/shared/default_calibration.h"
 
 namespace nerova_zel {
 

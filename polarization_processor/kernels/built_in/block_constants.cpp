@@ -1,6 +1,6 @@
 #include <emmintrin.h>
 
-#include "kernels/block_row.h"
+#include "kernels/built_in/block_row.h"
 
 namespace nerova_zel {
 
