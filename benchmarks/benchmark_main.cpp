@@ -38,6 +38,7 @@ constexpr NamedOutputs output_sets[] = {
     {"diagonal", nerova_zel::output_diagonal},
     {"azimuth", nerova_zel::output_azimuth},
     {"dolp", nerova_zel::output_degree},
+    {"direction", nerova_zel::output_azimuth | nerova_zel::output_degree},
     {"five", nerova_zel::all_outputs & ~nerova_zel::output_normalized_stokes},
     {"all", nerova_zel::all_outputs},
 };
@@ -118,10 +119,10 @@ class RouteCases {
       : worker_name_(std::move(worker_name)), worker_(worker), route_(std::move(route)) {}
 
   void add_all() const {
-    if (is_one_of(route_, {"library", "library-alone", "sse41", "avx2", "avx512", "cpu-question", "clock"})) {
+    if (is_one_of(route_, {"library", "library-alone", "sse41", "avx2", "avx512", "cpu-question", "clock", "cycles"})) {
       add(output_sets[std::size(output_sets) - 1], smallest, {});
     }
-    if (is_one_of(route_, {"cpu-question", "clock", "library-alone"})) {
+    if (is_one_of(route_, {"cpu-question", "clock", "cycles", "library-alone"})) {
       return;
     }
     if (route_ != "sse2") {

@@ -10,15 +10,13 @@ import sys
 import cv2
 import numpy
 
+import attainable_rate
 import figures
 import machine
 import readme_section
-from timings import Timings
+from attainable_rate import LARGE, SETS, SMALL, name_of, table
+from timings import STREAMS, Timings
 
-SETS = {"power": "total power", "hv": "horizontal/\nvertical", "diagonal": "diagonal", "azimuth": "azimuth",
-        "dolp": "degree of\npolarization", "stokes": "normalized\nStokes", "five": "the five\n16-bit ones",
-        "all": "all six"}
-LARGE, SMALL = "2448x2048", "640x64"
 SIZES = {LARGE: "2448 x 2048", SMALL: "640 x 64, in the second-level cache"}
 OURS = ("avx512", "avx2", "sse41", "sse2")
 PLUGINS = OURS[:2]
@@ -26,15 +24,6 @@ PEERS = ("plain", "opencv", "numpy")
 SIDES = [2**power for power in range(4, 14)]
 BYTES_PER_PIXEL = 20  # a sample, two floats and five 16-bit values
 GROWTH = 1.15  # what counts as a knee between one side and the next
-
-
-def table(heads, rows):
-    lines = ["| " + " | ".join(row) + " |" for row in (heads, ["---"] + ["---:"] * (len(heads) - 1), *rows)]
-    return "\n".join(lines) + "\n"
-
-
-def name_of(outputs):
-    return SETS[outputs].replace("/\n", "/").replace("\n", " ")
 
 
 def ratio(numerator, denominator):
@@ -53,7 +42,7 @@ class Report:
     def rates(self, size):
         """Median, quartiles and the fastest round of every route."""
         get = self.timings.get
-        routes = ["stream", "stream-uncached", *self.ours, *self.peers]
+        routes = [*STREAMS, *self.ours, *self.peers]
 
         def cell(route, outputs):
             timing = get(route, outputs, size)
@@ -69,11 +58,6 @@ class Report:
         rows = [[name_of(outputs), *(column(outputs, size) for size in (LARGE, SMALL) for column in columns.values())]
                 for outputs in SETS]
         return table(heads, rows)
-
-    def against_limit(self):
-        return self.ratio_table({
-            figures.LABELS[route]: lambda outputs, size, route=route: ratio(
-                self.timings.get(route, outputs, size), self.timings.limit(outputs, size)) for route in self.fast})
 
     def against_built_in(self):
         return self.ratio_table({
@@ -108,7 +92,7 @@ class Report:
                 self.timings.get(route, outputs, size, worker=worker)) for route in self.fast})
 
     def sizes(self):
-        routes = ["stream", "stream-uncached", *self.fast, "library", *self.peers]
+        routes = [*STREAMS, *self.fast, "library", *self.peers]
 
         def cell(route, side):
             timing = self.timings.get(route, "all", f"{side}x{side}")
@@ -121,7 +105,7 @@ class Report:
     def knees(self):
         """One line for each step of the side at which a route's time per pixel changes, and what changes there."""
         caches = machine.caches()
-        routes = [*self.plugins, "sse41", "stream", "stream-uncached"]
+        routes = [*self.plugins, "sse41", *STREAMS]
         lines = []
         for small, large in zip(SIDES, SIDES[1:]):
             changes = {}
@@ -215,8 +199,10 @@ quartiles, behind them in the two tables of rates the fastest round. The noise: 
 Load average when the run began, behind a build: {load[0] if load else 0:.2f}. Unless said otherwise the
 output maximum (65535) differs from full scale (4095) and the calibration is the default one.
 
-The streaming limit reads the frame once and writes as many bytes as the outputs have, row by row, and computes nothing:
-once with plain stores, once with stores that bypass the caches. Where one limit is meant, it is the faster of the two.
+The streaming limit reads the frame once and writes as many bytes as the outputs have, 32 pixels at a time, and computes
+nothing: with plain stores, with plain stores to lines that were fetched ahead for writing, and with stores that bypass the
+caches. Where one limit is meant, it is the fastest of the three. The attainable rate of a route is what that limit allows
+and what the route itself makes of the same rows in its caches, 640 x 64, whichever is lower.
 The peers agree with the library to rounding; `benchmarks/peers/check_peers.py` checks it before they are timed. They
 are a per-pixel loop in C++ (`-O3 -march=native`), OpenCV's functions from C++, and NumPy with OpenCV from Python; one
 thread each.{left_out}
@@ -235,9 +221,9 @@ thread each.{left_out}
 
 Between fastest rounds: what else goes on in a machine only ever takes time away, and on this one it often does.
 
-Of the streaming limit:
+Share of the attainable rate, behind Mpixel/s of 2448 x 2048 and in cache:
 
-{self.against_limit()}
+{attainable_rate.shares(self.timings)}
 Times as fast as the built-in SSE4.1 form:
 
 {self.against_built_in()}
@@ -333,7 +319,7 @@ def main():
     figures.frame_sizes(timings, SIDES, machine.caches(), BYTES_PER_PIXEL, directory / "frame-sizes.svg")
     report = Report(timings)
     (directory / "performance.md").write_text(report.text())
-    readme_section.update(pathlib.Path(sys.argv[3]), readme_section.section(timings, SETS, LARGE, SMALL, report.spread()))
+    readme_section.update(pathlib.Path(sys.argv[3]), readme_section.section(timings, report.spread()))
 
 
 if __name__ == "__main__":
