@@ -1,9 +1,10 @@
 #include "wide_frame.h"
 
-#include <xmmintrin.h>
+#include <x86intrin.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 #include "kernels/shared/compute_pixel.h"
@@ -15,11 +16,10 @@ namespace nerova_zel {
 
 namespace {
 
-constexpr std::size_t largest_step = 32;
 constexpr std::size_t cache_line = 64;
 constexpr std::size_t pair_bytes = 2 * sizeof(float);
 
-/** From here on an image of Stokes pairs, 8 MiB, takes less time when it bypasses the caches. */
+/** Smaller images of Stokes pairs, below 8 MiB, belong into the caches. */
 constexpr std::size_t fewest_streamed_pixels = std::size_t{1} << 20U;
 
 /** A reciprocal as the sum of two floats. */
@@ -117,6 +117,40 @@ struct RowCode {
   }
 };
 
+/**
+ * Whether stores past the caches are faster depends on the machine, and neither its model nor the sizes of its caches
+ * tell. So the first rows of a frame try both forms in turns, by the processor's own clock.
+ */
+class StoreTrial {
+ public:
+  /** Whether a row is to be streamed. Asked once for each row, from the first on. */
+  bool streams(std::size_t y) {
+    if (y % rows_of_turn == 0 && y <= turns * rows_of_turn) {
+      begin_turn(y / rows_of_turn);
+    }
+    return streams_;
+  }
+
+ private:
+  static constexpr std::size_t rows_of_turn = 16;
+  static constexpr std::size_t turns = 4;
+
+  void begin_turn(std::size_t turn) {
+    const std::uint64_t now = __rdtsc();
+    if (turn != 0) {
+      fastest_[streams_ ? 1 : 0] = std::min(fastest_[streams_ ? 1 : 0], now - begin_);
+    }
+    begin_ = now;
+    // Images that stay in the caches are found there by who reads them.
+    constexpr std::uint64_t clearly = 32;
+    streams_ = turn < turns ? turn % 2 != 0 : fastest_[1] + fastest_[1] / clearly < fastest_[0];
+  }
+
+  bool streams_ = false;
+  std::uint64_t begin_ = 0;
+  std::uint64_t fastest_[2] = {UINT64_MAX, UINT64_MAX};  ///< ticks of a turn: plain, streamed
+};
+
 /** One row with its partner row: the one below, or the one above for the last row. */
 struct Row {
   std::size_t y;
@@ -168,11 +202,15 @@ class WideFrame {
     // The end of a row is copied a row ahead of its use: read at once, it would have to wait for the copy.
     RowEnd ends[2];
     copy_end(0, ends[0]);
+    StoreTrial trial;
     for (std::size_t y = 0; y < height_; ++y) {
       if (y + 1 < height_) {
         copy_end(y + 1, ends[(y + 1) % 2]);
       }
-      const Row row = make_row(y);
+      Row row = make_row(y);
+      if (row.code.streaming != nullptr && !trial.streams(y)) {
+        row.code.streaming = nullptr;
+      }
       const RowEnd& own_end = ends[y % 2];
       const RowEnd& partner_end = ends[(y + 1) % 2];
       if (narrow_) {

@@ -8,6 +8,9 @@
 
 namespace nerova_zel {
 
+/** Pixels for which a frame has room beside its images. */
+constexpr std::size_t largest_step = 32;
+
 /** What is prepared once per frame; reciprocals as the sum of two floats. */
 struct FrameConstants {
   float output_maximum;
@@ -41,7 +44,8 @@ struct WideRowTable {
    * before others may read them; only for selections with pairs.
    */
   WideRow streaming_rows[pixel_selection_count];
-  std::size_t step_pixels;  ///< that the code computes at a time; even, the same for all tables of a plugin
+  std::size_t step_pixels;  ///< that the code computes at a time; even, at most largest_step, the same for all tables
+                            ///< of a plugin
 };
 
 /**

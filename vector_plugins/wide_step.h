@@ -14,6 +14,7 @@ namespace nerova_zel {
 namespace {
 
 using Float = StepFor<false>::Float;
+static_assert(StepFor<false>::pixels <= largest_step && StepFor<true>::pixels == StepFor<false>::pixels);
 
 /** How many of the outputs are of 16 bits. */
 constexpr unsigned count_results(OutputSet outputs) {
