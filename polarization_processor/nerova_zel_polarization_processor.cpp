@@ -120,7 +120,15 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_transform(
   if (client == nullptr) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
   }
-  return nerova_zel::transform(
-      *client, {processor, phase, input, origin_x, origin_y, width, height, bit_depth, output_maximum,
-                normalized_stokes, total_power, horizontal_vertical, diagonal, azimuth, degree_of_linear_polarization});
+  return nerova_zel::transform(*client, {processor,
+                                         phase,
+                                         input,
+                                         origin_x,
+                                         origin_y,
+                                         width,
+                                         height,
+                                         bit_depth,
+                                         output_maximum,
+                                         {normalized_stokes, total_power, horizontal_vertical, diagonal, azimuth,
+                                          degree_of_linear_polarization}});
 }
