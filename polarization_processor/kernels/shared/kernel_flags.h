@@ -28,5 +28,6 @@ constexpr unsigned flag_combinations = 1024;
 constexpr unsigned height_even_bit = 1U << 7U;
 constexpr unsigned width_even_bit = 1U << 8U;
 constexpr unsigned sse41_bit = 1U << 9U;
+static_assert(height_even_bit == pixel_selection_count && flag_combinations == 2 * sse41_bit);
 
 }  // namespace nerova_zel

@@ -14,6 +14,7 @@ constexpr OutputSet output_diagonal = 1U << 3U;
 constexpr OutputSet output_azimuth = 1U << 4U;
 constexpr OutputSet output_degree = 1U << 5U;
 constexpr OutputSet all_outputs = 63;
+static_assert(all_outputs == 2 * output_degree - 1);
 
 /** Outputs that are rescaled from the input range to the output range when the maxima differ. */
 constexpr OutputSet rescaled_outputs = output_total_power | output_horizontal_vertical | output_diagonal;
@@ -34,6 +35,7 @@ struct PixelSelection {
 };
 
 constexpr unsigned pixel_selection_count = 128;
+static_assert(pixel_selection_count == 2 * (all_outputs + 1));
 
 constexpr unsigned pixel_selection_index(PixelSelection selection) {
   return (selection.outputs << 1U) | (selection.equal_maximum ? 1U : 0U);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace nerova_zel {
@@ -38,5 +39,16 @@ struct TransformParameters {
   std::uint16_t* azimuth;                        ///< width * height, or NULL
   std::uint16_t* degree_of_linear_polarization;  ///< width * height, or NULL
 };
+
+// Each field lies at the next multiple of its own size: in 64 bits there is a gap before the input.
+constexpr bool has_wide_pointers = sizeof(void*) == 8;
+static_assert(sizeof(CalibrationMatrix) == 64);
+static_assert(offsetof(TransformParameters, phase) == 8);
+static_assert(offsetof(TransformParameters, input) == (has_wide_pointers ? 16 : 12));
+static_assert(offsetof(TransformParameters, input_maximum) == (has_wide_pointers ? 28 : 20));
+static_assert(offsetof(TransformParameters, integer_output_maximum) == (has_wide_pointers ? 36 : 28));
+static_assert(offsetof(TransformParameters, normalized_stokes) == (has_wide_pointers ? 40 : 32));
+static_assert(offsetof(TransformParameters, degree_of_linear_polarization) == (has_wide_pointers ? 80 : 52));
+static_assert(sizeof(TransformParameters) == (has_wide_pointers ? 88 : 56));
 
 }  // namespace nerova_zel
