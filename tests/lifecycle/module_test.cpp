@@ -5,8 +5,8 @@
 #include <thread>
 
 #include "lifecycle/arrangement.h"
-#include "lifecycle/failing_allocation.h"
 #include "lifecycle/transform_call.h"
+#include "support/failing_allocation.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -145,6 +145,13 @@ TEST(Module, LoggerThatThrowsIsContained) {
   }
   Arrangement arrangement;
   arrangement.add_logger();
+  arrangement.logger.on_get_log = [] { throw 1; };
+  EXPECT_EQ(arrangement.library().module_initialize(), 0);
+  EXPECT_TRUE(arrangement.logger_loaded());
+  EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+  EXPECT_EQ(arrangement.journal.take(), (Events{get_log, free_log}));
+  arrangement.logger.on_get_log = [] {};
   arrangement.logger.on_log = [] { throw 1; };
   arrangement.logger.on_free_log = [] { throw 1; };
   EXPECT_EQ(arrangement.library().module_initialize(), 0);
