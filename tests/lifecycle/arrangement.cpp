@@ -1,6 +1,5 @@
 #include "lifecycle/arrangement.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -136,7 +135,6 @@ std::int32_t MockLogger::log(void* log, std::int32_t level, const char* file, st
   std::string text = message;
   if (level == 7) {
     path = without_beginning(path);
-    logged_microseconds = std::strtod(text.c_str() + text.find_first_of("0123456789"), nullptr);
     text = journals_times ? text : without_number(text);
   }
   journal_.add((log == this ? "" : "wrong handle ") + std::to_string(level) + '|' + path + '|' + std::to_string(line) +

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -50,7 +49,6 @@ class MockLogger final : public LoggerBehaviour {
   std::function<void()> on_log = [] {};
   std::function<void()> on_free_log = [] {};
   std::int32_t log_result = 0;
-  std::atomic<double> logged_microseconds{0};  ///< of the last timing record
 
   void* get_log(const char* module_name, const char* second_name, const char* configuration) override;
   std::int32_t log(void* log, std::int32_t level, const char* file, std::int32_t line, const char* function,

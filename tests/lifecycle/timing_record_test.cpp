@@ -78,6 +78,22 @@ TEST_F(TimingRecord, HasADecimalPointInEveryLocale) {
   std::setlocale(LC_ALL, "C");
 }
 
+TEST_F(TimingRecord, IsOfTheWholeFrame) {
+  constexpr std::size_t side = 600;
+  const std::vector<std::uint16_t> frame(side * side, 100);
+  std::vector<std::uint16_t> azimuth(frame.size());
+  nv_polarization_processor* const processor = arrangement.make_processor();
+  const LoadedLibrary& library = arrangement.library();
+  EXPECT_EQ(library.transform(processor, 0, frame.data(), 0, 0, side, side, 12, 65535, nullptr, nullptr, nullptr,
+                              nullptr, azimuth.data(), nullptr),
+            0);
+  const std::string record = arrangement.journal.take().at(0);
+  // No processor computes a pixel in a hundredth of a nanosecond.
+  EXPECT_GT(std::stod(record.substr(record.find("takes ") + 6)), side * side * 1e-5);
+  EXPECT_EQ(library.destroy(processor), 0);
+  EXPECT_EQ(library.module_terminate(), 0);
+}
+
 TEST_F(TimingRecord, IsLeftOutWithoutACounter) {
   const TransformCall call(nullptr);
   for (const std::vector<std::int64_t>& counts : {std::vector<std::int64_t>{}, std::vector<std::int64_t>{1}}) {

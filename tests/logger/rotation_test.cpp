@@ -96,7 +96,7 @@ TEST_F(Rotation, IsLeftToTheProcessThatHoldsTheLock) {
   void* const log = get_log();
   EXPECT_EQ(write(log, "1"), 0);
   {
-    const HeldLock rotation("nerova_zel.log", HeldLock::For::Rotation);
+    const HeldRotation rotation("nerova_zel.log");
     EXPECT_EQ(write(log, "2"), 0);
     EXPECT_EQ(files_of("nerova_zel.log").size(), 1U);
   }
@@ -112,7 +112,7 @@ TEST_F(Rotation, AppendingWaitsForOtherProcessesButNotForEver) {
   configure(numbers_only);
   void* const log = get_log();
   EXPECT_EQ(write(log, "1"), 0);
-  const HeldLock append("nerova_zel.log", HeldLock::For::Append);
+  const HeldAppend append("nerova_zel.log");
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(write(log, "2"), 0);
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
