@@ -15,7 +15,6 @@ namespace nerova_zel {
 
 namespace {
 
-constexpr std::size_t largest_step = 32;
 constexpr std::size_t cache_line = 64;
 constexpr std::size_t pair_bytes = 2 * sizeof(float);
 

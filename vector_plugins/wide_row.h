@@ -32,6 +32,9 @@ struct RowStretch {
 /** Computes a stretch into the images. Leaves the upper halves of the vector registers clean. */
 using WideRow = void (*)(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch);
 
+/** Pixels that any code may compute at a time: buffers for a step have this size. */
+constexpr std::size_t largest_step = 32;
+
 /** By pixel selection index. */
 struct WideRowTable {
   WideRow rows[pixel_selection_count];

@@ -137,6 +137,7 @@ constexpr WideRow choose_row() {
 
 template <class Rows, unsigned... indices>
 constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
+  static_assert(StepFor<false>::pixels <= largest_step);
   return {{choose_row<Rows, false, indices>()...}, {choose_row<Rows, true, indices>()...}, StepFor<false>::pixels};
 }
 

@@ -47,6 +47,18 @@ struct TransformParameters {
   OutputImages images;
 };
 
+// The layout that plugins rely on. Each field lies at the next multiple of its own size: in 64 bits there is a gap
+// before the input.
+constexpr bool has_wide_pointers = sizeof(void*) == 8;
+static_assert(sizeof(CalibrationMatrix) == 64);
+static_assert(offsetof(TransformParameters, phase) == 8);
+static_assert(offsetof(TransformParameters, input) == (has_wide_pointers ? 16 : 12));
+static_assert(offsetof(TransformParameters, input_maximum) == (has_wide_pointers ? 28 : 20));
+static_assert(offsetof(TransformParameters, integer_output_maximum) == (has_wide_pointers ? 36 : 28));
+static_assert(offsetof(TransformParameters, images) == (has_wide_pointers ? 40 : 32));
+static_assert(offsetof(OutputImages, degree_of_linear_polarization) == 5 * sizeof(void*));
+static_assert(sizeof(TransformParameters) == offsetof(TransformParameters, images) + sizeof(OutputImages));
+
 /** A combination of outputs, one bit each, in the order of OutputImages. */
 using OutputSet = unsigned;
 
