@@ -177,12 +177,12 @@ TEST(CppInterface, AMovedFromProcessorThrows) {
   Processor processor;
   { const Processor taken = std::move(processor); }
   Images images;
-  // NOLINTBEGIN(bugprone-use-after-move): what happens then is the question
+  // NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): what happens then is the question
   EXPECT_EQ(code_of([&] { processor.transform(images.frame(), images.outputs()); }),
             NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE);
   EXPECT_EQ(code_of([&] { processor.set_calibration({}); }), NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE);
   EXPECT_EQ(code_of([&] { processor.calibration(); }), NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE);
-  // NOLINTEND(bugprone-use-after-move)
+  // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
 }
 
 TEST(CppInterface, PassesEveryArgumentToItsPlace) {
