@@ -41,8 +41,8 @@ struct TextEntry {
 
 /** How hard a writer tries. What it writes depends on nothing else than this, the pixels and the texts. */
 enum class Compression {
-  fast,  ///< for images as cameras give them: Huffman codes and runs of zeros over differences of neighbours
-  small  ///< for drawings, which repeat themselves: zlib's search for repetitions, several times slower
+  fast,  ///< for images as cameras give them: deflate level 1 over differences of neighbours
+  small  ///< for drawings, which repeat themselves: deflate level 6, several times slower
 };
 
 /** What a file says of one of its pages. */

@@ -1,63 +1,15 @@
 #include <png.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cstring>
 
 #include "codec_error.h"
-#include "fast_deflate.h"
 #include "png_file.h"
-#include "row_blocks.h"
 
 namespace nerova_zel {
 
 namespace {
-
-/** A row behind its filter byte: each byte less the same byte of the pixel to its left, 16 bits high byte first. */
-template <class Sample>
-void filter_row(const unsigned char* row, std::size_t samples, std::size_t channels, unsigned char* filtered) {
-  *filtered++ = PNG_FILTER_VALUE_SUB;
-  const auto sample = [&](std::size_t i) {
-    Sample value = 0;
-    std::memcpy(&value, row + i * sizeof(Sample), sizeof(Sample));
-    return static_cast<unsigned>(value);
-  };
-  const auto put = [&](std::size_t i, unsigned value, unsigned left) {
-    if constexpr (sizeof(Sample) == 2) {
-      filtered[2 * i] = static_cast<unsigned char>((value >> 8U) - (left >> 8U));
-      filtered[2 * i + 1] = static_cast<unsigned char>(value - left);
-    } else {
-      filtered[i] = static_cast<unsigned char>(value - left);
-    }
-  };
-  for (std::size_t i = 0; i < std::min(channels, samples); ++i) {
-    put(i, sample(i), 0);
-  }
-  for (std::size_t i = channels; i < samples; ++i) {
-    put(i, sample(i), sample(i - channels));
-  }
-}
-
-/** All pixels as the content of IDAT chunks. */
-Bytes compress_fast(const ImageView& image) {
-  const auto channels = static_cast<std::size_t>(image.channels);
-  const std::size_t samples = static_cast<std::size_t>(image.width) * channels;
-  const std::size_t row_bytes = image.row_bytes() + 1;
-  Bytes compressed;
-  compressed.reserve(row_bytes * static_cast<std::size_t>(image.height) / 2);
-  FastDeflate deflate(compressed);
-  for_each_block(
-      image, row_bytes,
-      [&](const unsigned char* row, unsigned char* filtered) {
-        if (image.element == Element::uint16) {
-          filter_row<std::uint16_t>(row, samples, channels, filtered);
-        } else {
-          filter_row<std::uint8_t>(row, samples, channels, filtered);
-        }
-      },
-      [&](const unsigned char* block, std::size_t size) { deflate.add(block, size); });
-  deflate.finish();
-  return compressed;
-}
 
 bool is_ascii(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 128; });
@@ -100,18 +52,7 @@ class PngWriter {
     });
   }
 
-  void write_pixels(const Bytes& compressed) {
-    attempt([&] {
-      constexpr std::size_t most = 1U << 30U;  // in one chunk
-      for (std::size_t at = 0; at < compressed.size(); at += most) {
-        png_write_chunk(png_, reinterpret_cast<png_const_bytep>("IDAT"), compressed.data() + at,
-                        std::min(most, compressed.size() - at));
-      }
-      png_write_chunk(png_, reinterpret_cast<png_const_bytep>("IEND"), nullptr, 0);
-    });
-  }
-
-  void compress_small(const ImageView& image) {
+  void write_pixels(const ImageView& image) {
     attempt([&] {
       const std::uint16_t one = 1;
       if (image.element == Element::uint16 && *reinterpret_cast<const unsigned char*>(&one) == 1) {
@@ -125,10 +66,16 @@ class PngWriter {
   }
 
   /** Before write_head. */
-  void choose_small() {
-    attempt([this] {
-      png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_ALL_FILTERS);
-      png_set_compression_level(png_, 6);
+  void choose(Compression compression) {
+    attempt([&] {
+      if (compression == Compression::small) {
+        png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_ALL_FILTERS);
+        png_set_compression_level(png_, 6);
+      } else {
+        png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
+        png_set_compression_level(png_, 1);
+        png_set_compression_strategy(png_, Z_RLE);
+      }
     });
   }
 
@@ -186,14 +133,9 @@ Bytes encode_png(const ImageView& image, const std::vector<TextEntry>& texts, Co
                      "an image of floating-point numbers or of other than 1 or 3 channels cannot be encoded as PNG");
   }
   PngWriter writer;
-  if (compression == Compression::small) {
-    writer.choose_small();
-    writer.write_head(image, texts);
-    writer.compress_small(image);
-  } else {
-    writer.write_head(image, texts);
-    writer.write_pixels(compress_fast(image));
-  }
+  writer.choose(compression);
+  writer.write_head(image, texts);
+  writer.write_pixels(image);
   return writer.take();
 }
 

@@ -1,8 +1,7 @@
+#include <algorithm>
 #include <cstring>
 
 #include "codec_error.h"
-#include "fast_deflate.h"
-#include "row_blocks.h"
 #include "tiff_file.h"
 #include "tiff_memory.h"
 
@@ -10,26 +9,9 @@ namespace nerova_zel {
 
 namespace {
 
-/** A row as horizontal differencing leaves it: each sample less the same one of the pixel to its left, low byte first.
- */
-template <class Sample>
-void difference_row(const unsigned char* row, std::size_t samples, std::size_t channels, unsigned char* differences) {
-  const auto sample = [&](std::size_t i) {
-    Sample value = 0;
-    std::memcpy(&value, row + i * sizeof(Sample), sizeof(Sample));
-    return static_cast<unsigned>(value);
-  };
-  const auto put = [&](std::size_t i, unsigned value) {
-    for (std::size_t byte = 0; byte < sizeof(Sample); ++byte) {
-      differences[sizeof(Sample) * i + byte] = static_cast<unsigned char>(value >> 8 * byte);
-    }
-  };
-  for (std::size_t i = 0; i < std::min(channels, samples); ++i) {
-    put(i, sample(i));
-  }
-  for (std::size_t i = channels; i < samples; ++i) {
-    put(i, sample(i) - sample(i - channels));
-  }
+/** 128 KiB, but at least one row. */
+std::size_t rows_per_strip(const ImageView& image) {
+  return std::max<std::size_t>(1, std::size_t{128} * 1024 / image.row_bytes());
 }
 
 [[noreturn]] void fail(const std::string& reason) {
@@ -46,7 +28,7 @@ void set_tags(TIFF* tiff, const ImageView& image, const TiffTags& tags, Compress
   TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, image.channels == 3 && !is_float ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
   TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
   TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rows_per_block(image.row_bytes())));
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rows_per_strip(image)));
   if (is_float) {
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     if (image.channels > 1) {
@@ -69,40 +51,20 @@ void set_tags(TIFF* tiff, const ImageView& image, const TiffTags& tags, Compress
   }
 }
 
-bool write_fast(TIFF* tiff, const ImageView& image) {
-  const auto channels = static_cast<std::size_t>(image.channels);
-  const std::size_t samples = static_cast<std::size_t>(image.width) * channels;
-  bool written = true;
+bool write_strips(TIFF* tiff, const ImageView& image) {
+  const std::size_t rows = std::min(rows_per_strip(image), static_cast<std::size_t>(image.height));
+  Bytes strip(rows * image.row_bytes());
+  const auto height = static_cast<std::size_t>(image.height);
   std::uint32_t number = 0;
-  for_each_block(
-      image, image.row_bytes(),
-      [&](const unsigned char* row, unsigned char* differences) {
-        if (image.element == Element::uint16) {
-          difference_row<std::uint16_t>(row, samples, channels, differences);
-        } else {
-          difference_row<std::uint8_t>(row, samples, channels, differences);
-        }
-      },
-      [&](const unsigned char* block, std::size_t size) {
-        Bytes strip;
-        FastDeflate deflate(strip);
-        deflate.add(block, size);
-        deflate.finish();
-        written = written && TIFFWriteRawStrip(tiff, number++, strip.data(), static_cast<tmsize_t>(strip.size())) > 0;
-      });
-  return written;
-}
-
-bool write_by_libtiff(TIFF* tiff, const ImageView& image) {
-  bool written = true;
-  std::uint32_t number = 0;
-  for_each_block(
-      image, image.row_bytes(),
-      [&](const unsigned char* row, unsigned char* copy) { std::memcpy(copy, row, image.row_bytes()); },
-      [&](unsigned char* block, std::size_t size) {
-        written = written && TIFFWriteEncodedStrip(tiff, number++, block, static_cast<tmsize_t>(size)) > 0;
-      });
-  return written;
+  for (std::size_t y = 0; y < height; y += rows) {
+    // A copy, because the differences are taken in place.
+    const std::size_t size = std::min(rows, height - y) * image.row_bytes();
+    std::memcpy(strip.data(), image.row(static_cast<int>(y)), size);
+    if (TIFFWriteEncodedStrip(tiff, number++, strip.data(), static_cast<tmsize_t>(size)) < 0) {
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
@@ -116,8 +78,7 @@ Bytes encode_tiff(const ImageView& image, const TiffTags& tags, Compression comp
   Bytes bytes;
   TiffMemory file(bytes);
   set_tags(file.tiff(), image, tags, compression);
-  const bool written = !is_float && compression == Compression::fast ? write_fast(file.tiff(), image)
-                                                                     : write_by_libtiff(file.tiff(), image);
+  const bool written = write_strips(file.tiff(), image);
   const bool finished = written && TIFFWriteDirectory(file.tiff()) != 0;
   file.close();
   if (!finished || !file.error().empty()) {
