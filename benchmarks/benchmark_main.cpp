@@ -68,7 +68,7 @@ struct Variant {
   bool custom_matrices;
 };
 
-/** Only the library's routes heed the maxima, and only the plugins the matrices in the whole frame. */
+/** Only the library's routes use the maxima, and only the plugins the matrices in the whole frame. */
 std::vector<Variant> variants(const std::string& route) {
   if (route == "avx2" || route == "avx512") {
     return {{false, false}, {true, false}, {false, true}, {true, true}};

@@ -41,7 +41,7 @@ NEROVA_INLINE Float cubic_arctangent(Float t, float scale) {
  *   otherwise:    angle = start - cubic(s1 / s2)   start = pi / 2 with the sign of s2
  *
  * Both quotients come from reciprocal estimates; the cubic is odd, so that one subtraction serves both. The angle is
- * halved first, which is exact: its largest constant is then a quarter turn, one that AVX-512 has at hand. Samples says
+ * halved first, which is exact: its largest constant is then a quarter turn, which an AVX-512 instruction supplies. Samples says
  * how the cases are told apart, depending on what s1 and s2 can be.
  */
 template <class Samples, class Float>
