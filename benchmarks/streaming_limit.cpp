@@ -3,9 +3,9 @@
 #include <emmintrin.h>
 
 #include <cstddef>
-#include <initializer_list>
 
 #include "kernels/shared/always_inline.h"
+#include "kernels/shared/outputs.h"
 
 // Compiled for several processors, of which the program chooses when it is loaded.
 #if defined(__linux__)
@@ -29,22 +29,16 @@ struct Images {
     char* bytes;
     std::size_t lines;
   };
-  Image images[6] = {};
+  Image images[Outputs::count] = {};
   std::size_t count = 0;
 
-  explicit Images(const TransformParameters& p) {
-    add(p.normalized_stokes, 2 * sizeof(float) / sizeof(std::uint16_t));
-    for (std::uint16_t* const image :
-         {p.total_power, p.horizontal_vertical, p.diagonal, p.azimuth, p.degree_of_linear_polarization}) {
-      add(image, 1);
-    }
-  }
-
- private:
-  void add(void* image, std::size_t lines) {
-    if (image != nullptr) {
-      images[count++] = {static_cast<char*>(image), lines};
-    }
+  explicit Images(const OutputImages& all) {
+    Outputs::for_each([&](auto output) {
+      constexpr std::size_t elements = output.is_pair ? 2 : 1;
+      if (auto* const image = all.*output.image) {
+        images[count++] = {reinterpret_cast<char*>(image), elements * sizeof(*image) / sizeof(std::uint16_t)};
+      }
+    });
   }
 };
 
@@ -71,7 +65,7 @@ template <Stores stores>
 NEROVA_INLINE void stream(const TransformParameters& p) {
   constexpr std::size_t read_ahead = 4096;
   constexpr std::size_t write_ahead = 16 * line_bytes;
-  const Images all(p);
+  const Images all(p.images);
   const std::size_t pixels = static_cast<std::size_t>(p.width) * static_cast<std::size_t>(p.height);
   for (std::size_t x = 0; x + step_pixels <= pixels; x += step_pixels) {
     const auto* const samples = reinterpret_cast<const Line*>(p.input + x);

@@ -1,9 +1,9 @@
 /* The entry points of a library that the program is linked with, by its header and (on Windows) its import library. */
-#include "entry_points.h"
+#include "nerova_zel/polarization_processor.h"
 
 #include <stddef.h>
 
-#include "nerova_zel/polarization_processor.h"
+#include "entry_points.h"
 
 static int32_t LIBRARY_CALL create(void** processor) {
   nv_polarization_processor* created = NULL;

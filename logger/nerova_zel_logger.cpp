@@ -33,6 +33,6 @@ std::int32_t zel_log(void* log, std::int32_t level, const char* source_file, std
 void zel_free_log(const char* module_name, const char* second_name) {
   try {
     registry().release(module_name, second_name);
-  } catch (...) {  // NOLINT(bugprone-empty-catch): out of memory while looking the log up; it stays open
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a mutex that fails; the log stays open
   }
 }

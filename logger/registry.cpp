@@ -1,20 +1,19 @@
 #include "registry.h"
 
 #include <new>
-#include <tuple>
 
 namespace nerova_zel::logger {
 
 namespace {
 
-void report(const ConfigurationFault& fault, const char* file_name, Log& log) {
-  std::string message = "ERROR: ";
-  message += file_name;
-  if (fault.line != 0) {
-    message += ", line " + std::to_string(fault.line);
-  }
-  message += ": " + fault.reason + '.';
+void report(const ConfigurationFault& fault, const char* file_name, Log& log) noexcept {
   try {
+    std::string message = "ERROR: ";
+    message += file_name;
+    if (fault.line != 0) {
+      message += ", line " + std::to_string(fault.line);
+    }
+    message += ": " + fault.reason + '.';
     log.write(error_level, file_name, fault.line, "zel_get_log", message.c_str());
   } catch (...) {  // NOLINT(bugprone-empty-catch): a log that cannot be written says so on each record
   }
@@ -30,29 +29,34 @@ struct FlushAtExit {
 
 }  // namespace
 
+Registry::Entry& Registry::entry_of(const Names& names) {
+  const auto place = entries_.find(names);
+  return place != entries_.end()
+             ? place->second
+             : entries_.try_emplace({std::string(names.first), std::string(names.second)}).first->second;
+}
+
 Log* Registry::acquire(const char* module_name, const char* second_name, const char* configuration_file_name) {
-  std::pair<std::string, std::string> names(module_name, second_name);
   const std::lock_guard<std::mutex> lock(mutex_);
-  auto place = entries_.find(names);
-  if (place == entries_.end()) {
+  Entry& entry = entry_of({module_name, second_name});
+  ++entry.references;  // first: whoever gets no log for lack of memory gives it back all the same
+  if (!entry.log) {
     const ConfigurationReading reading = read_configuration(configuration_file_name);
-    std::string name = names.second.empty() ? names.first : names.first + '/' + names.second;
-    place = entries_
-                .emplace(std::piecewise_construct, std::forward_as_tuple(std::move(names)),
-                         std::forward_as_tuple(std::move(name), reading.configuration))
-                .first;
+    std::string name = module_name;
+    if (*second_name != '\0') {
+      name.append("/").append(second_name);
+    }
+    entry.log.emplace(std::move(name), reading.configuration);
     for (const ConfigurationFault& fault : reading.faults) {
-      report(fault, configuration_file_name, place->second.log);
+      report(fault, configuration_file_name, *entry.log);
     }
   }
-  ++place->second.references;
-  return &place->second.log;
+  return &*entry.log;
 }
 
 void Registry::release(const char* module_name, const char* second_name) {
-  const std::pair<std::string, std::string> names(module_name, second_name);
   const std::lock_guard<std::mutex> lock(mutex_);
-  const auto place = entries_.find(names);
+  const auto place = entries_.find(Names(module_name, second_name));
   if (place != entries_.end() && --place->second.references == 0) {
     entries_.erase(place);
   }
@@ -62,7 +66,9 @@ void Registry::flush() noexcept {
   const std::unique_lock<std::mutex> lock(mutex_, std::try_to_lock);
   if (lock.owns_lock()) {
     for (auto& [names, entry] : entries_) {
-      entry.log.flush();
+      if (entry.log) {
+        entry.log->flush();
+      }
     }
   }
 }

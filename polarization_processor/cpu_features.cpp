@@ -62,6 +62,8 @@ CpuLevel measure_cpu_level() noexcept {
   if (keeps_state(features, opmask_and_zmm_state) && has_bits(extended.ebx, avx512_f_dq_bw)) {
     return CpuLevel::Avx512;
   }
+  // Here the operating system is not asked on purpose: where it does not keep the registers, the plugin refuses to
+  // start.
   if (has_bits(extended.ebx, avx2) && has_bits(features.ecx, fma)) {
     return CpuLevel::Avx2;
   }

@@ -6,16 +6,31 @@
 // set; a division by a dark pixel must not end the caller's process. The rounding mode stays the caller's.
 namespace nerova_zel {
 
-/** The old floating-point unit, which runtimes use also where programs do not. Restored on destruction. */
+/**
+ * The old floating-point unit, which 32-bit code computes with where it does without SSE, and runtimes use everywhere:
+ * in double precision, whatever the caller has set. Restored on destruction.
+ */
 class QuietX87 {
  public:
-  QuietX87() noexcept { __asm__ volatile("fnstenv %0" : "=m"(environment_)); }  // masks all exceptions too
+  QuietX87() noexcept {
+    __asm__ volatile("fnstenv %0" : "=m"(environment_));
+    constexpr std::uint16_t masks = 0x007F;
+    constexpr std::uint16_t double_precision = 0x0200;
+    constexpr std::uint16_t rounding = 0x0C00;
+    const auto quiet = static_cast<std::uint16_t>((environment_.control & rounding) | double_precision | masks);
+    __asm__ volatile("fldcw %0" : : "m"(quiet));
+  }
   ~QuietX87() { __asm__ volatile("fldenv %0" : : "m"(environment_)); }
   QuietX87(const QuietX87&) = delete;
   QuietX87& operator=(const QuietX87&) = delete;
 
  private:
-  std::uint8_t environment_[28];
+  struct Environment {
+    std::uint16_t control;
+    std::uint8_t rest[26];
+  };
+
+  Environment environment_;
 };
 
 /** The vector units, where there are any. Settings and flags are restored on destruction. */

@@ -1,7 +1,6 @@
 #include "log_client.h"
 
 #include <cstdarg>
-#include <cstdio>
 
 namespace nerova_zel {
 
@@ -26,7 +25,10 @@ void LogClient::bind() {
   if (get_log == nullptr) {
     return;
   }
-  log_handle_ = get_log(module_name_.c_str(), second_name_.c_str(), configuration_file_name_.c_str());
+  try {
+    log_handle_ = get_log(module_name_.c_str(), second_name_.c_str(), configuration_file_name_.c_str());
+  } catch (...) {  // NOLINT(bugprone-empty-catch): as good as no handle
+  }
   if (log_handle_ == nullptr) {
     return;
   }
@@ -59,9 +61,9 @@ bool LogClient::log(LogLevel level, const char* source_file, std::int32_t source
   std::va_list arguments;
   va_start(arguments, format);
   // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it does not follow va_start here
-  const int length = std::vsnprintf(message, sizeof(message), format, arguments);
+  const bool written = formatter_.write(message, sizeof(message), format, arguments);
   va_end(arguments);
-  if (length < 0 || static_cast<std::size_t>(length) >= sizeof(message)) {
+  if (!written) {
     return false;
   }
   try {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/dynamic_library.h"
+#include "platform/formatter.h"
 
 namespace nerova_zel {
 
@@ -22,7 +23,8 @@ class LogClient {
   LogClient(const LogClient&) = delete;
   LogClient& operator=(const LogClient&) = delete;
 
-  /** Formats as printf does. Returns whether the logger accepted the record; raises nothing, not even out of memory. */
+  /** Formats as printf does in the C locale. Returns whether the logger accepted the record; raises nothing, not even
+   * out of memory. */
   [[gnu::format(printf, 6, 7)]] bool log(LogLevel level, const char* source_file, std::int32_t source_line,
                                          const char* function_name, const char* format, ...) const noexcept;
 
@@ -36,6 +38,7 @@ class LogClient {
   void* log_handle_ = nullptr;
   WriteEntry write_entry_ = nullptr;
   bool enabled_ = false;
+  Formatter formatter_;
   std::string module_name_;
   std::string second_name_;  ///< always empty, yet part of the key under which the logger keeps the log
   std::string configuration_file_name_;

@@ -6,19 +6,22 @@
 
 #include "cpu_features.h"
 #include "module.h"
+#include "platform/thread_cancellation.h"
 #include "processor.h"
 #include "records.h"
 #include "transform.h"
 
+// As in C, so that a definition that differs from the header does not compile.
 // Callers on 32-bit x86 may align the stack to 4 bytes only; everything beneath these functions relies on 16.
 #if defined(__i386__)
-#define NEROVA_ENTRY [[gnu::force_align_arg_pointer]]
+#define NEROVA_ENTRY extern "C" [[gnu::force_align_arg_pointer]]
 #else
-#define NEROVA_ENTRY
+#define NEROVA_ENTRY extern "C"
 #endif
 
 namespace records = nerova_zel::records;
 using nerova_zel::current_log_client;
+using nerova_zel::HeldCancellation;
 using nerova_zel::LogClient;
 
 struct nv_polarization_processor final : nerova_zel::Processor {  // NOLINT(readability-identifier-naming): public name
@@ -26,17 +29,20 @@ struct nv_polarization_processor final : nerova_zel::Processor {  // NOLINT(read
 };
 
 NEROVA_ENTRY std::int32_t nv_polarization_processor_module_initialize() {
+  const HeldCancellation held_cancellation;
   nerova_zel::initialize_module();
   return NV_POLARIZATION_PROCESSOR_SUCCESS;
 }
 
 NEROVA_ENTRY std::int32_t nv_polarization_processor_module_terminate() {
+  const HeldCancellation held_cancellation;
   nerova_zel::terminate_module();
   return NV_POLARIZATION_PROCESSOR_SUCCESS;
 }
 
 NEROVA_ENTRY std::int32_t nv_polarization_processor_create_polarization_processor(
     nv_polarization_processor** processor) {
+  const HeldCancellation held_cancellation;
   const LogClient* const client = current_log_client();
   if (client == nullptr) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
@@ -59,6 +65,7 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_create_polarization_processo
 
 NEROVA_ENTRY std::int32_t nv_polarization_processor_destroy_polarization_processor(
     nv_polarization_processor* processor) {
+  const HeldCancellation held_cancellation;
   const LogClient* const client = current_log_client();
   if (client == nullptr) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
@@ -74,6 +81,7 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_destroy_polarization_process
 NEROVA_ENTRY std::int32_t nv_polarization_processor_set_custom_calibration_coefficients(
     nv_polarization_processor* processor, const float* matrix_0, const float* matrix_1, const float* matrix_2,
     const float* matrix_3) {
+  const HeldCancellation held_cancellation;
   const LogClient* const client = current_log_client();
   if (client == nullptr) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
@@ -93,6 +101,7 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_set_custom_calibration_coeff
 
 NEROVA_ENTRY std::int32_t nv_polarization_processor_get_custom_calibration_coefficients(
     nv_polarization_processor* processor, float* matrix_0, float* matrix_1, float* matrix_2, float* matrix_3) {
+  const HeldCancellation held_cancellation;
   const LogClient* const client = current_log_client();
   if (client == nullptr) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
@@ -116,11 +125,20 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_transform(
     std::uint16_t output_maximum, float* normalized_stokes, std::uint16_t* total_power,
     std::uint16_t* horizontal_vertical, std::uint16_t* diagonal, std::uint16_t* azimuth,
     std::uint16_t* degree_of_linear_polarization) {
+  const HeldCancellation held_cancellation;
   const LogClient* const client = current_log_client();
   if (client == nullptr) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
   }
-  return nerova_zel::transform(
-      *client, {processor, phase, input, origin_x, origin_y, width, height, bit_depth, output_maximum,
-                normalized_stokes, total_power, horizontal_vertical, diagonal, azimuth, degree_of_linear_polarization});
+  return nerova_zel::transform(*client, {processor,
+                                         phase,
+                                         input,
+                                         origin_x,
+                                         origin_y,
+                                         width,
+                                         height,
+                                         bit_depth,
+                                         output_maximum,
+                                         {normalized_stokes, total_power, horizontal_vertical, diagonal, azimuth,
+                                          degree_of_linear_polarization}});
 }

@@ -3,13 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "kernels/shared/output_set.h"
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/outputs.h"
 
 namespace nerova_zel {
-
-/** Pixels for which a frame has room beside its images. */
-constexpr std::size_t largest_step = 32;
 
 /** What is prepared once per frame; reciprocals as the sum of two floats. */
 struct FrameConstants {
@@ -35,6 +31,9 @@ struct RowStretch {
 
 /** Computes a stretch into the images. Leaves the upper halves of the vector registers clean. */
 using WideRow = void (*)(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch);
+
+/** Pixels that any code may compute at a time: buffers for a step have this size. */
+constexpr std::size_t largest_step = 32;
 
 /** By pixel selection index. */
 struct WideRowTable {

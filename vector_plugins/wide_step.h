@@ -14,12 +14,13 @@ namespace nerova_zel {
 namespace {
 
 using Float = StepFor<false>::Float;
-static_assert(StepFor<false>::pixels <= largest_step && StepFor<true>::pixels == StepFor<false>::pixels);
+
+constexpr bool has_pairs(OutputSet outputs) { return (outputs & output_bit<NormalizedStokesOutput>) != 0; }
 
 /** How many of the outputs are of 16 bits. */
 constexpr unsigned count_results(OutputSet outputs) {
   unsigned count = 0;
-  for (OutputSet left = outputs & ~output_normalized_stokes; left != 0; left &= left - 1) {
+  for (OutputSet left = outputs & ~output_bit<NormalizedStokesOutput>; left != 0; left &= left - 1) {
     ++count;
   }
   return count;
@@ -27,7 +28,7 @@ constexpr unsigned count_results(OutputSet outputs) {
 
 /** Whether the outputs are at most this many of the 16-bit ones. */
 constexpr bool results_only(OutputSet outputs, unsigned most) {
-  return (outputs & output_normalized_stokes) == 0 && count_results(outputs) <= most;
+  return !has_pairs(outputs) && count_results(outputs) <= most;
 }
 constexpr bool few_results(OutputSet outputs) { return results_only(outputs, 2); }
 
@@ -37,11 +38,7 @@ constexpr bool enough_registers = sizeof(void*) == 8;
 /** Outputs of the first vector of a step, until the second one's join them; pairs only where they do. */
 struct PendingOutputs {
   NormalizedStokes<Float> pairs;
-  Float total_power;
-  Float horizontal_vertical;
-  Float diagonal;
-  Float azimuth;
-  Float degree_of_linear_polarization;
+  Float results[Outputs::count];  ///< by output_index
 };
 
 /**
@@ -69,17 +66,17 @@ NEROVA_INLINE void prepare_to_read(const std::uint16_t* samples) {
 /** Where the results of vector 0 or 1 of a step go. */
 template <class Step, class Rules, bool streams_pairs, int vector>
 struct StepTarget {
-  const TransformParameters& images;
+  const OutputImages& images;
   const OutputMaximum& maximum;
   std::size_t element;
   PendingOutputs& waiting;
 
-  NEROVA_INLINE void store_pair(Float first, Float second) const {
-    float* const to = images.normalized_stokes + 2 * element;
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, const NormalizedStokes<Float>& pair) const {
+    float* const to = images.*Output::image + 2 * element;
     if constexpr (vector == 0 && !streams_pairs) {
       prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
     }
-    const NormalizedStokes<Float> pair = {first, second};
     if constexpr (!Step::joins_pairs) {
       Step::template store_pairs<streams_pairs>(to, vector, pair);
     } else if constexpr (vector == 0) {
@@ -89,13 +86,15 @@ struct StepTarget {
     }
   }
 
-  template <OutputSet output>
-  NEROVA_INLINE void store(Float value) const {
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, Float value) const {
+    Float& pending = waiting.results[output_index<Output>];
     if constexpr (vector == 0) {
-      pending<output>() = value;
+      pending = value;
     } else {
-      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(image_of<output>(images) + element);
-      Step::store_outputs(image_of<output>(images) + element, narrow(pending<output>(), value));
+      std::uint16_t* const to = images.*Output::image + element;
+      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(to);
+      Step::store_outputs(to, narrow(pending, value));
     }
   }
 
@@ -106,12 +105,6 @@ struct StepTarget {
     } else {
       return Step::narrow(first, second);
     }
-  }
-
-  template <OutputSet output>
-  NEROVA_INLINE Float& pending() const {
-    return choose<output>(waiting.total_power, waiting.horizontal_vertical, waiting.diagonal, waiting.azimuth,
-                          waiting.degree_of_linear_polarization);
   }
 };
 
@@ -144,7 +137,7 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
   const auto rules = make_rules<Rules>(constants);
   const OutputMaximum maximum(constants.output_maximum);
   // Copies the stores below cannot alias, so that the pointers in them stay in registers.
-  const TransformParameters images = parameters;
+  const OutputImages images = parameters.images;
   const RowStretch stretch = row_stretch;
   const auto load = [&stretch](std::size_t x) __attribute__((always_inline)) {
     prepare_to_read(stretch.partner + x);
@@ -176,7 +169,7 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
 template <class Rows, bool streams_pairs, unsigned index>
 constexpr WideRow choose_row() {
   constexpr PixelSelection selection = pixel_selection(index);
-  if constexpr (selection.outputs != 0 && (!streams_pairs || (selection.outputs & output_normalized_stokes) != 0)) {
+  if constexpr (selection.outputs != 0 && (!streams_pairs || has_pairs(selection.outputs))) {
     return Rows::template of<selection.equal_maximum, selection.outputs, streams_pairs>();
   } else {
     return nullptr;
@@ -185,6 +178,7 @@ constexpr WideRow choose_row() {
 
 template <class Rows, unsigned... indices>
 constexpr WideRowTable make_table(std::integer_sequence<unsigned, indices...> /*all*/) {
+  static_assert(StepFor<false>::pixels <= largest_step);
   return {{choose_row<Rows, false, indices>()...}, {choose_row<Rows, true, indices>()...}, StepFor<false>::pixels};
 }
 

@@ -2,8 +2,9 @@
  * @file logger.h
  * @brief Entry points of the logger library, which others load at run time and look up by name.
  *
- * Self-contained C99; C calling convention. All entries may be called from any thread and raise nothing. Strings are
- * zero-terminated, never NULL and not kept by the library beyond the call.
+ * Self-contained C99; C calling convention. All entries may be called from any thread and raise nothing; a thread must
+ * not be cancelled (pthread_cancel) in one. Strings are zero-terminated, never NULL and not kept by the library beyond the
+ * call.
  *
  * The configuration file holds lines `key = value`. A # at the start of a line or after a blank starts a comment. Of a
  * key that is given twice the last one holds. A faulty line is ignored and reported by a record of level 2, whatever
@@ -50,7 +51,8 @@ extern "C" {
 #endif
 
 /**
- * The log of (module_name, second_name), made on the first call for that pair; each call needs a matching zel_free_log.
+ * The log of (module_name, second_name), made on the first call for that pair; each call needs a matching zel_free_log,
+ * also one that returns NULL.
  *
  * @param configuration_file_name read when the log is made and not for later calls; opened as given, so relative to the
  *        working directory.

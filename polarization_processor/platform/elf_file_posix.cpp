@@ -8,10 +8,14 @@
 
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 namespace nerova_zel {
 
 namespace {
+
+/** Of either word size. */
+constexpr std::uint64_t smallest_header = sizeof(Elf64_Ehdr);
 
 /** A file open for reading; closed on destruction. */
 class File {
@@ -30,9 +34,12 @@ class File {
     return pread(descriptor_, &value, sizeof(value), static_cast<off_t>(offset)) == static_cast<ssize_t>(sizeof(value));
   }
 
-  std::uint64_t size() const noexcept {
+  /** Of a regular file that could be opened; nothing otherwise. */
+  std::optional<std::uint64_t> size() const noexcept {
     struct stat status = {};
-    return fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    return fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)
+               ? std::optional<std::uint64_t>(static_cast<std::uint64_t>(status.st_size))
+               : std::nullopt;
   }
 
  private:
@@ -43,18 +50,24 @@ class File {
 
 bool is_whole_library(const char* path) noexcept {
   const File file(path);
+  const auto size = file.size();
+  if (!size) {
+    return true;
+  }
+  if (*size < smallest_header) {
+    return false;
+  }
   ElfW(Ehdr) header;
   if (!file.read(header, 0) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
       header.e_phentsize != sizeof(ElfW(Phdr))) {
     return true;
   }
-  const std::uint64_t size = file.size();
   for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
     ElfW(Phdr) segment;
     if (!file.read(segment, header.e_phoff + i * sizeof(segment))) {
       return false;
     }
-    if (segment.p_filesz > size || segment.p_offset > size - segment.p_filesz) {
+    if (segment.p_filesz > *size || segment.p_offset > *size - segment.p_filesz) {
       return false;
     }
   }

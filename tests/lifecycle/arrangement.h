@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -37,18 +36,19 @@ class Journal {
 
 /**
  * Journals "get_log module|second|configuration", "free_log module|second" and a record as
- * "level|file|line|function|message". Of a timing record the number, checked for its form, becomes "#", and what the
- * path begins with becomes "...".
+ * "level|file|line|function|message". Of a timing record the number, checked for its form, becomes "#" unless times are
+ * wanted, and what the path begins with becomes "...".
  */
 class MockLogger final : public LoggerBehaviour {
  public:
   explicit MockLogger(Journal& journal) : journal_(journal) {}
 
   bool gives_handle = true;
+  bool journals_times = false;
+  std::function<void()> on_get_log = [] {};
   std::function<void()> on_log = [] {};
   std::function<void()> on_free_log = [] {};
   std::int32_t log_result = 0;
-  std::atomic<double> logged_microseconds{0};  ///< of the last timing record
 
   void* get_log(const char* module_name, const char* second_name, const char* configuration) override;
   std::int32_t log(void* log, std::int32_t level, const char* file, std::int32_t line, const char* function,

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "lifecycle/arrangement.h"
-#include "lifecycle/failing_allocation.h"
+#include "support/failing_allocation.h"
 
 namespace nerova_zel::test {
 namespace {

@@ -3,13 +3,28 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <ctime>
 #include <fstream>
 
 #include "logger/log_directory.h"
+
+namespace {
+
+std::time_t clock_ahead = 0;  // seconds
+
+}  // namespace
+
+// Defined here, it serves the logger as well.
+extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const auto result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
+  time->tv_sec += clock == CLOCK_REALTIME ? clock_ahead : 0;
+  return result;
+}
 
 namespace nerova_zel::test {
 namespace {
@@ -93,6 +108,17 @@ TEST_F(Posix, ForkedProcessWritesNoneOfItsParentsLines) {
   EXPECT_EQ(status, 0);
   free_log();
   EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"child", "parent"}));
+}
+
+TEST_F(Posix, BufferIsWrittenWhenTheClockIsSetBack) {
+  configure("level = 7\nflush = buffer\npattern = %v\n");
+  void* const log = get_log();
+  clock_ahead = 3600;
+  EXPECT_EQ(write(log, "1", 7), 0);
+  clock_ahead = 0;
+  EXPECT_EQ(write(log, "2", 7), 0);
+  EXPECT_EQ(numbers_of("nerova_zel.log"), (std::vector<int>{1, 2}));
+  free_log();
 }
 
 TEST_F(Posix, UnreadableConfigurationIsReported) {

@@ -1,6 +1,8 @@
+#include <chrono>
 #include <fstream>
 
 #include "logger/log_directory.h"
+#include "logger/other_process.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -25,6 +27,7 @@ TEST_F(Rotation, KeepsTheNewestFilesBelowTheirSize) {
     void* const log = get_log();
     for (int i = 0; i < 100; ++i) {
       EXPECT_EQ(write(log, four_digits(i)), 0);
+      EXPECT_TRUE(i > 0 || files_of("nerova_zel.log").size() == 1);  // also if one record alone is too large
     }
     free_log();
     const std::vector<int> numbers = numbers_of("nerova_zel.log");
@@ -68,6 +71,55 @@ TEST_F(Rotation, ThatIsImpossibleLosesNothing) {
   EXPECT_EQ(numbers_of("nerova_zel.log").size(), 11U);
   EXPECT_EQ(lines_of("nerova_zel.log").size(), 1U);
 }
+
+TEST_F(Rotation, GoesNoFurtherThanARefusedRenaming) {
+  configure(numbers_only + std::string("max_size = 3\nkept_files = 9\n"));
+  void* const log = get_log();
+  const auto expect_all_after = [&](int number) {
+    EXPECT_EQ(write(log, four_digits(number)), 0);
+    EXPECT_EQ(numbers_of("nerova_zel.log").size(), static_cast<std::size_t>(number + 1));
+  };
+  for (int i = 0; i < 4; ++i) {
+    expect_all_after(i);
+  }
+  {
+    const FixedName oldest("nerova_zel.log.3");
+    expect_all_after(4);
+  }
+  expect_all_after(5);
+  EXPECT_EQ(files_of("nerova_zel.log").size(), 5U);
+  free_log();
+}
+
+TEST_F(Rotation, IsLeftToTheProcessThatHoldsTheLock) {
+  configure(numbers_only + std::string("max_size = 3\n"));
+  void* const log = get_log();
+  EXPECT_EQ(write(log, "1"), 0);
+  {
+    const HeldRotation rotation("nerova_zel.log");
+    EXPECT_EQ(write(log, "2"), 0);
+    EXPECT_EQ(files_of("nerova_zel.log").size(), 1U);
+  }
+  EXPECT_EQ(write(log, "3"), 0);
+  free_log();
+  EXPECT_EQ(files_of("nerova_zel.log").size(), 2U);
+  EXPECT_EQ(numbers_of("nerova_zel.log"), (std::vector<int>{1, 2, 3}));
+}
+
+#if defined(_WIN32)
+
+TEST_F(Rotation, AppendingWaitsForOtherProcessesButNotForEver) {
+  configure(numbers_only);
+  void* const log = get_log();
+  EXPECT_EQ(write(log, "1"), 0);
+  const HeldAppend append("nerova_zel.log");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(write(log, "2"), 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+  free_log();
+}
+
+#endif
 
 TEST_F(Rotation, FollowsTheNameWhenOthersMoveTheFile) {
   configure(numbers_only);

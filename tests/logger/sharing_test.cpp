@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "logger/log_directory.h"
+#include "support/failing_allocation.h"
 #include "support/module_file.h"
 
 namespace nerova_zel::test {
@@ -43,6 +44,37 @@ TEST_F(Sharing, LastFreeClosesTheLog) {
   free_log();
   EXPECT_EQ(lines_of("first.log").size(), 1U);
   EXPECT_EQ(lines_of("second.log").size(), 1U);
+}
+
+TEST_F(Sharing, ExhaustedMemoryMiscountsNoLog) {
+  watch_allocations(NEROVA_LOGGER);
+  constexpr char module[] = "a module whose name takes memory";
+  const auto log_of_module = [&] { return logger.get_log(module, "", "nerova_zel_logger.cfg"); };
+  bool happened = true;
+  for (int number = 0; happened; ++number) {
+    SCOPED_TRACE(number);
+    configure("a bad line\nfile = first.log\n");
+    {
+      const FailingAllocation failing(number, FailingAllocation::Extent::Once);
+      log_of_module();
+      happened = failing.happened();
+    }
+    logger.free_log(module, "");
+
+    configure("file = second.log\n");
+    void* const log = log_of_module();
+    {
+      const FailingAllocation failing(0, FailingAllocation::Extent::Once);
+      EXPECT_EQ(log_of_module(), log);  // or the next free would take the first reference
+    }
+    logger.free_log(module, "");
+    EXPECT_EQ(log_of_module(), log);
+    EXPECT_EQ(write(log, ""), 0);
+    logger.free_log(module, "");
+    logger.free_log(module, "");
+    EXPECT_EQ(lines_of("second.log").size(), 1U);
+    std::filesystem::remove("second.log");
+  }
 }
 
 TEST_F(Sharing, ThreadsGetWriteAndFreeAtWill) {

@@ -68,7 +68,7 @@ TEST_P(CleanRegisters, AfterFramesOfEveryPath) {
     parameters.input_maximum = 255.0F;
     parameters.output_maximum = 255.0F;
     parameters.integer_output_maximum = 255;
-    parameters.azimuth = azimuth.data();
+    parameters.images.azimuth = azimuth.data();
     for (const MatrixRow row : {default_row, custom_row}) {
       clean_wide_registers();
       plugin.transform(parameters, row);

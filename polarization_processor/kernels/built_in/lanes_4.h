@@ -9,6 +9,7 @@
 
 #include "kernels/shared/always_inline.h"
 #include "kernels/shared/polarizer_differences.h"
+#include "kernels/shared/radians.h"
 
 // Four lanes, in the SSE2 or the SSE4.1 form, whichever the file is compiled for. The forms differ in how samples are
 // brought into lanes and in how results are narrowed to 16 bits; the arithmetic is the same.
@@ -59,7 +60,7 @@ NEROVA_INLINE F32x4 negative_or_other(Mask4 mask, F32x4 negative, F32x4 other) {
 /** pi / 2 if the sign is negative, else 0; or other. */
 NEROVA_INLINE F32x4 quarter_turn_if_negative(Mask4 mask, F32x4 sign, F32x4 other) {
   const auto negative = _mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(sign.v), 31));
-  return select(mask, {_mm_and_ps(negative, _mm_set1_ps(1.5707964F))}, other);
+  return select(mask, {_mm_and_ps(negative, _mm_set1_ps(Radians::quarter_turn))}, other);
 }
 
 /** Four samples as integers; sums and differences of samples are exact in them and in single precision. */

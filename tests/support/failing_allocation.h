@@ -2,13 +2,10 @@
 
 #include <string>
 
-#include "support/loaded_library.h"
-
 namespace nerova_zel::test {
 
-/** Lets the loaded library's allocations be counted and fail, where the program's own operator new does not serve it.
- */
-void watch_allocations(const LoadedLibrary& library, const std::string& library_file);
+/** Lets the allocations of a loaded library be counted and fail, where the program's operator new does not serve it. */
+void watch_allocations(const std::string& library_file);
 
 /**
  * Makes operator new of this thread fail, in this program and the library watched, while it lives: either only the
