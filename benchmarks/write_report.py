@@ -280,8 +280,14 @@ Kept in the plugins, because it measured better:
 - Where S1 and S2 are differences of samples, signs in place of comparisons in the arctangent, the squares that the
   degree needs anyway in place of magnitudes, and a negated argument in place of a negated result.
 - Clamping results after they are narrowed to 16 bits, one instruction for two vectors.
-- Prefetching the lines that a row will write 32 steps from now: 5 % on all
-  six outputs, more on the Stokes pair alone.
+- Prefetching the lines that a row will write, 5 % on all six outputs, more on the Stokes pair alone: 8 steps from now
+  instead of 32, 2 to 4 % where measured on Cascade Lake, nothing on Emerald Rapids.
+- Prefetching the partner row 4 KiB ahead: on Emerald Rapids 15 % on the total power, up to 5 % on the rest; on Cascade Lake 13 to
+  58 %.
+- Two steps at a time where registers suffice: with AVX-512 for up to three 16-bit outputs, 0 to 12 %, but 4 to 6 % slower on the
+  five and on all six; with AVX2 for all but the sets with the Stokes pair and three others, 4 to 17 %, but 6 % slower on those.
+  Of custom weights for single 16-bit outputs only, up to 11 %; 7 to 18 % slower on the Stokes pair and on more outputs.
+- A row in one call, its last step in the same loop; short copies at the ends of rows without a call.
 - Samples as the floats 2^23 + sample, made by putting 0x4B00 above their 16 bits, so that differences need no
   conversion; custom weights multiply them by a fused operation that takes the shift away again.
 - That fused operation for one or two 16-bit outputs only: the shift's shares of more weights would take up registers,
@@ -292,11 +298,14 @@ Kept in the plugins, because it measured better:
   one shuffle more. 8 % faster than columns in the order in which results are narrowed on all six outputs and on the
   five, 5 to 15 % on single ones. With AVX2, which blends, 10 to 15 % on one or two 16-bit outputs of the default
   calibration; 2 % slower on all six, and 15 % on custom weights, for which the registers do not suffice.
-- Stokes pairs stored past the caches where their image takes 8 MiB or more, with AVX-512 by whole lines: 15 to 30 % on
-  all six outputs and up to twice as fast on the pairs alone while memory is busy, no difference in quiet moments.
+- Stokes pairs stored past the caches, with AVX-512 by whole lines, where that is faster. It depends on the machine: on Cascade
+  Lake plain stores were up to 1.9 times as fast; on Emerald Rapids the two are even up to 6 megapixels, and from 9
+  on stores past the caches 1.2 to 1.9 times as fast. So 16 rows of each are timed, twice, in every frame of a megapixel or
+  more: within 1 to 4 % of the better form.
 - With AVX-512 a reciprocal's argument moved whole to the registers that the estimate knows: 1 to 5 %.
 - The compiler's ordering of instructions before it gives out registers, in 64 bits: 4 to 11 % on all six outputs and 5
-  to 10 % on custom weights. In 32 bits, with eight registers, all six were 11 % slower.
+  to 10 % on custom weights. In 32 bits, with eight registers, all six were 11 % slower. Without regard to how many registers
+  are left only for AVX-512 and the default calibration, up to 2 %; with AVX2 and two steps at a time 9 to 18 % slower.
 
 Not kept:
 

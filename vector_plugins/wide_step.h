@@ -139,9 +139,14 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
   // Copies the stores below cannot alias, so that the pointers in them stay in registers.
   const OutputImages images = parameters.images;
   const RowStretch stretch = row_stretch;
-  const auto load = [&stretch](std::size_t x) __attribute__((always_inline)) {
-    prepare_to_read(stretch.partner + x);
-    return StepSamples<Step>{Step::load(stretch.own + x), Step::load(stretch.partner + x)};
+  const std::uint16_t* own = stretch.own;
+  const std::uint16_t* partner = stretch.partner;
+  const auto load = [&]() __attribute__((always_inline)) {
+    prepare_to_read(partner);
+    const StepSamples<Step> samples = {Step::load(own), Step::load(partner)};
+    own += Step::pixels;
+    partner += Step::pixels;
+    return samples;
   };
   const auto compute = [&](const StepSamples<Step>& samples, std::size_t x) __attribute__((always_inline)) {
     PendingOutputs waiting;
@@ -154,14 +159,25 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
   std::size_t x = 0;
   if constexpr (two_at_a_time) {
     for (; x + Step::pixels < stretch.pixels; x += 2 * Step::pixels) {
-      const StepSamples<Step> first = load(x);
-      const StepSamples<Step> second = load(x + Step::pixels);
+      const StepSamples<Step> first = load();
+      const StepSamples<Step> second = load();
       compute(first, x);
       compute(second, x + Step::pixels);
     }
   }
-  for (; x < stretch.pixels; x += Step::pixels) {
-    compute(load(x), x);
+  std::size_t end = stretch.pixels;
+  for (bool last = stretch.last.own == nullptr;; last = true) {
+    for (; x < end; x += Step::pixels) {
+      compute(load(), x);
+    }
+    if (last) {
+      return;
+    }
+    // By the same code once more, so that there is only one copy of it.
+    own = stretch.last.own;
+    partner = stretch.last.partner;
+    x = stretch.last.x;
+    end = x + Step::pixels;
   }
 }
 
