@@ -47,15 +47,28 @@ def functions(object_file):
 
 
 def loop_of(instructions):
-    """The longest loop: from the target of a jump backwards to that jump."""
+    """The longest loop: from the target of a jump backwards to that jump, without what a jump within skips."""
+    places = {address: place for place, (address, _) in enumerate(instructions)}
+
+    def target(place):
+        jump = re.match(r"j[a-z]+ +([0-9a-f]+)", instructions[place][1])
+        return places.get(int(jump.group(1), 16)) if jump else None
+
     loops = []
-    for place, (address, text) in enumerate(instructions):
-        jump = re.match(r"j[a-z]+ +([0-9a-f]+)", text)
-        if jump and int(jump.group(1), 16) < address:
-            start = next((i for i, (at, _) in enumerate(instructions) if at == int(jump.group(1), 16)), None)
-            if start is not None:
-                loops.append(instructions[start:place])
-    return [text for _, text in max(loops, key=len)]
+    for end in range(len(instructions)):
+        start = target(end)
+        if start is None or start > end:
+            continue
+        loop, place = [], start
+        while place < end:
+            skip_to = target(place)
+            if skip_to is None:
+                loop.append(instructions[place][1])
+                place += 1
+            else:
+                place = skip_to if place < skip_to <= end else place + 1
+        loops.append(loop)
+    return max(loops, key=len)
 
 
 def pixels_of(loop, outputs):
