@@ -11,7 +11,7 @@ BEGIN, END = "<!-- measured: begin -->\n", "<!-- measured: end -->\n"
 ROUTES = {"avx512": "AVX-512", "avx2": "AVX2", "sse41": "SSE4.1"}
 
 
-def section(timings, spread):
+def section(timings):
     def paragraph(text):
         return textwrap.fill(text, 120, break_long_words=False, break_on_hyphens=False) + "\n\n"
 
@@ -25,7 +25,7 @@ def section(timings, spread):
     call, question = (1000 * timings.get(route, "all", "2x2").microseconds for route in ("library", "cpu-question"))
     return (
         paragraph(f"{machine.description()[0]}; one thread, {LARGE.replace('x', ' x ')}, 12-bit samples rescaled to 65535. "
-                  f"Fastest of {timings.rounds} rounds of one interleaved run; the interquartile range is {spread}.")
+                  f"The fastest of {timings.rounds} rounds of one interleaved run, {timings.context['date'][:10]}.")
         + table(["Mpixel/s (share of the attainable rate)", "streaming limit", *(ROUTES[route] for route in routes)], rows)
         + "\n" + paragraph(f"A call costs {call:.0f} ns for a frame of 2 x 2, of which one CPUID instruction takes "
                            f"{question:.0f}.")[:-1])

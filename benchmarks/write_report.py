@@ -328,7 +328,7 @@ def main():
     figures.frame_sizes(timings, SIDES, machine.caches(), BYTES_PER_PIXEL, directory / "frame-sizes.svg")
     report = Report(timings)
     (directory / "performance.md").write_text(report.text())
-    readme_section.update(pathlib.Path(sys.argv[3]), readme_section.section(timings, report.spread()))
+    readme_section.update(pathlib.Path(sys.argv[3]), readme_section.section(timings))
 
 
 if __name__ == "__main__":
