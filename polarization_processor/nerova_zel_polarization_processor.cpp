@@ -10,11 +10,12 @@
 #include "records.h"
 #include "transform.h"
 
+// As in C, so that a definition that differs from the header does not compile.
 // Callers on 32-bit x86 may align the stack to 4 bytes only; everything beneath these functions relies on 16.
 #if defined(__i386__)
-#define NEROVA_ENTRY [[gnu::force_align_arg_pointer]]
+#define NEROVA_ENTRY extern "C" [[gnu::force_align_arg_pointer]]
 #else
-#define NEROVA_ENTRY
+#define NEROVA_ENTRY extern "C"
 #endif
 
 namespace records = nerova_zel::records;
