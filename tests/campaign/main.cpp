@@ -15,7 +15,7 @@
 #include <string>
 
 #include "campaign/case_runner.h"
-#include "support/cpu_route.h"
+#include "campaign/route_rules.h"
 
 namespace nerova_zel::test {
 namespace {

@@ -10,8 +10,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "campaign/route_rules.h"
 #include "fuzz/call_sequence.h"
-#include "support/cpu_route.h"
 #include "support/module_file.h"
 
 namespace nerova_zel::test {

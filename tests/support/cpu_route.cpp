@@ -32,17 +32,6 @@ std::optional<CpuRoute> route_by_name(const std::string& name) {
   return found == routes.end() ? std::nullopt : std::optional(found->second);
 }
 
-Route rules_of(CpuRoute route) {
-  switch (route) {
-    case CpuRoute::Sse2:
-      return Route::Sse2;
-    case CpuRoute::Sse41:
-      return Route::Sse41;
-    default:
-      return Route::PerPixel;
-  }
-}
-
 std::optional<std::string> why_route_cannot_run(CpuRoute route) {
   // The compiler's own test asks the operating system too.
   const bool avx2 = __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0;

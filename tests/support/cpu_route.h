@@ -3,8 +3,6 @@
 #include <optional>
 #include <string>
 
-#include "reference/reference_model.h"
-
 namespace nerova_zel::test {
 
 /** What computes a frame; the processor decides. */
@@ -12,9 +10,6 @@ enum class CpuRoute { Sse2, Sse41, Avx2, Avx512 };
 
 /** "sse2", "sse41", "avx2" or "avx512". */
 std::optional<CpuRoute> route_by_name(const std::string& name);
-
-/** The rules that the route follows. */
-Route rules_of(CpuRoute route);
 
 /** Why this processor cannot run the code of the route, or nothing. */
 std::optional<std::string> why_route_cannot_run(CpuRoute route);
