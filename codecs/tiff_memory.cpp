@@ -62,15 +62,18 @@ tmsize_t TiffMemory::write(const void* data, tmsize_t count) {
   if (output_ == nullptr) {
     return -1;
   }
+  const auto* const first = static_cast<const unsigned char*>(data);
   const std::uint64_t end = position_ + static_cast<std::uint64_t>(count);
   try {
-    if (end > output_->size()) {
-      output_->resize(static_cast<std::size_t>(end));
+    if (position_ > output_->size()) {
+      output_->resize(static_cast<std::size_t>(position_));
     }
+    const auto replaced = static_cast<std::ptrdiff_t>(std::min(end, size()) - position_);
+    std::copy(first, first + replaced, output_->begin() + static_cast<std::ptrdiff_t>(position_));
+    output_->insert(output_->end(), first + replaced, first + count);
   } catch (...) {  // libtiff is C
     return -1;
   }
-  std::memcpy(output_->data() + position_, data, static_cast<std::size_t>(count));
   position_ = end;
   return count;
 }
