@@ -5,7 +5,11 @@
 #include <cstring>
 #include <new>
 
+#include "message_text.h"
+
 namespace nerova_zel {
+
+std::string TiffMemory::error() const { return message_text(error_); }
 
 TiffMemory::TiffMemory(const Bytes& input) : input_(&input) {
   open("rm");  // m: no memory mapping
@@ -82,10 +86,6 @@ int TiffMemory::on_error(TIFF* /*tiff*/, void* self, const char* /*module*/, con
   auto& memory = *static_cast<TiffMemory*>(self);
   if (memory.error_[0] == '\0') {
     std::vsnprintf(memory.error_, sizeof(memory.error_), format, arguments);
-    const std::size_t length = std::strlen(memory.error_);
-    if (length > 0 && memory.error_[length - 1] == '.') {
-      memory.error_[length - 1] = '\0';
-    }
   }
   return 1;  // handled
 }

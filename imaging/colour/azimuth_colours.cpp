@@ -10,7 +10,7 @@ namespace {
 /** [n / 255] without the remainder, for n up to 65534. */
 constexpr std::uint16_t divide_by_255(std::uint16_t n) { return static_cast<std::uint16_t>((n + 1 + (n >> 8U)) >> 8U); }
 
-/** [n / 255 / 255] without the remainder, for n up to 255^3 + 255^2 / 2; a test tries them all. */
+/** [n / 255 / 255] without the remainder, for n up to 255^3 + 255^2 / 2. A test tries all mixtures. */
 constexpr std::uint32_t divide_twice_by_255(std::uint32_t n) {
   const std::uint32_t once = ((n + ((n + (n >> 8U)) >> 8U) + 1) >> 8U) + 1;
   return (once + (once >> 8U)) >> 8U;
