@@ -34,9 +34,7 @@ std::vector<unsigned char> to_bytes(const std::vector<std::uint16_t>& pixels, bo
   return bytes;
 }
 
-}  // namespace
-
-std::vector<unsigned char> encode_picture(const cv::Mat& picture, const std::string& extension) {
+std::vector<unsigned char> encode(const cv::Mat& picture, const std::string& extension) {
   std::vector<unsigned char> bytes;
   bool encoded = false;
   try {
@@ -50,6 +48,26 @@ std::vector<unsigned char> encode_picture(const cv::Mat& picture, const std::str
                   " pixels cannot be encoded as " + extension + "; this installation of OpenCV does not support it.");
   }
   return bytes;
+}
+
+}  // namespace
+
+std::vector<unsigned char> encode_values(const std::uint16_t* values, int width, int height,
+                                         const std::string& extension) {
+  return encode(cv::Mat(height, width, CV_16U, const_cast<std::uint16_t*>(values)), extension);
+}
+
+std::vector<unsigned char> encode_floats(const std::vector<float>& values, int width, int height,
+                                         const std::string& extension) {
+  return encode(cv::Mat(height, width, CV_32F, const_cast<float*>(values.data())), extension);
+}
+
+std::vector<unsigned char> encode_picture(const Picture& picture, const std::string& extension) {
+  cv::Mat drawn(picture.height, picture.width, CV_8UC3, const_cast<unsigned char*>(picture.pixels.data()));
+  cv::Mat swapped(drawn.size(), CV_8UC3);
+  const int pairs[] = {0, 2, 1, 1, 2, 0};
+  cv::mixChannels(&drawn, 1, &swapped, 1, pairs, 3);
+  return encode(swapped, extension);
 }
 
 void check_frame_extension(const std::string& path) {
@@ -84,7 +102,7 @@ std::vector<unsigned char> encode_frame(const std::vector<std::uint16_t>& pixels
   if (!two_bytes) {
     picture.convertTo(picture, CV_8U);
   }
-  return encode_picture(picture, extension);
+  return encode(picture, extension);
 }
 
 }  // namespace nerova_zel

@@ -1,14 +1,19 @@
 #pragma once
 
 #include <cstdint>
-#include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
+#include "picture.h"
+
 namespace nerova_zel {
 
-/** The file's bytes for a picture that OpenCV writes by that extension (".png", ".tiff"). Throws Failure. */
-std::vector<unsigned char> encode_picture(const cv::Mat& picture, const std::string& extension);
+// The file's bytes of an image that OpenCV writes by that extension (".png", ".tiff"). Throw Failure.
+std::vector<unsigned char> encode_values(const std::uint16_t* values, int width, int height,
+                                         const std::string& extension);
+std::vector<unsigned char> encode_floats(const std::vector<float>& values, int width, int height,
+                                         const std::string& extension);
+std::vector<unsigned char> encode_picture(const Picture& picture, const std::string& extension);
 
 /**
  * The file's bytes for a raw mosaic frame, in the form that `path` names by its extension: .png, .tif, .tiff, .pgm or

@@ -111,7 +111,7 @@ RawFrame read_picture(const std::string& path) {
   if (starts_with(bytes, "\x89PNG", 4) || starts_with(bytes, "II*\0", 4) || starts_with(bytes, "MM\0*", 4)) {
     return from_picture(path, bytes);
   }
-  throw Failure(path + " is not a PNG, TIFF or binary PGM file; for headerless pixels, say their size with --raw WxH.");
+  throw Failure(path + " is not a PNG, TIFF or binary PGM file.", Fact::unknown_file_format);
 }
 
 }  // namespace nerova_zel

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "raw_frame.h"
+#include "frames/raw_frame.h"
 
 namespace nerova_zel {
 

@@ -23,13 +23,11 @@ int duplicate(int descriptor) { return _dup(descriptor); }
 void replace(int by, int descriptor) { _dup2(by, descriptor); }
 void close_descriptor(int descriptor) { _close(descriptor); }
 int open_nowhere() { return _open("NUL", _O_WRONLY); }
-std::FILE* open_stream(int descriptor) { return _fdopen(descriptor, "w"); }
 #else
 int duplicate(int descriptor) { return dup(descriptor); }
 void replace(int by, int descriptor) { dup2(by, descriptor); }
 void close_descriptor(int descriptor) { close(descriptor); }
 int open_nowhere() { return open("/dev/null", O_WRONLY | O_CLOEXEC); }
-std::FILE* open_stream(int descriptor) { return fdopen(descriptor, "w"); }
 #endif
 
 void flush_errors() {
@@ -47,16 +45,6 @@ struct Silence {
 Silence& silence() {
   static Silence only;
   return only;
-}
-
-std::FILE* open_messages() {
-  const int copy = duplicate(error_descriptor);
-  std::FILE* stream = copy < 0 ? nullptr : open_stream(copy);
-  if (stream == nullptr) {
-    return stderr;
-  }
-  std::setvbuf(stream, nullptr, _IONBF, 0);  // as stderr: what was said is out, however the program ends
-  return stream;
 }
 
 }  // namespace
@@ -88,12 +76,5 @@ QuietErrors::~QuietErrors() {
     close_descriptor(shared.saved);
   }
 }
-
-std::FILE* messages() {
-  static std::FILE* const stream = open_messages();
-  return stream;
-}
-
-void note(const std::string& sentence) { std::fprintf(messages(), "nerova-polarize: note: %s\n", sentence.c_str()); }
 
 }  // namespace nerova_zel

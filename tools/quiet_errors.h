@@ -17,13 +17,4 @@ class QuietErrors {
   QuietErrors& operator=(const QuietErrors&) = delete;
 };
 
-/**
- * The standard error stream as it was when this was first called, which no QuietErrors silences: to be called once
- * before the first of them.
- */
-std::FILE* messages();
-
-/** Tells the user what is good to know though nothing fails. */
-void note(const std::string& sentence);
-
 }  // namespace nerova_zel

@@ -1,4 +1,4 @@
-#include "pixel_formats.h"
+#include "frames/pixel_formats.h"
 
 #include <gtest/gtest.h>
 

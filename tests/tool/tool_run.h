@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "simulated_frame.h"
+#include "simulation/simulated_frame.h"
 #include "support/loaded_library.h"
 
 namespace nerova_zel::test {
