@@ -10,7 +10,6 @@ enum class Fact {
   other,
   library_not_loaded,    ///< nothing can be computed without the polarization processor library
   file_length,           ///< a headerless file does not hold one frame of 8- or 16-bit pixels
-  unknown_file_format,   ///< a file is no picture of a kind that is read
   bit_depth_too_great,   ///< a pixel has fewer bits than are to be used
   value_too_great,       ///< a pixel has a value above the full scale of the bit depth
   region_beyond_frame,

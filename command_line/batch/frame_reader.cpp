@@ -3,9 +3,16 @@
 #include <filesystem>
 
 #include "failure.h"
-#include "picture_reader.h"
+#include "frame_files.h"
+#include "input_bytes.h"
 
 namespace nerova_zel {
+
+namespace {
+
+constexpr const char* frame_file = "the file of a frame";
+
+}  // namespace
 
 std::uint64_t frames_in_file(const std::string& path, const std::optional<HeaderlessLayout>& headerless) {
   if (!headerless) {
@@ -25,11 +32,11 @@ void read_frame(const FrameTicket& ticket, const std::optional<HeaderlessLayout>
   }
   HeaderlessLayout layout = *headerless;
   if (!layout.format) {
-    bytes = read_bytes(path, "the file of a frame");
+    bytes = read_file(path, frame_file);
     layout.format = format_by_length(path, layout.size, bytes.size());
   } else if (!ticket.input->is_standard_input()) {
     const std::size_t length = frame_bytes(layout);
-    read_bytes(path, ticket.number * length, length, bytes);
+    read_part_of_file(path, frame_file, ticket.number * length, length, bytes);
   }
   unpack_frame(ticket.name(), bytes, layout, frame);
 }

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "batch/frame_sequence.h"
-#include "file_bytes.h"
 #include "frames/headerless_frame.h"
 #include "frames/raw_frame.h"
+#include "image.h"
 
 namespace nerova_zel {
 

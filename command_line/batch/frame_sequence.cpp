@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "failure.h"
+#include "input_bytes.h"
 
 namespace nerova_zel {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "batch/frame_inputs.h"
-#include "file_bytes.h"
+#include "image.h"
 
 namespace nerova_zel {
 

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "failure.h"
-#include "image_encoder.h"
+#include "frame_files.h"
 
 namespace nerova_zel {
 

@@ -12,11 +12,12 @@
 #include "calibration/series.h"
 #include "calibration_plot.h"
 #include "commands/frame_options.h"
+#include "commands/output_files.h"
 #include "commands/source_list.h"
 #include "failure.h"
 #include "file_set.h"
 #include "formatted.h"
-#include "image_encoder.h"
+#include "frame_files.h"
 #include "messages.h"
 
 namespace nerova_zel {
@@ -96,7 +97,7 @@ void run_calibrate(const CalibrateOptions& options) {
   if (can_draw()) {
     const fs::path path = fs::path(options.file).replace_extension(".png");
     const std::string name = fs::path(options.file).filename().string();
-    files.write(path, encode_picture(draw_calibration(fit, series.angles(), name), ".png"));
+    files.write(path, encode_drawing(draw_calibration(fit, series.angles(), name)));
     plot = "plot in " + path.string();
   }
   files.commit();

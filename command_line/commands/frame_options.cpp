@@ -5,8 +5,9 @@
 
 #include "calibration/calibration_file.h"
 #include "failure.h"
-#include "file_bytes.h"
+#include "input_bytes.h"
 #include "messages.h"
+#include "number_text.h"
 #include "option_declarations.h"
 #include "option_values.h"
 
@@ -26,6 +27,9 @@ void add_layout(CLI::App* command, MosaicLayout& layout) {
   const auto parse = [names](const std::string& text) {
     const auto known = std::find(names.begin(), names.end(), text);
     if (known == names.end()) {
+      if (!parse_number(text)) {
+        throw CLI::ConversionError("--layout", {text});
+      }
       throw Failure("--layout " + text + " is no polarizer of the mosaic; it must be " + spoken(names) + ".");
     }
     return MosaicLayout(mosaic_layouts[static_cast<std::size_t>(known - names.begin())]);
@@ -105,7 +109,7 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
 void FrameOptions::finish(FrameRequest& request) const {
   request.headerless = headerless_.layout();
   if (!request.calibration_file.empty()) {
-    const Bytes bytes = read_bytes(request.calibration_file, "a calibration file");
+    const Bytes bytes = read_file(request.calibration_file, "a calibration file");
     request.calibration = parse_calibration({bytes.begin(), bytes.end()}, request.calibration_file);
   }
   request.jobs = jobs_.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));

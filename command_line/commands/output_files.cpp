@@ -5,8 +5,9 @@
 #include <utility>
 
 #include "failure.h"
-#include "image_encoder.h"
-#include "npy_header.h"
+#include "npy_file.h"
+#include "png_file.h"
+#include "tiff_file.h"
 
 namespace nerova_zel {
 
@@ -79,19 +80,22 @@ std::string choice() {
   return "it takes all, or a list of " + list + ".";
 }
 
-void write_array(FileSet& set, const std::filesystem::path& path, Output output, const OutputImages& images) {
-  std::vector<int> shape = {images.height(), images.width()};
-  const std::size_t pixels = static_cast<std::size_t>(images.width()) * static_cast<std::size_t>(images.height());
-  const auto write = [&](const char* type, const void* data, std::size_t size) {
-    const std::string header = npy_header(type, shape);
-    set.write(path, {{header.data(), header.size()}, {data, size}});
-  };
-  if (output == Output::stokes) {
-    shape.push_back(2);
-    write("<f4", images.stokes(), 2 * pixels * sizeof(float));
-  } else {
-    write("<u2", images.values(output), pixels * sizeof(std::uint16_t));
+void write_array(FileSet& set, const std::filesystem::path& path, const ImageView& image) {
+  std::vector<std::size_t> shape = {static_cast<std::size_t>(image.height), static_cast<std::size_t>(image.width)};
+  if (image.channels > 1) {
+    shape.push_back(static_cast<std::size_t>(image.channels));
   }
+  const std::string header = npy_header(image.element, shape);
+  set.write(path, {{header.data(), header.size()}, {image.data, shape[0] * image.row_bytes()}});
+}
+
+ImageView view_of(Output output, const OutputImages& images) {
+  const OutputDescription& description = describe(output);
+  const int channels = static_cast<int>(description.channels);
+  if (description.element == OutputElement::float32) {
+    return {Element::float32, images.width(), images.height(), channels, images.stokes()};
+  }
+  return {Element::uint16, images.width(), images.height(), channels, images.values(output)};
 }
 
 std::vector<float> component(const OutputImages& images, int channel) {
@@ -161,22 +165,30 @@ std::vector<OutputFile> output_files(const Products& products, FileFormat format
   return files;
 }
 
+Bytes encode_drawing(const Picture& picture) {
+  return encode_png({Element::uint8, picture.width, picture.height, 3, picture.pixels.data()}, {}, Compression::small);
+}
+
 void write_output_files(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
                         const std::vector<OutputFile>& files, const OutputImages& images, FramePictures& pictures) {
   for (const OutputFile& file : files) {
     const std::filesystem::path path = directory / (stem + file.ending);
     const std::string extension = path.extension().string();
     if (const auto* kind = std::get_if<PictureKind>(&file.content)) {
-      set.write(path, encode_picture(pictures.draw(*kind), extension));
+      set.write(path, encode_drawing(pictures.draw(*kind)));
       continue;
     }
-    const Output output = std::get<Output>(file.content);
+    ImageView image = view_of(std::get<Output>(file.content), images);
+    std::vector<float> single;
+    if (file.channel >= 0) {
+      single = component(images, file.channel);
+      image.channels = 1;
+      image.data = single.data();
+    }
     if (extension == ".npy") {
-      write_array(set, path, output, images);
-    } else if (file.channel >= 0) {
-      set.write(path, encode_floats(component(images, file.channel), images.width(), images.height(), extension));
+      write_array(set, path, image);
     } else {
-      set.write(path, encode_values(images.values(output), images.width(), images.height(), extension));
+      set.write(path, extension == ".png" ? encode_png(image) : encode_tiff(image));
     }
   }
 }

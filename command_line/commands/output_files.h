@@ -42,6 +42,9 @@ struct OutputFile {
 /** The files of the products; pictures for looking at are PNG whatever the format. */
 std::vector<OutputFile> output_files(const Products& products, FileFormat format, AzimuthStyle style);
 
+/** A PNG file. Throws CodecError. */
+Bytes encode_drawing(const Picture& picture);
+
 /** Puts `files` named `stem` and their endings into `set`. Throws Failure. */
 void write_output_files(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
                         const std::vector<OutputFile>& files, const OutputImages& images, FramePictures& pictures);

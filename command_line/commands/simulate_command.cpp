@@ -12,7 +12,8 @@
 #include "commands/frame_options.h"
 #include "failure.h"
 #include "file_set.h"
-#include "image_encoder.h"
+#include "frame_files.h"
+#include "tiff_file.h"
 #include "option_declarations.h"
 #include "option_values.h"
 #include "simulation/simulated_frame.h"
@@ -76,8 +77,12 @@ void write_truth(FileSet& files, const fs::path& directory, const SimulatedScene
     }
   }
   files.make_directory(directory);
-  files.write(directory / (stem + "_true_angle.tiff"), encode_floats(angle, camera.width, camera.height, ".tiff"));
-  files.write(directory / (stem + "_true_degree.tiff"), encode_floats(degree, camera.width, camera.height, ".tiff"));
+  const auto write = [&](const char* ending, const std::vector<float>& values) {
+    files.write(directory / (stem + ending),
+                encode_tiff({Element::float32, camera.width, camera.height, 1, values.data()}));
+  };
+  write("_true_angle.tiff", angle);
+  write("_true_degree.tiff", degree);
 }
 
 /** The command that transforms what was written. */

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "failure.h"
-#include "file_bytes.h"
+#include "input_bytes.h"
 #include "number_text.h"
 
 namespace nerova_zel {
@@ -48,7 +48,7 @@ SourceFile parse_source(const std::string& text) {
 }
 
 std::vector<SourceFile> read_source_list(const std::string& path) {
-  const Bytes bytes = read_bytes(path, "a list of frames");
+  const Bytes bytes = read_file(path, "a list of frames");
   std::istringstream lines(std::string(bytes.begin(), bytes.end()));
   const std::filesystem::path folder = std::filesystem::path(path).parent_path();
   std::vector<SourceFile> sources;

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <filesystem>
 #include <initializer_list>
-#include <string>
 #include <vector>
+
+#include "image.h"
+#include "platform/partial_file.h"
 
 namespace nerova_zel {
 
@@ -16,7 +18,8 @@ struct ByteView {
 
 /**
  * Files that appear together or not at all. Each is first written under a temporary name beside its place; commit gives
- * them their names. What was not committed is removed again, made directories included. Throws Failure.
+ * them their names, each in one step, and replaces files that had them. Where commit fails, replaced files are put
+ * back. What was not committed is removed, made directories included. Throws CodecError. Not thread-safe.
  */
 class FileSet {
  public:
@@ -30,14 +33,15 @@ class FileSet {
 
   /** The parts follow one another in the file. */
   void write(const std::filesystem::path& path, std::initializer_list<ByteView> parts);
-  void write(const std::filesystem::path& path, const std::vector<unsigned char>& bytes);
+  void write(const std::filesystem::path& path, const Bytes& bytes);
 
+  /** At most once, at the end. */
   void commit();
 
  private:
   struct Entry {
-    std::filesystem::path temporary;
     std::filesystem::path path;
+    PartialFile partial;
   };
   std::vector<Entry> entries_;
   std::vector<std::filesystem::path> made_directories_;
