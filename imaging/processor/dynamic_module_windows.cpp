@@ -8,8 +8,17 @@
 
 namespace nerova_zel {
 
-DynamicModule::DynamicModule(const std::string& path)
-    : module_(LoadLibraryW(std::filesystem::u8path(path).c_str())) {
+namespace {
+
+/** A path as the system takes it; a bare name stays one, for the ordinary search. */
+std::wstring native(const std::string& path) {
+  const std::filesystem::path given = std::filesystem::u8path(path);
+  return given.has_parent_path() ? std::filesystem::absolute(given).make_preferred().wstring() : given.wstring();
+}
+
+}  // namespace
+
+DynamicModule::DynamicModule(const std::string& path) : module_(LoadLibraryW(native(path).c_str())) {
   if (module_ == nullptr) {
     throw std::runtime_error("error " + std::to_string(GetLastError()));
   }

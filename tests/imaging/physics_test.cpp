@@ -2,12 +2,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tool_run.h"
+#include <gtest/gtest.h>
+
+#include "angles.h"
+#include "imaging/library_outputs.h"
 
 namespace nerova_zel::test {
 namespace {
 
-constexpr double degrees_per_radian = 57.29577951308232;
 constexpr std::uint16_t output_maximum = 65535;
 
 /** What the samples of one output pixel can have lost against the light at their centre, in pixel values. */
@@ -65,7 +67,7 @@ TEST_P(PhysicsOfRoute, EveryPixelIsWithinItsBoundForAllLayoutsAndOrigins) {
       camera.origin_y = origin_y;
       const double full_scale = (1 << camera.bit_depth) - 1;
       const SimulatedScene scene(camera.width, camera.height, {});
-      const Outputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum, GetParam());
+      const LibraryOutputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum, GetParam());
       int outside = 0;
       int sharply_bounded = 0;
       std::size_t at = 0;
@@ -96,7 +98,7 @@ TEST_P(PhysicsOfRoute, EveryPixelIsWithinItsBoundForAllLayoutsAndOrigins) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Physics, PhysicsOfRoute, ::testing::Values(NEROVA_LIBRARY, NEROVA_BUILT_IN_ONLY_LIBRARY),
+INSTANTIATE_TEST_SUITE_P(Physics, PhysicsOfRoute, ::testing::Values(NEROVA_TESTED_LIBRARIES),
                          [](const auto& library) { return library.index == 0 ? "WithPlugins" : "BuiltIn"; });
 
 // With shot noise the errors are as large as photon statistics makes them, neither more nor less. For N electrons at
@@ -113,7 +115,7 @@ TEST(Physics, NoiseIsThatOfThePhotons) {
   camera.layout = MosaicLayout(0);
   camera.origin_x = 1;
   const SimulatedScene scene(camera.width, camera.height, {});
-  const Outputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum);
+  const LibraryOutputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum);
   double azimuth_squares = 0.0;
   double degree_squares = 0.0;
   int azimuths = 0;
