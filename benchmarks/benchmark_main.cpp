@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "kernels/shared/output_set.h"
+#include "kernels/shared/outputs.h"
 #include "worker_process.h"
 
 namespace {
@@ -32,13 +32,13 @@ struct NamedOutputs {
 };
 
 constexpr NamedOutputs output_sets[] = {
-    {"stokes", nerova_zel::output_normalized_stokes},
-    {"power", nerova_zel::output_total_power},
-    {"hv", nerova_zel::output_horizontal_vertical},
-    {"diagonal", nerova_zel::output_diagonal},
-    {"azimuth", nerova_zel::output_azimuth},
-    {"dolp", nerova_zel::output_degree},
-    {"five", nerova_zel::all_outputs & ~nerova_zel::output_normalized_stokes},
+    {"stokes", nerova_zel::output_bit<nerova_zel::NormalizedStokesOutput>},
+    {"power", nerova_zel::output_bit<nerova_zel::TotalPowerOutput>},
+    {"hv", nerova_zel::output_bit<nerova_zel::HorizontalVerticalOutput>},
+    {"diagonal", nerova_zel::output_bit<nerova_zel::DiagonalOutput>},
+    {"azimuth", nerova_zel::output_bit<nerova_zel::AzimuthOutput>},
+    {"dolp", nerova_zel::output_bit<nerova_zel::DegreeOutput>},
+    {"five", nerova_zel::all_outputs & ~nerova_zel::output_bit<nerova_zel::NormalizedStokesOutput>},
     {"all", nerova_zel::all_outputs},
 };
 
@@ -68,7 +68,7 @@ struct Variant {
   bool custom_matrices;
 };
 
-/** Only the library's routes heed the maxima, and only the plugins the matrices in the whole frame. */
+/** Only the library's routes use the maxima, and only the plugins the matrices in the whole frame. */
 std::vector<Variant> variants(const std::string& route) {
   if (route == "avx2" || route == "avx512") {
     return {{false, false}, {true, false}, {false, true}, {true, true}};

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 
 namespace nerova_zel::benchmark {
 

@@ -9,7 +9,7 @@
 #include <stdexcept>
 
 #include "kernels/shared/default_calibration.h"
-#include "kernels/shared/output_set.h"
+#include "kernels/shared/outputs.h"
 
 namespace nerova_zel::benchmark {
 
@@ -64,9 +64,6 @@ PreparedFrame::PreparedFrame(const FrameCase& c) : parameters_{} {
   for (const std::size_t row : {std::size_t{0}, width}) {
     std::fill_n(input + row, std::min(black, width), std::uint16_t{0});
   }
-  const auto image = [&](OutputSet output, std::size_t bytes_per_pixel) -> void* {
-    return (c.outputs & output) != 0 ? allocate(pixels * bytes_per_pixel) : nullptr;
-  };
   parameters_.height = c.height;
   parameters_.width = c.width;
   parameters_.phase = c.phase;
@@ -75,24 +72,25 @@ PreparedFrame::PreparedFrame(const FrameCase& c) : parameters_{} {
   parameters_.input_maximum = (1 << bit_depth) - 1;
   parameters_.integer_output_maximum = c.equal_maximum ? (1U << bit_depth) - 1U : 65535U;
   parameters_.output_maximum = static_cast<float>(parameters_.integer_output_maximum);
-  parameters_.normalized_stokes = static_cast<float*>(image(output_normalized_stokes, 2 * sizeof(float)));
-  parameters_.total_power = static_cast<std::uint16_t*>(image(output_total_power, 2));
-  parameters_.horizontal_vertical = static_cast<std::uint16_t*>(image(output_horizontal_vertical, 2));
-  parameters_.diagonal = static_cast<std::uint16_t*>(image(output_diagonal, 2));
-  parameters_.azimuth = static_cast<std::uint16_t*>(image(output_azimuth, 2));
-  parameters_.degree_of_linear_polarization = static_cast<std::uint16_t*>(image(output_degree, 2));
+  Outputs::for_each([&](auto output) {
+    using Row = decltype(output);
+    if ((c.outputs & output_bit<Row>) != 0) {
+      const std::size_t bytes = pixels * (output.is_pair ? 2 : 1) * sizeof(typename Row::Element);
+      parameters_.images.*output.image = static_cast<typename Row::Element*>(allocate(bytes));
+    }
+  });
 }
 
 void PreparedFrame::save(const std::string& directory) const {
   const TransformParameters& p = parameters_;
   const std::size_t pixels = static_cast<std::size_t>(p.width) * static_cast<std::size_t>(p.height);
   save_image(directory, "input", p.input, pixels);
-  save_image(directory, "normalized_stokes", p.normalized_stokes, 2 * pixels);
-  save_image(directory, "total_power", p.total_power, pixels);
-  save_image(directory, "horizontal_vertical", p.horizontal_vertical, pixels);
-  save_image(directory, "diagonal", p.diagonal, pixels);
-  save_image(directory, "azimuth", p.azimuth, pixels);
-  save_image(directory, "degree_of_linear_polarization", p.degree_of_linear_polarization, pixels);
+  save_image(directory, "normalized_stokes", p.images.normalized_stokes, 2 * pixels);
+  save_image(directory, "total_power", p.images.total_power, pixels);
+  save_image(directory, "horizontal_vertical", p.images.horizontal_vertical, pixels);
+  save_image(directory, "diagonal", p.images.diagonal, pixels);
+  save_image(directory, "azimuth", p.images.azimuth, pixels);
+  save_image(directory, "degree_of_linear_polarization", p.images.degree_of_linear_polarization, pixels);
 }
 
 }  // namespace nerova_zel::benchmark

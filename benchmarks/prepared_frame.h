@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "frame_case.h"
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 
 namespace nerova_zel::benchmark {
 

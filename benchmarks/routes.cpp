@@ -90,8 +90,9 @@ Route library_route(const char* path) {
       library.find<decltype(nv_polarization_processor_transform)>("nv_polarization_processor_transform");
   return [transform, processor](const TransformParameters& p, MatrixRow /*matrices*/) {
     transform(processor, p.phase, p.input, 0, 0, p.width, p.height, p.bit_depth,
-              static_cast<std::uint16_t>(p.integer_output_maximum), p.normalized_stokes, p.total_power,
-              p.horizontal_vertical, p.diagonal, p.azimuth, p.degree_of_linear_polarization);
+              static_cast<std::uint16_t>(p.integer_output_maximum), p.images.normalized_stokes, p.images.total_power,
+              p.images.horizontal_vertical, p.images.diagonal, p.images.azimuth,
+              p.images.degree_of_linear_polarization);
   };
 }
 

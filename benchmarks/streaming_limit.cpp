@@ -35,12 +35,12 @@ void write_row(void* row, std::size_t bytes, __m128i value) {
 template <bool cached>
 void stream(const TransformParameters& p) {
   const auto width = static_cast<std::size_t>(p.width);
-  std::uint16_t* const images[] = {p.total_power, p.horizontal_vertical, p.diagonal, p.azimuth,
-                                   p.degree_of_linear_polarization};
+  std::uint16_t* const images[] = {p.images.total_power, p.images.horizontal_vertical, p.images.diagonal,
+                                   p.images.azimuth, p.images.degree_of_linear_polarization};
   for (std::size_t first = 0; first < width * static_cast<std::size_t>(p.height); first += width) {
     const __m128i value = read_row(p.input + first, width);
-    if (p.normalized_stokes != nullptr) {
-      write_row<cached>(p.normalized_stokes + 2 * first, 8 * width, value);
+    if (p.images.normalized_stokes != nullptr) {
+      write_row<cached>(p.images.normalized_stokes + 2 * first, 8 * width, value);
     }
     for (std::uint16_t* image : images) {
       if (image != nullptr) {

@@ -80,7 +80,7 @@ bool RotatingFile::append(const char* text, std::size_t length) {
 }
 
 void RotatingFile::rotate(std::size_t coming) {
-  AppendedFile locked;  // opened anew, since a forked process shares what was open and with it the lock
+  AppendedFile locked;  // opened again, since a forked process shares what was open and with it the lock
   if (!locked.open(place_) || !locked.try_lock()) {
     return;
   }

@@ -11,11 +11,12 @@
 #include "records.h"
 #include "transform.h"
 
+// As in C, so that a definition that differs from the header does not compile.
 // Callers on 32-bit x86 may align the stack to 4 bytes only; everything beneath these functions relies on 16.
 #if defined(__i386__)
-#define NEROVA_ENTRY [[gnu::force_align_arg_pointer]]
+#define NEROVA_ENTRY extern "C" [[gnu::force_align_arg_pointer]]
 #else
-#define NEROVA_ENTRY
+#define NEROVA_ENTRY extern "C"
 #endif
 
 namespace records = nerova_zel::records;
@@ -129,7 +130,15 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_transform(
   if (client == nullptr) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED;
   }
-  return nerova_zel::transform(
-      *client, {processor, phase, input, origin_x, origin_y, width, height, bit_depth, output_maximum,
-                normalized_stokes, total_power, horizontal_vertical, diagonal, azimuth, degree_of_linear_polarization});
+  return nerova_zel::transform(*client, {processor,
+                                         phase,
+                                         input,
+                                         origin_x,
+                                         origin_y,
+                                         width,
+                                         height,
+                                         bit_depth,
+                                         output_maximum,
+                                         {normalized_stokes, total_power, horizontal_vertical, diagonal, azimuth,
+                                          degree_of_linear_polarization}});
 }

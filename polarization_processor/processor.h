@@ -2,7 +2,7 @@
 
 #include "cpu_features.h"
 #include "kernels/shared/default_calibration.h"
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 #include "vector_plugin.h"
 
 namespace nerova_zel {

@@ -5,6 +5,7 @@
 
 #include "floating_point_environment.h"
 #include "kernels/built_in/kernel_selection.h"
+#include "kernels/shared/outputs.h"
 #include "nerova_zel/polarization_processor.h"
 #include "platform/high_resolution_counter.h"
 #include "records.h"
@@ -58,19 +59,21 @@ PolarPhase phase_at_origin(PolarPhase phase, std::int32_t origin_x, std::int32_t
 }
 
 std::int32_t check_outputs(const TransformArguments& arguments) noexcept {
-  const void* const outputs[] = {
-      arguments.normalized_stokes, arguments.total_power, arguments.horizontal_vertical,
-      arguments.diagonal,          arguments.azimuth,     arguments.degree_of_linear_polarization};
-  const auto wanted = [](const void* output) { return output != nullptr; };
-  if (std::none_of(std::begin(outputs), std::end(outputs), wanted)) {
+  const void* wanted[Outputs::count] = {};
+  const void** end = std::begin(wanted);
+  Outputs::for_each([&](auto output) {
+    if (const void* const image = arguments.images.*output.image) {
+      *end++ = image;
+    }
+  });
+  if (end == std::begin(wanted)) {
     return NV_POLARIZATION_PROCESSOR_ERROR_NO_OUTPUT;
   }
-  const void* const input = arguments.input;
-  if (std::find(std::begin(outputs), std::end(outputs), input) != std::end(outputs)) {
+  if (std::find(std::begin(wanted), end, arguments.input) != end) {
     return NV_POLARIZATION_PROCESSOR_ERROR_OUTPUT_IS_INPUT;
   }
-  for (const void* const* output = std::begin(outputs); output != std::end(outputs); ++output) {
-    if (*output != nullptr && std::find(output + 1, std::end(outputs), *output) != std::end(outputs)) {
+  for (const void** image = std::begin(wanted); image != end; ++image) {
+    if (std::find(image + 1, end, *image) != end) {
       return NV_POLARIZATION_PROCESSOR_ERROR_OUTPUTS_EQUAL;
     }
   }
@@ -117,12 +120,7 @@ TransformParameters make_parameters(const TransformArguments& arguments) noexcep
       static_cast<float>((std::int32_t{1} << arguments.bit_depth) - 1),
       static_cast<float>(arguments.output_maximum),
       arguments.output_maximum,
-      arguments.normalized_stokes,
-      arguments.total_power,
-      arguments.horizontal_vertical,
-      arguments.diagonal,
-      arguments.azimuth,
-      arguments.degree_of_linear_polarization,
+      arguments.images,
   };
 }
 

@@ -18,12 +18,7 @@ struct TransformArguments {
   std::int32_t height;
   std::int32_t bit_depth;
   std::uint16_t output_maximum;
-  float* normalized_stokes;
-  std::uint16_t* total_power;
-  std::uint16_t* horizontal_vertical;
-  std::uint16_t* diagonal;
-  std::uint16_t* azimuth;
-  std::uint16_t* degree_of_linear_polarization;
+  OutputImages images;
 };
 
 /** Checks, computes and writes the time it took as a record; returns the public function's code. */

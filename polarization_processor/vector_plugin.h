@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 #include "platform/dynamic_library.h"
 
 namespace nerova_zel {

@@ -8,8 +8,8 @@ namespace {
 
 /**
  * The weights of one row of the matrices for vector i of a step; columns as in CalibrationMatrix.
- * Fused: products of shifted samples, rounded once, less the shift's share; equal but for the sign of a zero, and only
- * for ordinary weights.
+ * Fused: (sample + 2^23) * weight - 2^23 * weight, rounded once. Equal to sample * weight but for the sign of a zero, and
+ * only for ordinary weights.
  */
 template <class Step, bool fused>
 struct Weights {

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "kernels/shared/always_inline.h"
+#include "kernels/shared/radians.h"
 
 // Eight lanes with AVX2 and FMA.
 namespace nerova_zel {
@@ -64,7 +65,7 @@ NEROVA_INLINE F32x8 negative_or_other(Mask8 mask, F32x8 negative, F32x8 other) {
 /** pi / 2 if the sign is negative, else 0; or other. */
 NEROVA_INLINE F32x8 quarter_turn_if_negative(Mask8 mask, F32x8 sign, F32x8 other) {
   const auto negative = _mm256_castsi256_ps(_mm256_srai_epi32(_mm256_castps_si256(sign.v), 31));
-  return select(mask, {_mm256_and_ps(negative, _mm256_set1_ps(1.5707964F))}, other);
+  return select(mask, {_mm256_and_ps(negative, _mm256_set1_ps(Radians::quarter_turn))}, other);
 }
 
 struct I32x8 {

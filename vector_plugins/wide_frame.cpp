@@ -67,43 +67,37 @@ struct RowEnd {
 };
 
 /** The outputs of one step. */
-struct StepOutputs {
-  float normalized_stokes[2 * largest_step];
-  std::uint16_t total_power[largest_step];
-  std::uint16_t horizontal_vertical[largest_step];
-  std::uint16_t diagonal[largest_step];
-  std::uint16_t azimuth[largest_step];
-  std::uint16_t degree[largest_step];
-
+class StepOutputs {
+ public:
   /** The same call with these as its images. */
   TransformParameters in_place_of(const TransformParameters& parameters) {
     TransformParameters redirected = parameters;
-    redirected.normalized_stokes = normalized_stokes;
-    redirected.total_power = total_power;
-    redirected.horizontal_vertical = horizontal_vertical;
-    redirected.diagonal = diagonal;
-    redirected.azimuth = azimuth;
-    redirected.degree_of_linear_polarization = degree;
+    Outputs::for_each([&](auto output) { redirected.images.*output.image = place(output); });
     return redirected;
   }
 
   /** Copies the first pixels of each wanted output to its image. */
-  void copy_to(const TransformParameters& images, std::size_t element, std::size_t pixels) const {
-    copy(images.normalized_stokes, 2 * element, normalized_stokes, 2 * pixels);
-    copy(images.total_power, element, total_power, pixels);
-    copy(images.horizontal_vertical, element, horizontal_vertical, pixels);
-    copy(images.diagonal, element, diagonal, pixels);
-    copy(images.azimuth, element, azimuth, pixels);
-    copy(images.degree_of_linear_polarization, element, degree, pixels);
+  void copy_to(const OutputImages& images, std::size_t first_pixel, std::size_t pixels) {
+    Outputs::for_each([&](auto output) {
+      constexpr std::size_t elements = output.is_pair ? 2 : 1;
+      if (auto* const image = images.*output.image) {
+        std::memcpy(image + elements * first_pixel, place(output), elements * pixels * sizeof(*image));
+      }
+    });
   }
 
  private:
-  template <class Element>
-  static void copy(Element* image, std::size_t element, const Element* from, std::size_t count) {
-    if (image != nullptr) {
-      std::memcpy(image + element, from, count * sizeof(Element));
+  template <class Output>
+  typename Output::Element* place(Output /*output*/) {
+    if constexpr (Output::is_pair) {
+      return pairs_;
+    } else {
+      return results_[output_index<Output>];
     }
   }
+
+  float pairs_[2 * largest_step];
+  std::uint16_t results_[Outputs::count][largest_step];
 };
 
 /** The code of a row, and the same with streamed pairs or NULL. */
@@ -211,7 +205,7 @@ class WideFrame {
   }
 
   std::uintptr_t pair_address(const Row& row, std::size_t column) const {
-    return reinterpret_cast<std::uintptr_t>(parameters_.normalized_stokes) + (row.element + column) * pair_bytes;
+    return reinterpret_cast<std::uintptr_t>(parameters_.images.normalized_stokes) + (row.element + column) * pair_bytes;
   }
 
   /** The code for whole steps from a column on. */
@@ -259,7 +253,7 @@ class WideFrame {
     StepOutputs outputs;
     row.code.plain(outputs.in_place_of(parameters_), constants_,
                    {own_end.samples, partner_end.samples, 0, step_pixels_, row.even_matrix, row.odd_matrix});
-    outputs.copy_to(parameters_, row.element, width_);
+    outputs.copy_to(parameters_.images, row.element, width_);
   }
 
   void compute_by_pixels() const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 
 namespace nerova_zel {
 

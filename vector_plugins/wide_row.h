@@ -3,8 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "kernels/shared/output_set.h"
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/outputs.h"
 
 namespace nerova_zel {
 

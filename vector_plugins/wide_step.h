@@ -15,20 +15,18 @@ namespace {
 
 using Float = StepFor<false>::Float;
 
+constexpr bool has_pairs(OutputSet outputs) { return (outputs & output_bit<NormalizedStokesOutput>) != 0; }
+
 /** Whether the outputs are at most two of the 16-bit ones. */
 constexpr bool few_results(OutputSet outputs) {
   const auto without_last = [](OutputSet set) { return set & (set - 1); };
-  return (outputs & output_normalized_stokes) == 0 && without_last(without_last(outputs)) == 0;
+  return !has_pairs(outputs) && without_last(without_last(outputs)) == 0;
 }
 
 /** Outputs of the first vector of a step, until the second one's join them; pairs only where they do. */
 struct PendingOutputs {
   NormalizedStokes<Float> pairs;
-  Float total_power;
-  Float horizontal_vertical;
-  Float diagonal;
-  Float azimuth;
-  Float degree_of_linear_polarization;
+  Float results[Outputs::count];  ///< by output_index
 };
 
 /**
@@ -47,17 +45,17 @@ NEROVA_INLINE void prepare_to_write(const void* to) {
 /** Where the results of vector 0 or 1 of a step go. */
 template <class Step, class Rules, bool streams_pairs, int vector>
 struct StepTarget {
-  const TransformParameters& images;
+  const OutputImages& images;
   const OutputMaximum& maximum;
   std::size_t element;
   PendingOutputs& waiting;
 
-  NEROVA_INLINE void store_pair(Float first, Float second) const {
-    float* const to = images.normalized_stokes + 2 * element;
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, const NormalizedStokes<Float>& pair) const {
+    float* const to = images.*Output::image + 2 * element;
     if constexpr (vector == 0 && !streams_pairs) {
       prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
     }
-    const NormalizedStokes<Float> pair = {first, second};
     if constexpr (!Step::joins_pairs) {
       Step::template store_pairs<streams_pairs>(to, vector, pair);
     } else if constexpr (vector == 0) {
@@ -67,13 +65,15 @@ struct StepTarget {
     }
   }
 
-  template <OutputSet output>
-  NEROVA_INLINE void store(Float value) const {
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, Float value) const {
+    Float& pending = waiting.results[output_index<Output>];
     if constexpr (vector == 0) {
-      pending<output>() = value;
+      pending = value;
     } else {
-      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(image_of<output>(images) + element);
-      Step::store_outputs(image_of<output>(images) + element, narrow(pending<output>(), value));
+      std::uint16_t* const to = images.*Output::image + element;
+      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(to);
+      Step::store_outputs(to, narrow(pending, value));
     }
   }
 
@@ -84,12 +84,6 @@ struct StepTarget {
     } else {
       return Step::narrow(first, second);
     }
-  }
-
-  template <OutputSet output>
-  NEROVA_INLINE Float& pending() const {
-    return choose<output>(waiting.total_power, waiting.horizontal_vertical, waiting.diagonal, waiting.azimuth,
-                          waiting.degree_of_linear_polarization);
   }
 };
 
@@ -118,7 +112,7 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
   const auto rules = make_rules<Rules>(constants);
   const OutputMaximum maximum(constants.output_maximum);
   // A copy the stores below cannot alias, so that the pointers in it stay in registers.
-  const TransformParameters images = parameters;
+  const OutputImages images = parameters.images;
   for (std::size_t x = 0; x < stretch.pixels; x += Step::pixels) {
     const StepSamples<Step> samples = {Step::load(stretch.own + x), Step::load(stretch.partner + x)};
     PendingOutputs waiting;
@@ -134,7 +128,7 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
 template <class Rows, bool streams_pairs, unsigned index>
 constexpr WideRow choose_row() {
   constexpr PixelSelection selection = pixel_selection(index);
-  if constexpr (selection.outputs != 0 && (!streams_pairs || (selection.outputs & output_normalized_stokes) != 0)) {
+  if constexpr (selection.outputs != 0 && (!streams_pairs || has_pairs(selection.outputs))) {
     return Rows::template of<selection.equal_maximum, selection.outputs, streams_pairs>();
   } else {
     return nullptr;

@@ -59,51 +59,52 @@ void opencv_functions(const TransformParameters& p) {
   cv::Mat power;
   cv::subtract(samples[0], samples[2], s1, cv::noArray(), CV_32F);
   cv::subtract(samples[1], samples[3], s2, cv::noArray(), CV_32F);
-  if (p.normalized_stokes != nullptr || p.total_power != nullptr || p.degree_of_linear_polarization != nullptr) {
+  if (p.images.normalized_stokes != nullptr || p.images.total_power != nullptr ||
+      p.images.degree_of_linear_polarization != nullptr) {
     cv::Mat other;
     cv::add(samples[0], samples[2], power, cv::noArray(), CV_32F);
     cv::add(samples[1], samples[3], other, cv::noArray(), CV_32F);
     cv::addWeighted(power, 0.5, other, 0.5, 0, power);
   }
   const double gain = static_cast<double>(p.output_maximum) / static_cast<double>(p.input_maximum);
-  if (p.normalized_stokes != nullptr) {
+  if (p.images.normalized_stokes != nullptr) {
     cv::Mat normalized[2];
     cv::divide(s1, power, normalized[0]);
     cv::divide(s2, power, normalized[1]);
-    cv::Mat to(p.height, p.width, CV_32FC2, p.normalized_stokes);
+    cv::Mat to(p.height, p.width, CV_32FC2, p.images.normalized_stokes);
     cv::merge(normalized, 2, to);
   }
-  if (p.total_power != nullptr) {
-    store(p, power, gain, p.total_power);
+  if (p.images.total_power != nullptr) {
+    store(p, power, gain, p.images.total_power);
   }
-  if (p.horizontal_vertical != nullptr) {
-    store(p, s1, gain, p.horizontal_vertical);
+  if (p.images.horizontal_vertical != nullptr) {
+    store(p, s1, gain, p.images.horizontal_vertical);
   }
-  if (p.diagonal != nullptr) {
-    store(p, s2, gain, p.diagonal);
+  if (p.images.diagonal != nullptr) {
+    store(p, s2, gain, p.images.diagonal);
   }
-  if (p.azimuth == nullptr && p.degree_of_linear_polarization == nullptr) {
+  if (p.images.azimuth == nullptr && p.images.degree_of_linear_polarization == nullptr) {
     return;
   }
   cv::Mat polarized;
   cv::Mat angle;
-  if (p.azimuth == nullptr) {
+  if (p.images.azimuth == nullptr) {
     cv::magnitude(s1, s2, polarized);
-  } else if (p.degree_of_linear_polarization == nullptr) {
+  } else if (p.images.degree_of_linear_polarization == nullptr) {
     cv::phase(s1, s2, angle, true);
   } else {
     cv::cartToPolar(s1, s2, polarized, angle, true);
   }
-  if (p.azimuth != nullptr) {
+  if (p.images.azimuth != nullptr) {
     // 0..360 degrees of the Stokes angle to -180..180, then to 0..360.
     cv::subtract(angle, 360, angle, angle > 180);
     cv::add(angle, 180, angle);
-    store(p, angle, static_cast<double>(p.output_maximum) / 360, p.azimuth);
+    store(p, angle, static_cast<double>(p.output_maximum) / 360, p.images.azimuth);
   }
-  if (p.degree_of_linear_polarization != nullptr) {
+  if (p.images.degree_of_linear_polarization != nullptr) {
     cv::divide(polarized, power, polarized);
     cv::patchNaNs(polarized, 0);
-    store(p, polarized, static_cast<double>(p.output_maximum), p.degree_of_linear_polarization);
+    store(p, polarized, static_cast<double>(p.output_maximum), p.images.degree_of_linear_polarization);
   }
 }
 

@@ -43,26 +43,26 @@ void plain_loop(const TransformParameters& p) {
       const float s1 = samples[layout.i0] - samples[layout.i90];
       const float s2 = samples[layout.i45] - samples[layout.i135];
       const std::size_t element = y * width + x;
-      if (p.normalized_stokes != nullptr) {
-        p.normalized_stokes[2 * element] = s1 / power;
-        p.normalized_stokes[2 * element + 1] = s2 / power;
+      if (p.images.normalized_stokes != nullptr) {
+        p.images.normalized_stokes[2 * element] = s1 / power;
+        p.images.normalized_stokes[2 * element + 1] = s2 / power;
       }
-      if (p.total_power != nullptr) {
-        p.total_power[element] = to_output(power * gain, p.output_maximum);
+      if (p.images.total_power != nullptr) {
+        p.images.total_power[element] = to_output(power * gain, p.output_maximum);
       }
-      if (p.horizontal_vertical != nullptr) {
-        p.horizontal_vertical[element] = to_output(s1 * gain, p.output_maximum);
+      if (p.images.horizontal_vertical != nullptr) {
+        p.images.horizontal_vertical[element] = to_output(s1 * gain, p.output_maximum);
       }
-      if (p.diagonal != nullptr) {
-        p.diagonal[element] = to_output(s2 * gain, p.output_maximum);
+      if (p.images.diagonal != nullptr) {
+        p.images.diagonal[element] = to_output(s2 * gain, p.output_maximum);
       }
-      if (p.azimuth != nullptr) {
+      if (p.images.azimuth != nullptr) {
         const float turns = std::atan2(s2, s1) / (2 * 3.14159265F) + 0.5F;
-        p.azimuth[element] = to_output(turns * p.output_maximum, p.output_maximum);
+        p.images.azimuth[element] = to_output(turns * p.output_maximum, p.output_maximum);
       }
-      if (p.degree_of_linear_polarization != nullptr) {
+      if (p.images.degree_of_linear_polarization != nullptr) {
         const float degree = power > 0 ? std::sqrt(s1 * s1 + s2 * s2) / power : 0;
-        p.degree_of_linear_polarization[element] = to_output(degree * p.output_maximum, p.output_maximum);
+        p.images.degree_of_linear_polarization[element] = to_output(degree * p.output_maximum, p.output_maximum);
       }
     }
   }

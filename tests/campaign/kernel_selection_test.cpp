@@ -13,7 +13,7 @@ namespace {
 
 TEST(KernelSelection, PhasesOutsideTheirRangeCountAsZero) {
   KernelFlags flags = {};
-  flags.normalized_stokes = true;
+  flags.outputs = output_bit<NormalizedStokesOutput>;
   for (const bool sse41 : {false, true}) {
     flags.sse41 = sse41;
     EXPECT_EQ(select_kernel(-1, flags), select_kernel(0, flags));

@@ -32,12 +32,16 @@ def unpack(build, place):
 
 
 def consume_by_cmake(arguments, tree, example, program):
+    """Two programs: one in C, one in C++ by the header for it."""
     folder = program.parent / "by-cmake"
-    run("cmake", "-G", "Ninja", "-S", pathlib.Path(__file__).parent, "-B", folder, f"-DCONSUMER_SOURCE={example}",
+    run("cmake", "-G", "Ninja", "-S", pathlib.Path(__file__).parent, "-B", folder, f"-DEXAMPLES={example.parent}",
         f"-DCMAKE_TOOLCHAIN_FILE={arguments.toolchain}", f"-DCMAKE_PREFIX_PATH={tree}",
         f"-DCMAKE_FIND_ROOT_PATH={tree}", stdout=subprocess.DEVNULL)
     run("cmake", "--build", folder, stdout=subprocess.DEVNULL)
-    shutil.copy(folder / f"consumer{program.suffix}", program)
+    programs = [program.with_stem(f"{program.stem}_{language}") for language in ("c", "cpp")]
+    for made in programs:
+        shutil.copy(folder / f"consumer_{made.stem.rpartition('_')[2]}{made.suffix}", made)
+    return programs
 
 
 def consume_by_pkg_config(arguments, tree, example, program):
@@ -45,6 +49,7 @@ def consume_by_pkg_config(arguments, tree, example, program):
     flags = run("pkg-config", "--cflags", "--libs", "nerova_polarization_processor", stdout=subprocess.PIPE,
                 env=dict(os.environ, PKG_CONFIG_LIBDIR=str(folder))).stdout.split()
     run(arguments.compiler, *arguments.flags.split(), example, "-o", program, *flags)
+    return [program]
 
 
 def consume_by_other_linker(arguments, tree, emulator, program):
@@ -92,9 +97,8 @@ def main():
         programs, suffix = (library.parent, ".exe") if windows else (place, "")
         (example,) = tree.rglob("first_frame.c")
         for consume in (consume_by_cmake, consume_by_pkg_config):
-            program = programs / f"{consume.__name__}{suffix}"
-            consume(arguments, tree, example, program)
-            run(*emulator, program, env=dict(os.environ, LD_LIBRARY_PATH="" if windows else str(library.parent)))
+            for program in consume(arguments, tree, example, programs / f"{consume.__name__}{suffix}"):
+                run(*emulator, program, env=dict(os.environ, LD_LIBRARY_PATH="" if windows else str(library.parent)))
         if arguments.other_target:
             consume_by_other_linker(arguments, tree, emulator, programs / "other.exe")
 

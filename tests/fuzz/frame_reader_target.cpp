@@ -1,7 +1,7 @@
 // The tool's readers of frames. An input that begins with "r" is headerless: a line with the values of --raw and, after
 // a blank, of --pixel-format, then the file. Any other is a picture behind its first byte.
 
-#include "frame_reader.h"
+#include "batch/frame_reader.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -8,7 +8,7 @@
 #include <climits>
 #include <cstdlib>
 
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 #include "lifecycle/arrangement.h"
 #include "lifecycle/transform_call.h"
 
@@ -111,9 +111,10 @@ TEST_F(RoutingToPlugin, RecordHoldsTheCall) {
     EXPECT_EQ(parameters.input_maximum, static_cast<float>((1 << call.bit_depth) - 1));
     EXPECT_EQ(parameters.output_maximum, static_cast<float>(call.output_maximum));
     EXPECT_EQ(parameters.integer_output_maximum, call.output_maximum);
-    EXPECT_EQ(parameters.normalized_stokes, call.stokes);
-    std::uint16_t* const images[] = {parameters.total_power, parameters.horizontal_vertical, parameters.diagonal,
-                                     parameters.azimuth, parameters.degree_of_linear_polarization};
+    EXPECT_EQ(parameters.images.normalized_stokes, call.stokes);
+    std::uint16_t* const images[] = {parameters.images.total_power, parameters.images.horizontal_vertical,
+                                     parameters.images.diagonal, parameters.images.azimuth,
+                                     parameters.images.degree_of_linear_polarization};
     EXPECT_TRUE(std::equal(std::begin(images), std::end(images), call.images));
   });
   for (const std::int32_t bit_depth : {0, 1, 12, 16}) {

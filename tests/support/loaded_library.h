@@ -29,7 +29,7 @@ class LoadedModule {
   void* module_ = nullptr;
 };
 
-/** The library as a stranger loads it: its seven functions resolved by name. */
+/** The library loaded at run time: its seven functions resolved by name. */
 class LoadedLibrary : public LoadedModule {
  public:
   explicit LoadedLibrary(const std::string& path);

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 #include "support/frame_images.h"
 #include "support/module_file.h"
 
@@ -53,12 +53,8 @@ inline TransformParameters plugin_call(const std::vector<std::uint16_t>& frame, 
           4095.0F,
           static_cast<float>(output_maximum),
           output_maximum,
-          images.stokes.data(),
-          images.others[0].data(),
-          images.others[1].data(),
-          images.others[2].data(),
-          images.others[3].data(),
-          images.others[4].data()};
+          {images.stokes.data(), images.others[0].data(), images.others[1].data(), images.others[2].data(),
+           images.others[3].data(), images.others[4].data()}};
 }
 
 }  // namespace nerova_zel::test

@@ -13,16 +13,16 @@ namespace {
 
 /** Where the results of four pixels go. */
 struct BlockTarget {
-  const TransformParameters& parameters;
+  const OutputImages& images;
   std::size_t element;
 
-  NEROVA_INLINE void store_pair(F32x4 first, F32x4 second) const {
-    store_pairs(parameters.normalized_stokes + 2 * element, first, second);
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, const NormalizedStokes<F32x4>& pairs) const {
+    store_pairs(images.*Output::image + 2 * element, pairs.s1, pairs.s2);
   }
-
-  template <OutputSet output>
-  NEROVA_INLINE void store(F32x4 value) const {
-    store_outputs(image_of<output>(parameters) + element, value);
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, F32x4 value) const {
+    store_outputs(images.*Output::image + element, value);
   }
 };
 
@@ -33,12 +33,13 @@ void block_row(const TransformParameters& parameters, const BlockConstants& cons
                                    F32x4::broadcast(constants.output_maximum),
                                    F32x4::broadcast(constants.azimuth_scale)};
   // A copy the stores below cannot alias, so that the pointers in it stay in registers.
-  const TransformParameters images = parameters;
-  const auto width = static_cast<std::size_t>(images.width);
+  const OutputImages images = parameters.images;
+  const std::uint16_t* const input = parameters.input;
+  const auto width = static_cast<std::size_t>(parameters.width);
   const std::size_t first = row * width;
   for (std::size_t element = first; element < first + columns; element += 4) {
-    const Channels<I32x4> upper = load_channels(images.input + element);
-    const Channels<I32x4> lower = load_channels(images.input + element + width);
+    const Channels<I32x4> upper = load_channels(input + element);
+    const Channels<I32x4> lower = load_channels(input + element + width);
     const I32x4 sum = (upper.even + upper.odd) + (lower.even + lower.odd);
     const Differences<I32x4> differences = polarizer_differences<first_angle>(upper, lower);
     const LinearStokes<F32x4> stokes = {rules.power(to_float(sum)), to_float(differences.s1), to_float(differences.s2)};

@@ -2,7 +2,6 @@
 
 #include "kernels/built_in/block_row.h"
 #include "kernels/shared/compute_pixel.h"
-#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

@@ -1,12 +1,8 @@
 #pragma once
 
 #include "kernels/shared/kernel_flags.h"
-#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
-
-/** A whole-image kernel, specialised for one phase and one combination of KernelFlags. */
-using WholeImageKernel = void (*)(const TransformParameters& parameters, MatrixRow matrices);
 
 /** Total over its arguments: a phase outside 0..3 counts as 0. */
 WholeImageKernel select_kernel(PolarPhase phase, const KernelFlags& flags);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <emmintrin.h>
-#ifdef __SSE4_1__
+#ifdef NEROVA_SSE41_FORM
 #include <smmintrin.h>
 #endif
 
@@ -9,9 +9,10 @@
 
 #include "kernels/shared/always_inline.h"
 #include "kernels/shared/polarizer_differences.h"
+#include "kernels/shared/radians.h"
 
-// Four lanes, in the SSE2 or the SSE4.1 form, whichever the file is compiled for. The forms differ in how samples are
-// brought into lanes and in how results are narrowed to 16 bits; the arithmetic is the same.
+// Four lanes, in the SSE2 or the SSE4.1 form: NEROVA_SSE41_FORM decides, not what the compiler may use. The forms
+// differ in how samples are brought into lanes and in how results are narrowed to 16 bits; the arithmetic is the same.
 namespace nerova_zel {
 namespace {
 
@@ -24,7 +25,7 @@ struct F32x4 {
 
   NEROVA_INLINE static F32x4 broadcast(float value) { return {_mm_set1_ps(value)}; }
 
-#ifdef __SSE4_1__
+#ifdef NEROVA_SSE41_FORM
   static constexpr bool stores_negative_as_zero = true;  // the narrowing saturates at both ends
 #else
   static constexpr bool stores_negative_as_zero = false;
@@ -59,7 +60,7 @@ NEROVA_INLINE F32x4 negative_or_other(Mask4 mask, F32x4 negative, F32x4 other) {
 /** pi / 2 if the sign is negative, else 0; or other. */
 NEROVA_INLINE F32x4 quarter_turn_if_negative(Mask4 mask, F32x4 sign, F32x4 other) {
   const auto negative = _mm_castsi128_ps(_mm_srai_epi32(_mm_castps_si128(sign.v), 31));
-  return select(mask, {_mm_and_ps(negative, _mm_set1_ps(1.5707964F))}, other);
+  return select(mask, {_mm_and_ps(negative, _mm_set1_ps(Radians::quarter_turn))}, other);
 }
 
 /** Four samples as integers; sums and differences of samples are exact in them and in single precision. */
@@ -71,7 +72,7 @@ NEROVA_INLINE I32x4 operator+(I32x4 a, I32x4 b) { return {_mm_add_epi32(a.v, b.v
 NEROVA_INLINE I32x4 operator-(I32x4 a, I32x4 b) { return {_mm_sub_epi32(a.v, b.v)}; }
 NEROVA_INLINE F32x4 to_float(I32x4 a) { return {_mm_cvtepi32_ps(a.v)}; }
 
-#ifdef __SSE4_1__
+#ifdef NEROVA_SSE41_FORM
 
 /** Eight samples s0..s7 are read. Lane 3 of the even channel repeats s2; that is this form's defined result. */
 NEROVA_INLINE Channels<I32x4> load_channels(const std::uint16_t* samples) {

@@ -15,14 +15,15 @@ struct PixelTarget {
   const ImageViews& views;
   std::size_t element;
 
-  NEROVA_INLINE void store_pair(F32x1 first, F32x1 second) const {
-    parameters.normalized_stokes[2 * element] = first.value;
-    parameters.normalized_stokes[2 * element + 1] = second.value;
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, const NormalizedStokes<F32x1>& pair) const {
+    float* const to = parameters.images.*Output::image + 2 * element;
+    to[0] = pair.s1.value;
+    to[1] = pair.s2.value;
   }
-
-  template <OutputSet output>
-  NEROVA_INLINE void store(F32x1 value) const {
-    image_of<output>(views).first[element] = round_to_output(value);
+  template <class Output>
+  NEROVA_INLINE void store(Output /*output*/, F32x1 value) const {
+    views.outputs[output_index<Output>].first[element] = round_to_output(value);
   }
 };
 

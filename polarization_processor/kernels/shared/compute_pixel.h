@@ -3,8 +3,6 @@
 #include <cstdint>
 
 #include "kernels/shared/image_view.h"
-#include "kernels/shared/output_set.h"
-#include "kernels/shared/transform_parameters.h"
 
 namespace nerova_zel {
 

@@ -5,12 +5,13 @@ namespace nerova_zel {
 ImageViews make_image_views(const TransformParameters& parameters) {
   const auto rows = static_cast<std::uint32_t>(parameters.height);
   const auto columns = static_cast<std::uint32_t>(parameters.width);
-  return {{parameters.input, rows, columns},
-          {parameters.total_power, rows, columns},
-          {parameters.horizontal_vertical, rows, columns},
-          {parameters.diagonal, rows, columns},
-          {parameters.azimuth, rows, columns},
-          {parameters.degree_of_linear_polarization, rows, columns}};
+  ImageViews views = {{parameters.input, rows, columns}, {}};
+  Outputs::for_each([&](auto output) {
+    if constexpr (!output.is_pair) {
+      views.outputs[output_index<decltype(output)>] = {parameters.images.*output.image, rows, columns};
+    }
+  });
+  return views;
 }
 
 }  // namespace nerova_zel

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/outputs.h"
 
 namespace nerova_zel {
 
@@ -17,11 +17,7 @@ struct ImageView {
 /** The input and the 16-bit outputs of one frame; the view of an output that is not wanted is never used. */
 struct ImageViews {
   ImageView<const std::uint16_t> input;
-  ImageView<std::uint16_t> total_power;
-  ImageView<std::uint16_t> horizontal_vertical;
-  ImageView<std::uint16_t> diagonal;
-  ImageView<std::uint16_t> azimuth;
-  ImageView<std::uint16_t> degree_of_linear_polarization;
+  ImageView<std::uint16_t> outputs[Outputs::count];  ///< by output_index; the one of the pairs is never used either
 };
 
 ImageViews make_image_views(const TransformParameters& parameters);

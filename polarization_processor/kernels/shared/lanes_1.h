@@ -35,6 +35,10 @@ NEROVA_INLINE F32x1 reciprocal_estimate(F32x1 a) { return {_mm_cvtss_f32(_mm_rcp
 
 NEROVA_INLINE F32x1 select(bool mask, F32x1 yes, F32x1 no) { return mask ? yes : no; }
 NEROVA_INLINE F32x1 zero_if(bool mask, F32x1 a) { return {mask ? 0.0F : a.value}; }
+/** -negative, or other. */
+NEROVA_INLINE F32x1 negative_or_other(bool mask, F32x1 negative, F32x1 other) {
+  return {mask ? -negative.value : other.value};
+}
 
 /** Rounds to nearest, ties to even; the value lies in 0..65535. */
 NEROVA_INLINE std::uint16_t round_to_output(F32x1 a) {

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "kernels/shared/always_inline.h"
-#include "kernels/shared/output_set.h"
+#include "kernels/shared/outputs.h"
+#include "kernels/shared/radians.h"
 
 // The formulae, once, over any number of lanes. A lane type Float offers the arithmetic operators, comparisons that
 // give masks, and the few named operations used below; each is rounded to single precision by itself. No memory, no
@@ -33,78 +34,95 @@ NEROVA_INLINE Float cubic_arctangent(Float t, float scale) {
   return ((t * t) * k2 + k1) * t;
 }
 
-/** Of the angle of the Stokes vector, twice the azimuth. */
-struct Radians {
-  static constexpr float half_turn = 3.1415927F;
-  static constexpr float quarter_turn = half_turn / 2;
-  static constexpr float eighth_turn = half_turn / 4;
-  /** 90 / pi, one unit in the last place below the nearest float; part of the result. */
-  static constexpr float azimuth_degrees = 28.647888F;
-};
-
 /**
- * Azimuth in degrees, 0..180: half the angle of the Stokes vector, atan2(s2, s1), turned by 90 degrees; for any values,
- * infinities and NaN included. Near the S1 axis the cubic takes s2 / s1, else its inverse; both quotients come from
- * reciprocal estimates.
+ * Azimuth in degrees, 0..180: half the angle of the Stokes vector, atan2(s2, s1), turned by 90 degrees.
+ *
+ *   |s2| < |s1|:  angle = start + cubic(s2 / s1)   start = 0 where s1 > 0, else pi with the sign of s2
+ *   otherwise:    angle = start - cubic(s1 / s2)   start = pi / 2 with the sign of s2
+ *
+ * Both quotients come from reciprocal estimates; the cubic is odd, so that one subtraction serves both. The angle is
+ * halved first, which is exact: its largest constant is then a quarter turn, which an AVX-512 instruction supplies. Samples says
+ * how the cases are told apart, depending on what s1 and s2 can be.
  */
+template <class Samples, class Float>
+NEROVA_INLINE Float azimuth_degrees(Float s1, Float s2) {
+  const Float ratio = s2 * reciprocal_estimate(s1);
+  const auto near_axis = Samples::near_axis(s1, s2);
+  const Float arc = cubic_arctangent(negative_or_other(near_axis, ratio, reciprocal_estimate(ratio)), 0.5F);
+  const Float half_angle = Samples::settle(s1, s2, Samples::half_start(near_axis, s1, s2) - arc);
+  return half_angle * Float::broadcast(2 * Radians::azimuth_degrees) + Float::broadcast(90.0F);
+}
+
+/** s1 and s2 may be anything, infinities and NaN included. */
 struct AnySamples {
   template <class Float>
-  NEROVA_INLINE static Float azimuth_degrees(Float s1, Float s2) {
-    return stokes_angle(s1, s2) * Float::broadcast(Radians::azimuth_degrees) + Float::broadcast(90.0F);
+  NEROVA_INLINE static auto near_axis(Float s1, Float s2) {
+    return abs(s2) < abs(s1);
+  }
+
+  template <class Mask, class Float>
+  NEROVA_INLINE static Float half_start(Mask near_axis, Float s1, Float s2) {
+    const Float zero = Float::broadcast(0.0F);
+    const Float quarter_turn =
+        select(s2 >= zero, Float::broadcast(Radians::quarter_turn), Float::broadcast(-Radians::quarter_turn));
+    return select(near_axis, select(s1 > zero, zero, quarter_turn), eighth_turn(s2));
+  }
+
+  /** Where s1 = 0 the quotients mean nothing. */
+  template <class Float>
+  NEROVA_INLINE static Float settle(Float s1, Float s2, Float half_angle) {
+    const Float zero = Float::broadcast(0.0F);
+    return select(s1 == zero, select(s2 == zero, zero, eighth_turn(s2)), half_angle);
   }
 
  private:
   template <class Float>
-  NEROVA_INLINE static Float stokes_angle(Float s1, Float s2) {
-    const Float zero = Float::broadcast(0.0F);
-    const Float ratio = s2 * reciprocal_estimate(s1);
-    const auto near_axis = abs(s2) < abs(s1);
-    const Float arc = cubic_arctangent(select(near_axis, ratio, reciprocal_estimate(ratio)), 1.0F);
-    const Float turn = select(s2 >= zero, Float::broadcast(Radians::half_turn), Float::broadcast(-Radians::half_turn));
-    const Float quarter =
-        select(s2 > zero, Float::broadcast(Radians::quarter_turn), Float::broadcast(-Radians::quarter_turn));
-    const Float angle = select(near_axis, select(s1 > zero, zero, turn) + arc, quarter - arc);
-    return select(s1 == zero, select(s2 == zero, zero, quarter), angle);
+  NEROVA_INLINE static Float eighth_turn(Float s2) {
+    return select(s2 > Float::broadcast(0.0F), Float::broadcast(Radians::eighth_turn),
+                  Float::broadcast(-Radians::eighth_turn));
   }
 };
 
 /**
- * The same where quotients of s1 and s2 are normal numbers, 0 or infinite, and s2 is not -0. Then signs stand for
- * comparisons, only s1 = s2 = 0 yields NaN on the way, and the cubic, which is odd, may take a negated argument.
- * Halving the angle first, which is exact, leaves a quarter turn for its largest constant: one that AVX-512 has at
- * hand.
+ * Quotients of s1 and s2 are normal numbers, 0 or infinite. Then signs stand for comparisons, and only s1 = s2 = 0
+ * yields NaN on the way.
  */
 struct OrdinarySamples {
   template <class Float>
-  NEROVA_INLINE static Float azimuth_degrees(Float s1, Float s2) {
+  NEROVA_INLINE static auto near_axis(Float s1, Float s2) {
+    return abs(s2) < abs(s1);
+  }
+
+  template <class Mask, class Float>
+  NEROVA_INLINE static Float half_start(Mask near_axis, Float s1, Float s2) {
     const Float positive_zero = Float::broadcast(0.0F);
-    return azimuth_degrees(abs(s2) < abs(s1), s1, s2 + positive_zero);
+    return signed_half_start(near_axis, s1, s2 + positive_zero);
+  }
+
+  template <class Float>
+  NEROVA_INLINE static Float settle(Float /*s1*/, Float /*s2*/, Float half_angle) {
+    return zero_if_nan(half_angle);
   }
 
  protected:
+  /** s2 is not -0. */
   template <class Mask, class Float>
-  NEROVA_INLINE static Float azimuth_degrees(Mask near_axis, Float s1, Float s2) {
-    return half_stokes_angle(near_axis, s1, s2) * Float::broadcast(2 * Radians::azimuth_degrees) +
-           Float::broadcast(90.0F);
-  }
-
- private:
-  template <class Mask, class Float>
-  NEROVA_INLINE static Float half_stokes_angle(Mask near_axis, Float s1, Float s2) {
-    const Float ratio = s2 * reciprocal_estimate(s1);
-    const Float negative_arc = cubic_arctangent(negative_or_other(near_axis, ratio, reciprocal_estimate(ratio)), 0.5F);
-    const Float start = quarter_turn_if_negative(near_axis, s1, Float::broadcast(Radians::eighth_turn));
-    return zero_if_nan(with_sign_of(s2, start) - negative_arc);
+  NEROVA_INLINE static Float signed_half_start(Mask near_axis, Float s1, Float s2) {
+    return with_sign_of(s2, quarter_turn_if_negative(near_axis, s1, Float::broadcast(Radians::eighth_turn)));
   }
 };
 
-/** The same where s1 and s2 are differences of samples: integers below 2^16, and zero only as +0. */
+/** s1 and s2 are differences of samples: integers below 2^16, and zero only as +0. */
 struct SampleDifferences : OrdinarySamples {
+  /** Squares of such integers lie further apart than their rounding reaches, and the degree needs them too. */
   template <class Float>
-  NEROVA_INLINE static Float azimuth_degrees(Float s1, Float s2) {
-    // As the magnitudes compare: squares of such integers lie further apart than their rounding reaches. The degree
-    // needs them too.
-    return OrdinarySamples::azimuth_degrees(s2 * s2 < s1 * s1, s1, s2);
+  NEROVA_INLINE static auto near_axis(Float s1, Float s2) {
+    return s2 * s2 < s1 * s1;
+  }
+
+  template <class Mask, class Float>
+  NEROVA_INLINE static Float half_start(Mask near_axis, Float s1, Float s2) {
+    return signed_half_start(near_axis, s1, s2);
   }
 };
 
@@ -135,6 +153,16 @@ template <class Float>
 NEROVA_INLINE Float clamp_degree(Float power, Float value, Float maximum) {
   return clamp_to_output(zero_if(power == Float::broadcast(0.0F), value), maximum);
 }
+
+// A Rules type says how precisely an output is computed. It offers, each over lanes:
+//   Samples                     what s1 and s2 can be: AnySamples, OrdinarySamples or SampleDifferences
+//   output_maximum              full scale of the 16-bit outputs
+//   normalize(stokes)           s1 / power and s2 / power
+//   rescale(value)              value * output maximum / input maximum
+//   scale_degrees(degrees)      degrees * output maximum / 180
+//   clamp(value)                to 0..output maximum, NaN to the maximum; or as it is, where the target clamps
+//   clamp_degree(power, value)  the same for the degree, which is 0 where the power is 0
+// A source of samples may ask for more: PixelRules and BlockRules have power(sum), half of a sum of samples.
 
 /** The rules of pixels computed one by one: exact half, true divisions, any calibration. */
 template <class Float>
@@ -189,58 +217,60 @@ NEROVA_INLINE Float linear_output(const Rules& rules, Float value) {
   }
 }
 
-/** Of five things, one for each 16-bit output, the one for this output. */
-template <OutputSet output, class Thing>
-NEROVA_INLINE Thing& choose(Thing& total_power, Thing& horizontal_vertical, Thing& diagonal, Thing& azimuth,
-                            Thing& degree) {
-  if constexpr (output == output_total_power) {
-    return total_power;
-  } else if constexpr (output == output_horizontal_vertical) {
-    return horizontal_vertical;
-  } else if constexpr (output == output_diagonal) {
-    return diagonal;
-  } else if constexpr (output == output_azimuth) {
-    return azimuth;
-  } else {
-    static_assert(output == output_degree);
-    return degree;
+// The formula of each output, clamped as the rules do and not yet rounded.
+
+template <bool equal_maximum, class Rules, class Float>
+NEROVA_INLINE NormalizedStokes<Float> output_value(NormalizedStokesOutput /*output*/, const Rules& rules,
+                                                   const LinearStokes<Float>& stokes) {
+  return rules.normalize(stokes);
+}
+
+template <bool equal_maximum, class Rules, class Float>
+NEROVA_INLINE Float output_value(TotalPowerOutput /*output*/, const Rules& rules, const LinearStokes<Float>& stokes) {
+  return linear_output<equal_maximum>(rules, stokes.power);
+}
+
+template <bool equal_maximum, class Rules, class Float>
+NEROVA_INLINE Float output_value(HorizontalVerticalOutput /*output*/, const Rules& rules,
+                                 const LinearStokes<Float>& stokes) {
+  return linear_output<equal_maximum>(rules, stokes.s1);
+}
+
+template <bool equal_maximum, class Rules, class Float>
+NEROVA_INLINE Float output_value(DiagonalOutput /*output*/, const Rules& rules, const LinearStokes<Float>& stokes) {
+  return linear_output<equal_maximum>(rules, stokes.s2);
+}
+
+template <bool equal_maximum, class Rules, class Float>
+NEROVA_INLINE Float output_value(AzimuthOutput /*output*/, const Rules& rules, const LinearStokes<Float>& stokes) {
+  return rules.clamp(rules.scale_degrees(azimuth_degrees<typename Rules::Samples>(stokes.s1, stokes.s2)));
+}
+
+template <bool equal_maximum, class Rules, class Float>
+NEROVA_INLINE Float output_value(DegreeOutput /*output*/, const Rules& rules, const LinearStokes<Float>& stokes) {
+  return rules.clamp_degree(stokes.power, degree_of_linear_polarization(stokes) * rules.output_maximum);
+}
+
+template <bool equal_maximum, OutputSet outputs, class Output, class Rules, class Float, class Target>
+NEROVA_INLINE void compute_output(const Rules& rules, const LinearStokes<Float>& stokes, const Target& target) {
+  if constexpr ((outputs & output_bit<Output>) != 0) {
+    target.store(Output(), output_value<equal_maximum>(Output(), rules, stokes));
   }
 }
 
-/** The image of a 16-bit output; of TransformParameters or ImageViews. */
-template <OutputSet output, class Images>
-NEROVA_INLINE const auto& image_of(const Images& images) {
-  return choose<output>(images.total_power, images.horizontal_vertical, images.diagonal, images.azimuth,
-                        images.degree_of_linear_polarization);
+template <bool equal_maximum, OutputSet outputs, class Rules, class Float, class Target, class... Rows>
+NEROVA_INLINE void compute_outputs(const Rules& rules, const LinearStokes<Float>& stokes, const Target& target,
+                                   OutputTable<Rows...> /*table*/) {
+  (compute_output<equal_maximum, outputs, Rows>(rules, stokes, target), ...);
 }
 
 /**
- * Every selected output of some pixels. The target takes them with store_pair(s1 / p, s2 / p) and store<output>(value),
- * the value clamped as the rules do and not yet rounded.
+ * Every selected output of some pixels. The target takes each with store(row of the table, value); the value of the
+ * pairs is a NormalizedStokes.
  */
 template <bool equal_maximum, OutputSet outputs, class Rules, class Float, class Target>
 NEROVA_INLINE void compute_outputs(const Rules& rules, const LinearStokes<Float>& stokes, const Target& target) {
-  if constexpr ((outputs & output_normalized_stokes) != 0) {
-    const NormalizedStokes<Float> normalized = rules.normalize(stokes);
-    target.store_pair(normalized.s1, normalized.s2);
-  }
-  if constexpr ((outputs & output_total_power) != 0) {
-    target.template store<output_total_power>(linear_output<equal_maximum>(rules, stokes.power));
-  }
-  if constexpr ((outputs & output_horizontal_vertical) != 0) {
-    target.template store<output_horizontal_vertical>(linear_output<equal_maximum>(rules, stokes.s1));
-  }
-  if constexpr ((outputs & output_diagonal) != 0) {
-    target.template store<output_diagonal>(linear_output<equal_maximum>(rules, stokes.s2));
-  }
-  if constexpr ((outputs & output_azimuth) != 0) {
-    const Float degrees = Rules::Samples::azimuth_degrees(stokes.s1, stokes.s2);
-    target.template store<output_azimuth>(rules.clamp(rules.scale_degrees(degrees)));
-  }
-  if constexpr ((outputs & output_degree) != 0) {
-    const Float degree = degree_of_linear_polarization(stokes) * rules.output_maximum;
-    target.template store<output_degree>(rules.clamp_degree(stokes.power, degree));
-  }
+  compute_outputs<equal_maximum, outputs>(rules, stokes, target, Outputs());
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kernels/shared/always_inline.h"
-#include "kernels/shared/transform_parameters.h"
+#include "kernels/shared/kernels.h"
 
 // Which samples make up S1 and S2 under the default calibration. Internal linkage, as all per-pixel code.
 namespace nerova_zel {

@@ -1,0 +1,142 @@
+#include "file_set.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "codec_error.h"
+
+namespace nerova_zel {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void fail(const fs::path& path, const std::string& reason) {
+  throw CodecError(CodecError::Reason::not_writable, "cannot write " + path.string() + ": " + reason);
+}
+
+std::string last_error() { return errno != 0 ? std::strerror(errno) : "unknown reason"; }
+
+/** Earlier files that are replaced, kept under second names until all is done. */
+class Replaced {
+ public:
+  Replaced() = default;
+  Replaced(const Replaced&) = delete;
+  Replaced& operator=(const Replaced&) = delete;
+
+  ~Replaced() {
+    std::error_code ignored;
+    for (auto file = files_.rbegin(); file != files_.rend(); ++file) {
+      if (!kept_new_ && file->published) {
+        if (file->kept.empty()) {
+          fs::remove(file->path, ignored);
+        } else {
+          fs::rename(file->kept, file->path, ignored);
+        }
+      } else if (!file->kept.empty()) {
+        fs::remove(file->kept, ignored);
+      }
+    }
+  }
+
+  /** Before a file is replaced. */
+  void keep(const fs::path& path) {
+    files_.push_back({path, {}, false});
+    if (!fs::exists(path)) {
+      return;
+    }
+    std::error_code error;
+    fs::path kept;
+    for (int number = 1; kept.empty() || fs::exists(fs::symlink_status(kept, error)); ++number) {
+      kept = path.string() + ".previous" + std::to_string(number);
+    }
+    fs::create_hard_link(path, kept, error);
+    if (error) {  // not on every file system
+      fs::copy_file(path, kept, error);
+    }
+    if (error) {
+      fail(path, "the earlier file cannot be kept (" + error.message() + ")");
+    }
+    files_.back().kept = kept;
+  }
+
+  void published() { files_.back().published = true; }
+
+  void keep_new() { kept_new_ = true; }
+
+ private:
+  struct File {
+    fs::path path;
+    fs::path kept;  ///< empty when there was none
+    bool published;
+  };
+  std::vector<File> files_;
+  bool kept_new_ = false;
+};
+
+}  // namespace
+
+FileSet::~FileSet() {
+  entries_.clear();
+  if (committed_) {
+    return;
+  }
+  std::error_code ignored;
+  for (auto directory = made_directories_.rbegin(); directory != made_directories_.rend(); ++directory) {
+    fs::remove(*directory, ignored);  // goes only when empty
+  }
+}
+
+void FileSet::make_directory(const fs::path& directory) {
+  std::error_code error;
+  fs::path so_far;
+  for (const fs::path& part : directory) {
+    so_far /= part;
+    if (fs::create_directory(so_far, error)) {
+      made_directories_.push_back(so_far);
+    }
+    if (!fs::is_directory(so_far, error)) {
+      const std::string reason = fs::exists(so_far, error) ? so_far.string() + " is a file" : error.message();
+      throw CodecError(CodecError::Reason::not_writable,
+                       "cannot make the directory " + directory.string() + ": " + reason);
+    }
+  }
+}
+
+void FileSet::write(const fs::path& path, const Bytes& bytes) { write(path, {{bytes.data(), bytes.size()}}); }
+
+void FileSet::write(const fs::path& path, std::initializer_list<ByteView> parts) {
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    fail(path, "a directory has that name");
+  }
+  PartialFile partial(path);
+  errno = 0;
+  if (!partial.open()) {
+    fail(path, last_error());
+  }
+  for (const ByteView& part : parts) {
+    if (!partial.write(part.data, part.size)) {
+      fail(path, last_error());
+    }
+  }
+  entries_.push_back({path, std::move(partial)});
+}
+
+void FileSet::commit() {
+  Replaced replaced;
+  for (Entry& entry : entries_) {
+    replaced.keep(entry.path);
+    errno = 0;
+    if (!entry.partial.publish()) {
+      fail(entry.path, last_error());
+    }
+    replaced.published();
+  }
+  replaced.keep_new();
+  committed_ = true;
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <initializer_list>
+#include <vector>
+
+#include "image.h"
+#include "platform/partial_file.h"
+
+namespace nerova_zel {
+
+/** Bytes that lie somewhere else and stay there. */
+struct ByteView {
+  const void* data;
+  std::size_t size;
+};
+
+/**
+ * Files that appear together or not at all. Each is first written under a temporary name beside its place; commit gives
+ * them their names, each in one step, and replaces files that had them. Where commit fails, replaced files are put
+ * back. What was not committed is removed, made directories included. Throws CodecError. Not thread-safe.
+ */
+class FileSet {
+ public:
+  FileSet() = default;
+  ~FileSet();
+  FileSet(const FileSet&) = delete;
+  FileSet& operator=(const FileSet&) = delete;
+
+  /** Makes a directory, and those above it, where missing. */
+  void make_directory(const std::filesystem::path& directory);
+
+  /** The parts follow one another in the file. */
+  void write(const std::filesystem::path& path, std::initializer_list<ByteView> parts);
+  void write(const std::filesystem::path& path, const Bytes& bytes);
+
+  /** At most once, at the end. */
+  void commit();
+
+ private:
+  struct Entry {
+    std::filesystem::path path;
+    PartialFile partial;
+  };
+  std::vector<Entry> entries_;
+  std::vector<std::filesystem::path> made_directories_;
+  bool committed_ = false;
+};
+
+}  // namespace nerova_zel

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+
+namespace nerova_zel {
+
+/**
+ * A file that is being written under a temporary name beside its place: the place's name with ".partial" and, where
+ * others write to the same place at the same time, a number. What a program that died left there is used again, so it
+ * does not stay for ever. Functions that return bool leave the reason in errno when they fail. Not thread-safe.
+ */
+class PartialFile {
+ public:
+  explicit PartialFile(const std::filesystem::path& place);
+
+  /** Removes what was not published. */
+  ~PartialFile();
+  PartialFile(PartialFile&& other) noexcept;
+  PartialFile& operator=(PartialFile&& other) = delete;
+  PartialFile(const PartialFile&) = delete;
+  PartialFile& operator=(const PartialFile&) = delete;
+
+  /** Creates the file, empty. Must come first. */
+  bool open();
+
+  bool write(const void* data, std::size_t size);
+
+  /** Gives the file its place's name, in one step; a file that had the name is replaced. */
+  bool publish();
+
+ private:
+  void close();
+
+  std::filesystem::path place_;
+  std::filesystem::path temporary_;  ///< empty when there is none
+  int descriptor_ = -1;
+};
+
+}  // namespace nerova_zel

@@ -1,0 +1,116 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "platform/partial_file.h"
+
+namespace nerova_zel {
+
+namespace {
+
+/**
+ * Opens a file that nobody else writes: whoever does holds its lock until it has its final name. -1 when the file
+ * cannot be opened, or, with errno EWOULDBLOCK, when somebody does.
+ */
+int open_alone(const char* path) {
+  for (;;) {
+    const int descriptor = open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+    if (descriptor < 0) {
+      return -1;
+    }
+    struct stat opened {};
+    struct stat present {};
+    // Some network file systems have no locks; there only a program that writes to the same place could disturb.
+    const bool alone = flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    if (alone && fstat(descriptor, &opened) == 0) {
+      const bool same = stat(path, &present) == 0 && present.st_ino == opened.st_ino && present.st_dev == opened.st_dev;
+      if (same && ftruncate(descriptor, 0) == 0) {
+        return descriptor;
+      }
+      if (!same) {  // it got its final name, or was removed, between opening and locking
+        close(descriptor);
+        continue;
+      }
+    }
+    const int reason = errno;
+    close(descriptor);
+    errno = reason;
+    return -1;
+  }
+}
+
+}  // namespace
+
+PartialFile::PartialFile(const std::filesystem::path& place) : place_(place) {}
+
+PartialFile::PartialFile(PartialFile&& other) noexcept
+    : place_(std::move(other.place_)),
+      temporary_(std::exchange(other.temporary_, {})),
+      descriptor_(std::exchange(other.descriptor_, -1)) {}
+
+PartialFile::~PartialFile() {
+  if (!temporary_.empty()) {
+    unlink(temporary_.c_str());
+  }
+  close();
+}
+
+bool PartialFile::open() {
+  constexpr int most_writers = 1000;
+  for (int number = 1; number <= most_writers; ++number) {
+    std::string name = place_.string() + ".partial";
+    if (number > 1) {
+      name += std::to_string(number);
+    }
+    descriptor_ = open_alone(name.c_str());
+    if (descriptor_ >= 0) {
+      temporary_ = name;
+      return true;
+    }
+    if (errno != EWOULDBLOCK) {
+      return false;
+    }
+  }
+  return false;
+}
+
+bool PartialFile::write(const void* data, std::size_t size) {
+  const char* at = static_cast<const char*>(data);
+  while (size > 0) {
+    constexpr std::size_t most = std::size_t{1} << 30U;
+    const ssize_t written = ::write(descriptor_, at, std::min(size, most));
+    if (written < 0 && errno != EINTR) {
+      return false;
+    }
+    if (written > 0) {
+      at += written;
+      size -= static_cast<std::size_t>(written);
+    }
+  }
+  return true;
+}
+
+bool PartialFile::publish() {
+  if (std::rename(temporary_.c_str(), place_.c_str()) != 0) {
+    return false;
+  }
+  temporary_.clear();
+  close();
+  return true;
+}
+
+void PartialFile::close() {
+  if (descriptor_ >= 0) {
+    ::close(descriptor_);
+    descriptor_ = -1;
+  }
+}
+
+}  // namespace nerova_zel

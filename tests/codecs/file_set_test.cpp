@@ -1,0 +1,114 @@
+#include "file_set.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+
+#include "file_bytes.h"
+#include "samples_of_files.h"
+
+namespace nerova_zel::test {
+namespace {
+
+using Names = std::vector<std::string>;
+
+void put(const std::filesystem::path& path, const std::string& text) { std::ofstream(path) << text; }
+
+std::string content_of(const std::filesystem::path& path) {
+  const Bytes bytes = read_bytes(path.string());
+  return {bytes.begin(), bytes.end()};
+}
+
+Bytes bytes(const std::string& text) { return {text.begin(), text.end()}; }
+
+TEST(FileSet, FilesAppearTogetherOnCommit) {
+  const Folder folder;
+  put(folder / "one", "earlier");
+  {
+    FileSet set;
+    set.make_directory(folder / "deep/below");
+    set.write(folder / "one", bytes("1"));
+    set.write(folder / "deep/below/two", {{"tw", 2}, {"o", 1}});
+    EXPECT_EQ(content_of(folder / "one"), "earlier");
+    EXPECT_FALSE(std::filesystem::exists(folder / "deep/below/two"));
+    set.commit();
+  }
+  EXPECT_EQ(content_of(folder / "one"), "1");
+  EXPECT_EQ(content_of(folder / "deep/below/two"), "two");
+  EXPECT_EQ(folder.names(), (Names{"deep", "one"})) << "nothing temporary is left";
+}
+
+TEST(FileSet, NothingIsLeftWithoutCommit) {
+  const Folder folder;
+  put(folder / "one", "earlier");
+  {
+    FileSet set;
+    set.make_directory(folder / "deep/below");
+    set.write(folder / "one", bytes("1"));
+    set.write(folder / "deep/below/two", bytes("2"));
+  }
+  EXPECT_EQ(content_of(folder / "one"), "earlier");
+  EXPECT_EQ(folder.names(), Names{"one"});
+}
+
+TEST(FileSet, AFailedCommitPutsEarlierFilesBack) {
+  const Folder folder;
+  put(folder / "a", "earlier");
+  {
+    FileSet set;
+    for (const char* name : {"a", "b", "c", "d"}) {
+      set.write(folder / name, bytes("new"));
+    }
+    std::filesystem::create_directory(folder / "c");  // cannot be replaced by a file
+    put(folder / "c/inside", "");
+    EXPECT_NE(error_of([&] { set.commit(); }).find((folder / "c").string()), std::string::npos);
+  }
+  EXPECT_EQ(content_of(folder / "a"), "earlier");
+  EXPECT_EQ(folder.names(), (Names{"a", "c"}));
+}
+
+TEST(FileSet, WhatADeadProgramLeftIsUsedAgain) {
+  const Folder folder;
+  put(folder / "one.partial", "a longer text that was never finished");
+  FileSet set;
+  set.write(folder / "one", bytes("1"));
+  set.commit();
+  EXPECT_EQ(content_of(folder / "one"), "1");
+  EXPECT_EQ(folder.names(), Names{"one"});
+}
+
+TEST(FileSet, TwoSetsMayWriteToOnePlace) {
+  const Folder folder;
+  auto first = std::make_unique<FileSet>();
+  FileSet second;
+  first->write(folder / "one", bytes("first"));
+  second.write(folder / "one", bytes("second"));
+  first->commit();
+  EXPECT_EQ(content_of(folder / "one"), "first");
+  first.reset();
+  second.commit();
+  EXPECT_EQ(content_of(folder / "one"), "second");
+  EXPECT_EQ(folder.names(), Names{"one"});
+}
+
+TEST(FileSet, PlacesThatCannotBeWrittenAreNamed) {
+  const Folder folder;
+  put(folder / "file", "");
+  std::filesystem::create_directory(folder / "directory");
+  FileSet set;
+  const auto failure_of_writing = [&](const char* name) {
+    return error_of([&] { set.write(folder / name, bytes("1")); });
+  };
+  EXPECT_EQ(failure_of_writing("directory"),
+            "cannot write " + (folder / "directory").string() + ": a directory has that name");
+  EXPECT_EQ(failure_of_writing("none/one"),
+            "cannot write " + (folder / "none/one").string() + ": No such file or directory");
+  EXPECT_EQ(error_of([&] { set.make_directory(folder / "file/below"); }),
+            "cannot make the directory " + (folder / "file/below").string() + ": " + (folder / "file").string() +
+                " is a file");
+  EXPECT_EQ(error_of([] { FileSet().write("/dev/full/..", bytes("1")); }).rfind("cannot write /dev/full/..", 0), 0U);
+}
+
+}  // namespace
+}  // namespace nerova_zel::test

@@ -1,0 +1,116 @@
+// Files that others write: what is read of them, and what is refused by which sentence.
+
+#include <gtest/gtest.h>
+#include <png.h>
+#include <tiff.h>
+
+#include "samples_of_files.h"
+
+namespace nerova_zel::test {
+namespace {
+
+/** Samples as they are read: those of less than 8 bits are scaled up. */
+std::vector<std::uint16_t> read_values(std::vector<std::uint16_t> samples, int bits) {
+  for (std::uint16_t& sample : samples) {
+    sample = static_cast<std::uint16_t>(bits < 8 ? sample * 255 / ((1 << bits) - 1) : sample);
+  }
+  return samples;
+}
+
+std::vector<std::uint16_t> samples_of(const FileKind& kind) {
+  return noisy_slope(kind.width * kind.channels, kind.height, kind.bits);
+}
+
+TEST(OddFormats, PngOfEveryGreyDepthInterlacedOrNot) {
+  for (const int bits : {1, 2, 4, 8, 16}) {
+    for (const bool interlaced : {false, true}) {
+      FileKind kind;
+      kind.bits = bits;
+      kind.interlaced = interlaced;
+      const GreyPage page = page_of(odd_png(kind, samples_of(kind)));
+      EXPECT_EQ(page.pixels, read_values(samples_of(kind), bits)) << bits << " bits";
+      EXPECT_EQ(page.facts.stored_bits, bits == 16 ? 16 : 8);
+      EXPECT_FALSE(page.facts.significant_bits.has_value());
+    }
+  }
+  FileKind kind;
+  kind.bits = 16;
+  kind.significant_bits = 12;
+  EXPECT_EQ(page_of(odd_png(kind, samples_of(kind))).facts.significant_bits, 12);
+}
+
+TEST(OddFormats, TiffOfEveryDepthCompressionAndOrder) {
+  for (const int bits : {1, 2, 4, 8, 10, 12, 16}) {
+    for (const int compression : {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_PACKBITS, COMPRESSION_ADOBE_DEFLATE}) {
+      for (const bool tiled : {false, true}) {
+        FileKind kind;
+        kind.bits = bits;
+        kind.compression = compression;
+        kind.tiled = tiled;
+        kind.big_endian = tiled == (compression == COMPRESSION_LZW);
+        kind.predictor = bits == 16 && compression == COMPRESSION_LZW ? 2 : 1;
+        kind.colour = PHOTOMETRIC_MINISBLACK;
+        const GreyPage page = page_of(odd_tiff(kind, samples_of(kind)));
+        EXPECT_EQ(page.pixels, read_values(samples_of(kind), bits)) << bits << " bits, compression " << compression;
+        EXPECT_EQ(page.facts.stored_bits, bits < 8 ? 8 : bits);
+      }
+    }
+  }
+}
+
+TEST(OddFormats, TiffWithWhiteAtZeroIsTurnedRound) {
+  for (const int bits : {1, 8, 16}) {
+    FileKind kind;
+    kind.bits = bits;
+    kind.colour = PHOTOMETRIC_MINISWHITE;
+    std::vector<std::uint16_t> samples = samples_of(kind);
+    const GreyPage page = page_of(odd_tiff(kind, samples));
+    for (std::uint16_t& sample : samples) {
+      sample = static_cast<std::uint16_t>((1 << bits) - 1 - sample);
+    }
+    EXPECT_EQ(page.pixels, read_values(samples, bits));
+  }
+}
+
+TEST(OddFormats, TiffPagesAndWhatTheySay) {
+  FileKind kind;
+  kind.bits = 16;
+  kind.colour = PHOTOMETRIC_MINISBLACK;
+  kind.orientation = 6;
+  kind.greatest = 1023;
+  kind.subfile_types = {FILETYPE_PAGE, FILETYPE_REDUCEDIMAGE, 0, FILETYPE_MASK, FILETYPE_PAGE};
+  const Bytes file = odd_tiff(kind, samples_of(kind));
+  const PictureFile picture(file, "FILE");
+  EXPECT_EQ(picture.page_count(), 3U) << "thumbnails and masks are no pages";
+  for (std::size_t page = 0; page < 3; ++page) {
+    EXPECT_EQ(picture.facts(page).orientation, 6);
+    EXPECT_EQ(picture.facts(page).greatest, 1023);
+    EXPECT_EQ(page_of(file, page).pixels, samples_of(kind)) << "as stored";
+  }
+  EXPECT_THROW(picture.facts(3), std::out_of_range);
+}
+
+TEST(OddFormats, WhatIsNotGreyIsRefused) {
+  FileKind kind;
+  kind.channels = 3;
+  kind.colour = PNG_COLOR_TYPE_RGB;
+  EXPECT_EQ(error_of_reading(odd_png(kind, samples_of(kind))), "FILE has 3 channels");
+  kind.colour = PHOTOMETRIC_RGB;
+  EXPECT_EQ(error_of_reading(odd_tiff(kind, samples_of(kind))), "FILE has 3 channels");
+  kind.channels = 2;
+  kind.colour = PNG_COLOR_TYPE_GRAY_ALPHA;
+  EXPECT_EQ(error_of_reading(odd_png(kind, samples_of(kind))), "FILE has 2 channels");
+  kind.channels = 1;
+  kind.bits = 1;
+  kind.colour = PNG_COLOR_TYPE_PALETTE;
+  EXPECT_EQ(error_of_reading(odd_png(kind, samples_of(kind))), "FILE has a palette of colours");
+  kind.colour = PHOTOMETRIC_PALETTE;
+  EXPECT_EQ(error_of_reading(odd_tiff(kind, samples_of(kind))), "FILE has a palette of colours");
+  kind.colour = PHOTOMETRIC_MINISBLACK;
+  kind.bits = 16;
+  kind.format = SAMPLEFORMAT_INT;
+  EXPECT_EQ(error_of_reading(odd_tiff(kind, samples_of(kind))), "FILE holds signed or floating-point pixels");
+}
+
+}  // namespace
+}  // namespace nerova_zel::test

@@ -1,0 +1,115 @@
+"""Tries generated mutants of one module: a fixed sample, each judged by the tests of that module only."""
+
+import os
+import random
+import shutil
+import subprocess
+import time
+import tomllib
+
+from operators import mutants_of
+
+SETTINGS = ["-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O0",
+            "-DNEROVA_LANES_OPTIMIZATION=-O1", "-DNEROVA_WARNINGS_AS_ERRORS=OFF"]
+TIME_LIMIT = 120  # seconds: a mutant may loop for ever
+
+
+def read_modules(folder):
+    return tomllib.loads((folder / "modules.toml").read_text())
+
+
+def run(command, **options):
+    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
+                          stdin=subprocess.DEVNULL, **options)
+
+
+class GeneratedMutants:
+    def __init__(self, root, folder, name, module):
+        self.name = name
+        self.module = module
+        self.sources = folder / "tree"
+        self.build = folder / "build-generated"
+        self.root = root
+        self.equivalent = {(entry["file"], entry["line"], entry["change"]): entry["reason"]
+                           for entry in module.get("equivalent", [])}
+
+    def prepare(self):
+        """Builds a copy of the sources. Returns an error text, or None."""
+        self.sources.mkdir(parents=True, exist_ok=True)
+        for name in run(["git", "-C", self.root, "ls-files"]).stdout.splitlines():
+            copy = self.sources / name
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            if not copy.exists() or copy.read_bytes() != (self.root / name).read_bytes():
+                shutil.copyfile(self.root / name, copy)
+        result = run(["cmake", "-S", self.sources, "-B", self.build, *SETTINGS])
+        if result.returncode == 0:
+            result = self.compile()
+        if result.returncode != 0:
+            return result.stdout[-3000:] + "\nThe tree itself does not build."
+        failed = self.first_failure()
+        return f"{failed} fails without any mutant." if failed else None
+
+    def compile(self):
+        return run(["cmake", "--build", self.build, "--target", *self.module["targets"]])
+
+    def first_failure(self):
+        for test in self.module["tests"]:
+            program, *arguments = test.split()
+            command = [self.build / "tests/bin" / program, "--gtest_fail_fast", "--gtest_brief=1", *arguments]
+            try:
+                if run(command, cwd=self.build, timeout=TIME_LIMIT).returncode != 0:
+                    return program
+            except subprocess.TimeoutExpired:
+                return program + ", time limit"
+        return None
+
+    def candidates(self):
+        found = []
+        for pattern in self.module["files"]:
+            for path in sorted(self.root.glob(pattern)):
+                name = str(path.relative_to(self.root))
+                if path.suffix in (".cpp", ".h") and not any(path.match(p) for p in self.module.get("except", [])):
+                    found += mutants_of(name, path.read_text())
+        return found
+
+    def try_mutant(self, mutant):
+        """"does not compile", "survived" or the test that failed."""
+        source = self.sources / mutant.file
+        original = source.read_text()
+        try:
+            source.write_text(mutant.apply(original))
+            if self.compile().returncode != 0:
+                return "does not compile"
+            return self.first_failure() or "survived"
+        finally:
+            source.write_text(original)
+            now = time.time() + 1  # newer than what was built from the mutant
+            os.utime(source, (now, now))
+
+    def run(self, count, seed):
+        """Tries mutants until `count` have compiled, prints survivors, and returns the percentage caught."""
+        candidates = self.candidates()
+        random.Random(seed).shuffle(candidates)
+        tried, caught, equivalent, survived = 0, 0, 0, 0
+        for mutant in candidates:
+            if tried - equivalent == count:
+                break
+            result = self.try_mutant(mutant)
+            if result == "does not compile":
+                continue
+            tried += 1
+            reason = self.equivalent.get((mutant.file, mutant.source_line, f"{mutant.text} -> {mutant.instead}"))
+            if result != "survived":
+                caught += 1
+                if reason:
+                    print(f"{self.name}: caught, though said to be equivalent: {mutant}", flush=True)
+            elif reason:
+                equivalent += 1
+            else:
+                survived += 1
+                print(f"{self.name}: survived: {mutant}", flush=True)
+        counted = tried - equivalent
+        share = 100 * caught / counted if counted else 0
+        print(f"{self.name}: {caught} of {counted} caught ({share:.0f} %), {survived} survived, "
+              f"{equivalent} equivalent; seed {seed}, {len(candidates)} places", flush=True)
+        return share
