@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "codec_error.h"
+#include "message_text.h"
 #include "samples.h"
 
 namespace nerova_zel {
@@ -64,7 +65,7 @@ class Description {
       array.element = Element::float32;
     } else {
       throw CodecError(CodecError::Reason::unsupported,
-                       name_ + " holds elements of the type " + type_ + "; u1, u2 and f4 are read");
+                       name_ + " holds elements of the type " + message_text(type_) + "; u1, u2 and f4 are read");
     }
     array.high_byte_first = type_[0] == '>';
     if (type_[0] != '<' && type_[0] != '>' && type_[0] != '|' && type_[0] != '=') {

@@ -5,6 +5,7 @@
 
 #include "codec_error.h"
 #include "fast_deflate.h"
+#include "message_text.h"
 #include "png_file.h"
 #include "row_blocks.h"
 
@@ -138,7 +139,8 @@ class PngWriter {
   template <class Action>
   void attempt(const Action& action) {
     if (!succeeds(action)) {
-      throw CodecError(CodecError::Reason::unsupported, std::string("an image cannot be encoded as PNG: ") + message_);
+      throw CodecError(CodecError::Reason::unsupported,
+                       std::string("an image cannot be encoded as PNG: ") + message_text(message_));
     }
   }
 

@@ -180,8 +180,8 @@ class TiffReader {
     const auto tile_height = static_cast<std::size_t>(field<std::uint32_t>(TIFFTAG_TILELENGTH, 0));
     const tmsize_t size = TIFFTileSize(tiff());
     const std::size_t row_bytes = packed_bytes(tile_width);
-    // Edges of tiles reach beyond the image, but not tiles as large as that.
-    constexpr std::size_t largest = std::size_t{1} << 30U;
+    // Edges of tiles reach beyond the image, but a small image in vast tiles is a lie.
+    const std::size_t largest = std::max<std::size_t>(std::size_t{1} << 26U, 8 * page.pixels.size());
     if (size <= 0 || tile_width == 0 || tile_height == 0 || row_bytes > largest / tile_height ||
         static_cast<std::size_t>(size) != row_bytes * tile_height) {
       fail();
