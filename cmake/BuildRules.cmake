@@ -100,7 +100,7 @@ set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
 if(NEROVA_FUZZ)
   # No coverage either: the code has no decisions that an input could lead to.
   set(nerova_lanes_flags -O1 -g1 "SHELL:-mllvm -asan-stack=0" -fno-sanitize=fuzzer-no-link
-    -fno-sanitize=alignment,null,object-size,pointer-overflow)
+    -fno-sanitize=null,object-size,pointer-overflow)
 elseif(NEROVA_SANITIZE)
   # The second flag makes GCC leave the wide registers clean.
   set(nerova_lanes_flags -O1 -fexpensive-optimizations -g0 -fno-sanitize=all)
