@@ -1,5 +1,5 @@
 // How fast headerless frames of each pixel format become 16-bit numbers, on one core.
-#include "pixel_formats.h"
+#include "frames/pixel_formats.h"
 
 #include <benchmark/benchmark.h>
 

@@ -22,11 +22,24 @@ else()
   set(NEROVA_32_BIT OFF)
 endif()
 
+# The flags of each instruction set. Flags from outside, such as -march=native, come before these and must not reach the
+# libraries: code for an instruction set is for the processors that have been asked for it.
+set(nerova_sse2_flags -march=x86-64 -mtune=generic -msse2 -mfpmath=sse
+  -mno-sse3 -mno-popcnt -mno-bmi -mno-bmi2 -mno-lzcnt -mno-movbe)
+set(nerova_sse41_flags ${nerova_sse2_flags} -msse4.1 -DNEROVA_SSE41_FORM)
+# PREFETCHW does nothing on the processors with AVX2 that do not know it.
+set(nerova_avx2_flags ${nerova_sse2_flags} -mavx2 -mfma -mprfchw)
+set(nerova_avx512_flags ${nerova_sse2_flags} -mavx512f -mavx512dq -mavx512bw -mprfchw)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 takes the undefined registers that its own AVX-512 intrinsics pass along for a mistake of the caller.
+  list(APPEND nerova_avx512_flags -Wno-maybe-uninitialized -Wno-uninitialized)
+endif()
 # Ordinary code must run, and say so, on a 32-bit processor without SSE; only the kernels and plugins use it.
 if(NEROVA_32_BIT)
-  set(nerova_no_sse_flags -march=i586 -mno-sse)
+  set(nerova_ordinary_flags -march=i586 -mtune=generic -mfpmath=387
+    -mno-sse -mno-mmx -mno-popcnt -mno-bmi -mno-bmi2 -mno-lzcnt -mno-movbe)
 else()
-  set(nerova_no_sse_flags)
+  set(nerova_ordinary_flags ${nerova_sse2_flags})
 endif()
 
 if(WIN32)
@@ -45,7 +58,7 @@ add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 add_compile_options(-ffp-contract=off)
 
 if(NEROVA_SANITIZE)
-  add_compile_options(-fsanitize=${NEROVA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${NEROVA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The inserted checks hide from GCC that standard headers initialise what they read.
     add_compile_options(-Wno-maybe-uninitialized)
@@ -79,21 +92,18 @@ if(NEROVA_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# The lanes code is thousands of values in registers, none an array on the stack: to watch over each as one would take
-# minutes to compile and find nothing.
+# The lanes code is thousands of values in registers, none an array on the stack: to guard each as one would take minutes
+# to compile and find nothing. One sanitizer build watches it, the one that runs every route: Clang's, where instrumenting
+# it costs least. Left out there are checks of pointers that the address sanitizer makes anyway. Elsewhere sanitizers
+# watch what calls it; it has no state of its own.
 set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
-if(NEROVA_SANITIZE)
-  set(nerova_lanes_flags -O2)  # below this GCC leaves the wide registers in use
-  if(NEROVA_SANITIZE MATCHES "address")
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-      list(APPEND nerova_lanes_flags "SHELL:-mllvm -asan-stack=0")
-    else()
-      list(APPEND nerova_lanes_flags --param asan-stack=0)
-    endif()
-  endif()
-endif()
 if(NEROVA_FUZZ)
-  list(APPEND nerova_lanes_flags -fno-sanitize=fuzzer-no-link)  # no decisions that an input could lead to
+  # No coverage either: the code has no decisions that an input could lead to.
+  set(nerova_lanes_flags -O1 -g1 "SHELL:-mllvm -asan-stack=0" -fno-sanitize=fuzzer-no-link
+    -fno-sanitize=null,object-size,pointer-overflow)
+elseif(NEROVA_SANITIZE)
+  # The second flag makes GCC leave the wide registers clean.
+  set(nerova_lanes_flags -O1 -fexpensive-optimizations -g0 -fno-sanitize=all)
 endif()
 
 # A sanitizer's functions come with the program, so its libraries must be allowed to leave them undefined.
@@ -103,10 +113,21 @@ else()
   set(NEROVA_NO_UNDEFINED -Wl,--no-undefined)
 endif()
 
+# nerova_add_objects(name set sources...): an object library for one instruction set: ordinary, sse2, sse41, avx2 or
+# avx512. The global property nerova_objects_<set> lists them, for the checks of what the built files hold.
+function(nerova_add_objects name set)
+  add_library(${name} OBJECT ${ARGN})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/polarization_processor)
+  target_compile_options(${name} PRIVATE ${nerova_${set}_flags})
+  nerova_set_warnings(${name})
+  set_property(GLOBAL APPEND PROPERTY nerova_objects_${set} ${name})
+endfunction()
+
 # nerova_library_rules(target description def): what all shared libraries that are shipped have in common. They export
 # the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
 function(nerova_library_rules target description def)
-  target_compile_options(${target} PRIVATE ${nerova_guarded_stack})
+  target_compile_options(${target} PRIVATE ${nerova_ordinary_flags} ${nerova_guarded_stack})
+  set_property(GLOBAL APPEND PROPERTY nerova_objects_ordinary ${target})
   if(WIN32)
     target_sources(${target} PRIVATE ${def})
     set(NEROVA_FILE_DESCRIPTION ${description})

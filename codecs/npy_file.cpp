@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "codec_error.h"
+#include "message_text.h"
 #include "samples.h"
 
 namespace nerova_zel {
@@ -64,7 +65,7 @@ class Description {
       array.element = Element::float32;
     } else {
       throw CodecError(CodecError::Reason::unsupported,
-                       name_ + " holds elements of the type " + type_ + "; u1, u2 and f4 are read");
+                       name_ + " holds elements of the type " + message_text(type_) + "; u1, u2 and f4 are read");
     }
     array.high_byte_first = type_[0] == '>';
     if (type_[0] != '<' && type_[0] != '>' && type_[0] != '|' && type_[0] != '=') {
@@ -106,7 +107,7 @@ class Description {
     if (end == std::string::npos) {
       broken();
     }
-    const std::string value = text_.substr(at_, end - at_);
+    std::string value = text_.substr(at_, end - at_);
     at_ = end + 1;
     return value;
   }
@@ -117,7 +118,7 @@ class Description {
     while (at_ < text_.size() && std::isalpha(static_cast<unsigned char>(text_[at_])) != 0) {
       ++at_;
     }
-    const std::string value = text_.substr(start, at_ - start);
+    std::string value = text_.substr(start, at_ - start);
     if (value != "True" && value != "False") {
       broken();
     }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "codec_error.h"
+#include "message_text.h"
 #include "png_file.h"
 #include "samples.h"
 
@@ -80,8 +81,8 @@ class PngReader {
   template <class Action>
   void attempt(const Action& action) {
     if (!succeeds(action)) {
-      throw CodecError(CodecError::Reason::damaged,
-                       name_ + " is damaged or cut short: its pixels cannot be decoded (" + message_ + ")");
+      throw CodecError(CodecError::Reason::damaged, name_ + " is damaged or cut short: its pixels cannot be decoded (" +
+                                                        message_text(message_) + ")");
     }
   }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "codec_error.h"
+#include "message_text.h"
 #include "png_file.h"
 
 namespace nerova_zel {
@@ -85,7 +86,8 @@ class PngWriter {
   template <class Action>
   void attempt(const Action& action) {
     if (!succeeds(action)) {
-      throw CodecError(CodecError::Reason::unsupported, std::string("an image cannot be encoded as PNG: ") + message_);
+      throw CodecError(CodecError::Reason::unsupported,
+                       std::string("an image cannot be encoded as PNG: ") + message_text(message_));
     }
   }
 

@@ -5,7 +5,11 @@
 #include <cstring>
 #include <new>
 
+#include "message_text.h"
+
 namespace nerova_zel {
+
+std::string TiffMemory::error() const { return message_text(error_); }
 
 TiffMemory::TiffMemory(const Bytes& input) : input_(&input) {
   open("rm");  // m: no memory mapping
@@ -25,7 +29,9 @@ void TiffMemory::open(const char* mode) {
   }
   TIFFOpenOptionsSetErrorHandlerExtR(options, &on_error, this);
   TIFFOpenOptionsSetWarningHandlerExtR(options, &on_warning, this);
-  TIFFOpenOptionsSetMaxSingleMemAlloc(options, tmsize_t{1} << 30U);  // a tag's or strip's size may be a lie
+  if (input_ != nullptr) {  // the size of a tag or strip may be a lie
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, (tmsize_t{1} << 26U) + 2 * static_cast<tmsize_t>(input_->size()));
+  }
   tiff_ = TIFFClientOpenExt(
       "", mode, this,
       [](thandle_t self, void* room, tmsize_t count) { return static_cast<TiffMemory*>(self)->read(room, count); },
@@ -62,15 +68,18 @@ tmsize_t TiffMemory::write(const void* data, tmsize_t count) {
   if (output_ == nullptr) {
     return -1;
   }
+  const auto* const first = static_cast<const unsigned char*>(data);
   const std::uint64_t end = position_ + static_cast<std::uint64_t>(count);
   try {
-    if (end > output_->size()) {
-      output_->resize(static_cast<std::size_t>(end));
+    if (position_ > output_->size()) {
+      output_->resize(static_cast<std::size_t>(position_));
     }
+    const auto replaced = static_cast<std::ptrdiff_t>(std::min(end, size()) - position_);
+    std::copy(first, first + replaced, output_->begin() + static_cast<std::ptrdiff_t>(position_));
+    output_->insert(output_->end(), first + replaced, first + count);
   } catch (...) {  // libtiff is C
     return -1;
   }
-  std::memcpy(output_->data() + position_, data, static_cast<std::size_t>(count));
   position_ = end;
   return count;
 }
@@ -79,10 +88,6 @@ int TiffMemory::on_error(TIFF* /*tiff*/, void* self, const char* /*module*/, con
   auto& memory = *static_cast<TiffMemory*>(self);
   if (memory.error_[0] == '\0') {
     std::vsnprintf(memory.error_, sizeof(memory.error_), format, arguments);
-    const std::size_t length = std::strlen(memory.error_);
-    if (length > 0 && memory.error_[length - 1] == '.') {
-      memory.error_[length - 1] = '\0';
-    }
   }
   return 1;  // handled
 }

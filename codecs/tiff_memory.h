@@ -28,7 +28,7 @@ class TiffMemory {
   void close();
 
   /** The first error since the file was opened, or an empty text. */
-  std::string error() const { return error_; }
+  std::string error() const;
 
  private:
   void open(const char* mode);

@@ -76,6 +76,7 @@ Bytes encode_tiff(const ImageView& image, const TiffTags& tags, Compression comp
     fail("it has no pixels, or not 1 or 3 channels (1 to 4 of floating-point numbers)");
   }
   Bytes bytes;
+  bytes.reserve(image.row_bytes() * static_cast<std::size_t>(image.height) / (is_float ? 1 : 2) + 1024);
   TiffMemory file(bytes);
   set_tags(file.tiff(), image, tags, compression);
   const bool written = write_strips(file.tiff(), image);

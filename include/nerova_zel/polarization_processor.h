@@ -17,6 +17,9 @@
  * flush-to-zero, denormals-are-zero and unmasked exceptions of the caller change neither its results nor its course;
  * settings and flags are the caller's own again when it returns. It never changes the rounding mode, and results are
  * defined for round to nearest.
+ *
+ * Cancellation: a thread that is cancelled (pthread_cancel) in one of these functions is cancelled after it has returned;
+ * with asynchronous cancellation, as it returns, so that its result is lost.
  */
 #ifndef NEROVA_ZEL_POLARIZATION_PROCESSOR_H
 #define NEROVA_ZEL_POLARIZATION_PROCESSOR_H
@@ -83,10 +86,12 @@ enum nv_polarization_processor_phase {
 };
 
 /**
- * Makes the library ready for use. Calls are counted: each needs a matching module_terminate. The first one binds the
- * optional logger library; the library works silently without it.
+ * Makes the library ready for use. Calls are counted: each needs a matching module_terminate. The one that raises the
+ * count from 0 binds the optional logger library; the library works silently without it. On Windows a program that keeps
+ * the companions outside its own folder calls SetDllDirectory before.
  *
- * @return 0 always. Should memory run out here, the other functions return 2 until the module is initialized anew.
+ * @return 0 always. Should memory run out while the count is raised from 0, the other functions return 2 until it has
+ *         fallen to 0 and module_initialize is called again.
  * Thread safety: serialised with module_initialize and module_terminate.
  */
 NV_POLARIZATION_PROCESSOR_API int32_t NV_POLARIZATION_PROCESSOR_CALL nv_polarization_processor_module_initialize(void);
@@ -105,8 +110,8 @@ NV_POLARIZATION_PROCESSOR_API int32_t NV_POLARIZATION_PROCESSOR_CALL nv_polariza
 /**
  * Creates a processor with the default calibration matrices and loads the vector plugins, where present.
  *
- * @param processor receives the new processor, owned by the caller and released by destroy; must not be NULL;
- *        written on success only.
+ * @param processor receives the new processor, owned by the caller and released by destroy; must not be NULL, which is
+ *        not checked; written on success only.
  * @return 0; 1 (CPU without SSE, or unknown failure); 2 (not initialized); 3 (out of memory).
  * Thread safety: may be called from any thread, also at the same time.
  */
@@ -127,9 +132,10 @@ nv_polarization_processor_destroy_polarization_processor(nv_polarization_process
  * Replaces calibration matrices. A matrix is 16 floats, 4 x 4 by rows: row 0 gives the sum of the intensities (twice
  * the power), row 1 the horizontal/vertical difference S1, row 2 the diagonal difference S2; row 3 is kept but never
  * read. Columns weigh the pixel itself, its horizontal, its vertical and its diagonal neighbour. Matrix m serves the
- * pixels that lie under the polarizer at 45 * m degrees. Values are copied bit for bit and not checked.
+ * pixels that lie under the polarizer at 45 * m degrees; but in a frame with exactly one odd side the bottom-right pixel
+ * takes matrix 0. Values are copied bit for bit and not checked.
  *
- * Which pixels heed the matrices depends on the route: with a vector plugin all do, with the built-in kernels only
+ * Which pixels use the matrices depends on the route: with a vector plugin all do, with the built-in kernels only
  * those of the last columns and rows; the rest keeps the default calibration.
  *
  * @param processor a processor from create; NULL is an error.

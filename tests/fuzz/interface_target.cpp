@@ -1,5 +1,6 @@
-// Sequences of calls of the C interface; libFuzzer's options, and --library=PATH --route=sse2|sse41|avx2|avx512, which
-// the library beside its companions at PATH must take on this processor.
+// Sequences of calls of the C interface; libFuzzer's options, and --library=PATH --route=sse2|sse41|avx2|avx512
+// --stand-in=yes|no: the route that the library beside its companions at PATH takes on this processor, by itself or by
+// a stand-in for the AVX-512 plugin. Where it does not, nothing runs and the exit code says so.
 
 #include <dlfcn.h>
 
@@ -9,7 +10,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "campaign/cpu_route.h"
+#include "campaign/route_rules.h"
 #include "fuzz/call_sequence.h"
 #include "support/module_file.h"
 
@@ -59,9 +60,14 @@ nerova_zel::test::LoggerBehaviour& mock_logger_behaviour() { return *nerova_zel:
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   using namespace nerova_zel::test;
   try {
-    const auto route = route_by_name(option(*argc, *argv, "route"));
+    const std::string name = option(*argc, *argv, "route");
+    const auto route = route_by_name(name);
     if (!route) {
       throw std::invalid_argument("--route=sse2|sse41|avx2|avx512 is needed");
+    }
+    const bool stand_in = option(*argc, *argv, "stand-in") == "yes";
+    if (const auto reason = why_route_is_not_taken(*route, stand_in)) {
+      std::exit(may_skip_route(name, *reason) ? exit_route_not_run : EXIT_FAILURE);
     }
     target = new Target(option(*argc, *argv, "library"), rules_of(*route));  // for as long as the program runs
   } catch (const std::exception& error) {

@@ -3,6 +3,7 @@
 import os
 import random
 import shutil
+import signal
 import subprocess
 import time
 import tomllib
@@ -56,11 +57,20 @@ class GeneratedMutants:
         for test in self.module["tests"]:
             program, *arguments = test.split()
             command = [self.build / "tests/bin" / program, "--gtest_fail_fast", "--gtest_brief=1", *arguments]
+            # A session of its own, so that what a test has started ends with it.
+            process = subprocess.Popen(command, cwd=self.build, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                       stderr=subprocess.DEVNULL, start_new_session=True)
             try:
-                if run(command, cwd=self.build, timeout=TIME_LIMIT).returncode != 0:
+                if process.wait(TIME_LIMIT) != 0:
                     return program
             except subprocess.TimeoutExpired:
                 return program + ", time limit"
+            finally:
+                try:
+                    os.killpg(process.pid, signal.SIGKILL)
+                except ProcessLookupError:
+                    pass
+                process.wait()
         return None
 
     def candidates(self):

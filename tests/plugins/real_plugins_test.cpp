@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kernels/shared/default_calibration.h"
+#include "support/cpu_route.h"
 #include "support/loaded_library.h"
 #include "support/plugin_module.h"
 
@@ -18,13 +19,13 @@ namespace {
 
 /** What this processor (or the emulated one) runs: 0 no plugin, 1 the AVX2 plugin, 2 both. */
 int cpu_level() {
-  const char* const level = std::getenv("NEROVA_CPU_LEVEL");
-#ifdef NEROVA_TEST_AVX512
-  constexpr int native_level = 2;
-#else
-  constexpr int native_level = 1;
-#endif
-  return level != nullptr ? std::atoi(level) : native_level;
+  if (const char* const stated = std::getenv("NEROVA_CPU_LEVEL")) {
+    return std::atoi(stated);
+  }
+  if (!why_route_cannot_run(CpuRoute::Avx512)) {
+    return 2;
+  }
+  return why_route_cannot_run(CpuRoute::Avx2) ? 0 : 1;
 }
 
 struct Plugin : PluginModule {
@@ -49,6 +50,10 @@ void clean_wide_registers() { __asm__ volatile("vzeroupper"); }
 class CleanRegisters : public testing::TestWithParam<const char*> {};
 
 TEST_P(CleanRegisters, AfterFramesOfEveryPath) {
+  if (const auto reason = why_route_cannot_run(route_by_name(GetParam()).value())) {
+    ASSERT_TRUE(may_skip_route(GetParam(), *reason));
+    GTEST_SKIP();
+  }
   const Plugin plugin(GetParam());
   ASSERT_EQ(plugin.initialize(), 0);
   const std::array<CalibrationMatrix, 4> custom = {};
@@ -80,10 +85,7 @@ TEST_P(CleanRegisters, AfterFramesOfEveryPath) {
   clean_wide_registers();
 }
 
-INSTANTIATE_TEST_SUITE_P(RealPlugins, CleanRegisters, testing::Values("avx2"));
-#ifdef NEROVA_TEST_AVX512
-INSTANTIATE_TEST_SUITE_P(RealPluginsWithAvx512, CleanRegisters, testing::Values("avx512"));
-#endif
+INSTANTIATE_TEST_SUITE_P(RealPlugins, CleanRegisters, testing::Values("avx2", "avx512"));
 
 }  // namespace
 }  // namespace nerova_zel::test

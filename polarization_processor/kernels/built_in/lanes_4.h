@@ -1,7 +1,7 @@
 #pragma once
 
 #include <emmintrin.h>
-#ifdef __SSE4_1__
+#ifdef NEROVA_SSE41_FORM
 #include <smmintrin.h>
 #endif
 
@@ -11,8 +11,8 @@
 #include "kernels/shared/polarizer_differences.h"
 #include "kernels/shared/radians.h"
 
-// Four lanes, in the SSE2 or the SSE4.1 form, whichever the file is compiled for. The forms differ in how samples are
-// brought into lanes and in how results are narrowed to 16 bits; the arithmetic is the same.
+// Four lanes, in the SSE2 or the SSE4.1 form: NEROVA_SSE41_FORM decides, not what the compiler may use. The forms
+// differ in how samples are brought into lanes and in how results are narrowed to 16 bits; the arithmetic is the same.
 namespace nerova_zel {
 namespace {
 
@@ -25,7 +25,7 @@ struct F32x4 {
 
   NEROVA_INLINE static F32x4 broadcast(float value) { return {_mm_set1_ps(value)}; }
 
-#ifdef __SSE4_1__
+#ifdef NEROVA_SSE41_FORM
   static constexpr bool stores_negative_as_zero = true;  // the narrowing saturates at both ends
 #else
   static constexpr bool stores_negative_as_zero = false;
@@ -72,7 +72,7 @@ NEROVA_INLINE I32x4 operator+(I32x4 a, I32x4 b) { return {_mm_add_epi32(a.v, b.v
 NEROVA_INLINE I32x4 operator-(I32x4 a, I32x4 b) { return {_mm_sub_epi32(a.v, b.v)}; }
 NEROVA_INLINE F32x4 to_float(I32x4 a) { return {_mm_cvtepi32_ps(a.v)}; }
 
-#ifdef __SSE4_1__
+#ifdef NEROVA_SSE41_FORM
 
 /** Eight samples s0..s7 are read. Lane 3 of the even channel repeats s2; that is this form's defined result. */
 NEROVA_INLINE Channels<I32x4> load_channels(const std::uint16_t* samples) {

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/shared/exact_arithmetic.h"
+
 // What crosses the border of the kernels: the record of one call, the flags that select a kernel, and its signature.
 namespace nerova_zel {
 

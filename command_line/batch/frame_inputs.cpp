@@ -1,0 +1,52 @@
+#include "batch/frame_inputs.h"
+
+#include <filesystem>
+#include <set>
+
+#include "failure.h"
+#include "batch/frame_reader.h"
+#include "batch/input_files.h"
+
+namespace nerova_zel {
+
+namespace fs = std::filesystem;
+
+std::string FrameInput::name() const { return is_standard_input() ? "standard input" : path; }
+
+std::string FrameInput::frame_name(std::uint64_t number) const {
+  return name() + (is_numbered() ? " frame " + std::to_string(number) : "");
+}
+
+std::string FrameInput::output_stem(std::uint64_t number) const {
+  if (!is_numbered()) {
+    return stem;
+  }
+  const std::string digits = std::to_string(number);
+  return stem + "_" + std::string(least_frame_digits - std::min(least_frame_digits, digits.size()), '0') + digits;
+}
+
+std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
+                                    const std::optional<HeaderlessLayout>& headerless) {
+  std::vector<FrameInput> inputs;
+  std::set<fs::path> seen;
+  for (const std::string& argument : arguments) {
+    if (argument == "-") {
+      if (!headerless || !headerless->format) {
+        throw Failure("standard input is a stream of headerless pixels; say --raw WxH and --pixel-format.");
+      }
+      if (seen.insert(argument).second) {
+        inputs.push_back({argument, std::nullopt, "stdin"});
+      }
+      continue;
+    }
+    for (const std::string& path : expand_argument(argument, headerless.has_value())) {
+      std::error_code error;
+      if (seen.insert(fs::weakly_canonical(path, error)).second) {
+        inputs.push_back({path, frames_in_file(path, headerless), fs::path(path).stem().string()});
+      }
+    }
+  }
+  return inputs;
+}
+
+}  // namespace nerova_zel

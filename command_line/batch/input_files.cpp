@@ -1,0 +1,75 @@
+#include "batch/input_files.h"
+
+#include <fnmatch.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+#include "failure.h"
+#include "frame_files.h"
+
+namespace nerova_zel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/** Whether `name` fits a pattern of *, ? and characters that stand for themselves. */
+bool matches(const std::string& pattern, const std::string& name) {
+  std::string literal;  // brackets would name sets of characters
+  for (const char c : pattern) {
+    literal += c == '[' ? "[[]" : std::string(1, c);
+  }
+  return fnmatch(literal.c_str(), name.c_str(), FNM_NOESCAPE) == 0;
+}
+
+/** Files in a folder that `accepts`, by name. */
+template <class Accepts>
+std::vector<std::string> files_in(const fs::path& folder, Accepts accepts) {
+  std::vector<std::string> found;
+  std::error_code error;
+  fs::directory_iterator entries(folder.empty() ? fs::path(".") : folder, error);
+  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+    std::error_code not_a_file;
+    if (entries->is_regular_file(not_a_file) && accepts(entries->path().filename().string())) {
+      found.push_back((folder / entries->path().filename()).string());
+    }
+  }
+  if (error) {
+    throw Failure("cannot read the folder " + folder.string() + ": " + error.message() + ".");
+  }
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
+}  // namespace
+
+std::vector<std::string> expand_argument(const std::string& argument, bool headerless) {
+  static const std::set<std::string> picture_endings = {".png", ".tif", ".tiff", ".pgm"};
+  static const std::set<std::string> headerless_endings = {".raw", ".bin"};
+  std::error_code error;
+  const fs::path path(argument);
+  if (fs::is_directory(path, error)) {
+    const auto& endings = headerless ? headerless_endings : picture_endings;
+    std::vector<std::string> files =
+        files_in(path, [&](const std::string& name) { return endings.count(lower_case_extension(name)) != 0; });
+    if (files.empty()) {
+      throw Failure("the folder " + argument + " holds no frames; they should end in " +
+                    (headerless ? ".raw or .bin." : ".png, .tif, .tiff or .pgm."));
+    }
+    return files;
+  }
+  const std::string pattern = path.filename().string();
+  if (pattern.find_first_of("*?") == std::string::npos || fs::exists(path, error)) {
+    return {argument};
+  }
+  std::vector<std::string> files =
+      files_in(path.parent_path(), [&](const std::string& name) { return matches(pattern, name); });
+  if (files.empty()) {
+    throw Failure("no file fits the pattern " + argument + ".");
+  }
+  return files;
+}
+
+}  // namespace nerova_zel

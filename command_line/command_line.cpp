@@ -1,0 +1,62 @@
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+
+#include "commands/calibrate_command.h"
+#include "commands/document_commands.h"
+#include "commands/simulate_command.h"
+#include "commands/stats_command.h"
+#include "commands/transform_command.h"
+#include "failure_text.h"
+#include "messages.h"
+#include "version_text.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr int exit_failure = 1;
+constexpr int exit_usage = 2;
+
+int complain(const std::string& sentence, int code) {
+  std::fprintf(messages(), "nerova-polarize: %s\n", sentence.c_str());
+  return code;
+}
+
+void declare_commands(CLI::App& app) {
+  app.require_subcommand(1);
+  app.set_version_flag("--version", version_text, "Print the version, and what will compute frames on this computer");
+  app.footer(
+      "Examples:\n"
+      "  nerova-polarize simulate frame.png --bit-depth 12\n"
+      "  nerova-polarize transform frame.png --bit-depth 12 --out pictures\n\n"
+      "Each command has its own --help, with more of them.");
+  declare_transform(app);
+  declare_stats(app);
+  declare_calibrate(app);
+  declare_simulate(app);
+  declare_documents(app);
+}
+
+}  // namespace
+
+int run_command_line(int argc, const char* const* argv) {
+  try {
+    CLI::App app("Pictures of polarization from the raw frames of a polarization camera", "nerova-polarize");
+    declare_commands(app);
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+      return app.exit(help);
+    } catch (const CLI::ParseError& error) {
+      return complain(error.what() + std::string("; see nerova-polarize --help."), exit_usage);
+    }
+    return 0;
+  } catch (...) {
+    return complain(describe_current_failure(), exit_failure);
+  }
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,139 @@
+#include "commands/calibrate_command.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "batch/frame_reader.h"
+#include "calibration/calibration_file.h"
+#include "calibration/fit_text.h"
+#include "calibration/series.h"
+#include "calibration_plot.h"
+#include "commands/frame_options.h"
+#include "commands/output_files.h"
+#include "commands/source_list.h"
+#include "failure.h"
+#include "file_set.h"
+#include "formatted.h"
+#include "frame_files.h"
+#include "messages.h"
+
+namespace nerova_zel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* extension = ".json";
+
+struct CalibrateOptions {
+  std::vector<std::string> frames;  ///< "ANGLE:FILE" each
+  std::optional<std::string> list;
+  std::optional<std::string> dark;
+  HeaderlessOptions headerless;
+  MosaicLayout layout{90};
+  Origin origin{};
+  std::optional<int> bit_depth;
+  bool steady_source = false;
+  std::string file = "calibration.json";
+};
+
+CalibrationSeries read_series(const CalibrateOptions& options) {
+  std::vector<SourceFile> sources;
+  for (const std::string& frame : options.frames) {
+    sources.push_back(parse_source(frame));
+  }
+  if (options.list) {
+    const std::vector<SourceFile> listed = read_source_list(*options.list);
+    sources.insert(sources.end(), listed.begin(), listed.end());
+  }
+  check_sources(sources);
+  const std::optional<HeaderlessLayout> headerless = options.headerless.layout();
+  CalibrationSeries series(options.layout, options.origin);
+  for (const SourceFile& source : sources) {
+    const RawFrame frame = read_only_frame(source.path, headerless);
+    series.add(source.path, source.angle, frame, bit_depth_of(frame, options.bit_depth, source.path));
+  }
+  if (options.dark) {
+    const RawFrame frame = read_only_frame(*options.dark, headerless);
+    series.set_dark(*options.dark, frame, bit_depth_of(frame, options.bit_depth, *options.dark));
+  }
+  return series;
+}
+
+void report(const CalibrateOptions& options, const CalibrationSeries& series, const PolarizerFit& fit,
+            const std::string& plot) {
+  const auto [dimmest, brightest] = std::minmax_element(fit.source.begin(), fit.source.end());
+  std::printf("%zu frames, source %.0f..%.0f pixel values%s\n", series.size(), *dimmest, *brightest,
+              options.dark ? formatted(", dark level %.1f", series.dark_level()).c_str() : "");
+  std::printf("polarizer  angle error (degrees)  extinction ratio    gain  residual (rms)\n");
+  for (std::size_t k = 0; k < 4; ++k) {
+    std::printf("%9zu  %8s +- %-9.3f  %16s  %6.4f  %12.4f %%\n", 45 * k, angle_error_text(fit, k).c_str(),
+                fit.uncertainties[k].angle_degrees, extinction_text(fit, k).c_str(), fit.responses[k].gain(),
+                100.0 * fit.residual_of(k));
+  }
+  std::printf("calibration in %s, %s\n", options.file.c_str(), plot.c_str());
+  std::fflush(stdout);
+}
+
+void run_calibrate(const CalibrateOptions& options) {
+  if (lower_case_extension(options.file) != extension) {
+    throw Failure("--out " + options.file + " should end in " + extension + "; the plot takes its name with .png.");
+  }
+  const CalibrationSeries series = read_series(options);
+  for (const std::string& doubt : series.check_light()) {
+    note(doubt);
+  }
+  const PolarizerFit fit = series.fit(options.steady_source);
+  for (const std::string& doubt : series.doubtful_frames(fit, options.steady_source)) {
+    note(doubt);
+  }
+  FileSet files;
+  const std::string text = encode_calibration(series.calibration(fit), fit);
+  files.write(options.file, {{text.data(), text.size()}});
+  std::string plot = "and no plot: this program was built without OpenCV";
+  if (can_draw()) {
+    const fs::path path = fs::path(options.file).replace_extension(".png");
+    const std::string name = fs::path(options.file).filename().string();
+    files.write(path, encode_drawing(draw_calibration(fit, series.angles(), name)));
+    plot = "plot in " + path.string();
+  }
+  files.commit();
+  report(options, series, fit, plot);
+}
+
+}  // namespace
+
+void declare_calibrate(CLI::App& app) {
+  const auto options = std::make_shared<CalibrateOptions>();
+  CLI::App* command = app.add_subcommand(
+      "calibrate", "Find the calibration of a camera from frames of a uniform source behind a linear polarizer");
+  command
+      ->add_option("--frame", options->frames,
+                   "ANGLE:FILE of a frame; repeat it for four angles or more. Angles are degrees from the image's "
+                   "horizontal axis, counter-clockwise as seen in the image")
+      ->type_name("ANGLE:FILE")
+      ->allow_extra_args(false);
+  command->add_option("--list", options->list, "Text file with a line ANGLE,FILE for each frame")->type_name("FILE");
+  command->add_option("--dark", options->dark, "Frame without light, for the dark level")->type_name("FILE");
+  options->headerless.declare(command, "The files are headerless pixels of this size, WxH, a frame each",
+                              "How headerless pixels lie in bytes, by the names that transform takes");
+  add_layout(command, options->layout);
+  add_origin(command, options->origin, "frames' top-left pixel");
+  add_bit_depth(command, options->bit_depth,
+                "Significant bits of a pixel; 8 or 16 by the file, for PGM by its greatest value");
+  command->add_flag("--steady-source", options->steady_source,
+                    "Take the source as equally bright in all frames; else its brightness is fitted for each");
+  command->add_option("FILE,--out", options->file, "Calibration to write, .json; its plot goes beside it as .png")
+      ->type_name("FILE")
+      ->capture_default_str();
+  command->footer(
+      "Examples:\n"
+      "  nerova-polarize calibrate --list angles.csv --dark dark.png --bit-depth 12 --out camera.json\n"
+      "  nerova-polarize calibrate --frame 0:a.png --frame 45:b.png --frame 90:c.png --frame 135:d.png");
+  command->callback([options] { run_calibrate(*options); });
+}
+
+}  // namespace nerova_zel

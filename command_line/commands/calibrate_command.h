@@ -1,0 +1,10 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace nerova_zel {
+
+/** calibrate: fits a calibration, writes it and its plot, and prints how good it is. */
+void declare_calibrate(CLI::App& app);
+
+}  // namespace nerova_zel

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace nerova_zel {
+
+/** completion and manual: what the program says of itself. */
+void declare_documents(CLI::App& app);
+
+}  // namespace nerova_zel

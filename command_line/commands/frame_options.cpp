@@ -1,0 +1,130 @@
+#include "commands/frame_options.h"
+
+#include <algorithm>
+#include <thread>
+
+#include "calibration/calibration_file.h"
+#include "failure.h"
+#include "input_bytes.h"
+#include "messages.h"
+#include "number_text.h"
+#include "option_declarations.h"
+#include "option_values.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr int most_jobs = 1024;
+
+}  // namespace
+
+void add_layout(CLI::App* command, MosaicLayout& layout) {
+  std::vector<std::string> names;
+  for (const int degrees : mosaic_layouts) {
+    names.push_back(std::to_string(degrees));
+  }
+  const auto parse = [names](const std::string& text) {
+    const auto known = std::find(names.begin(), names.end(), text);
+    if (known == names.end()) {
+      if (!parse_number(text)) {
+        throw CLI::ConversionError("--layout", {text});
+      }
+      throw Failure("--layout " + text + " is no polarizer of the mosaic; it must be " + spoken(names) + ".");
+    }
+    return MosaicLayout(mosaic_layouts[static_cast<std::size_t>(known - names.begin())]);
+  };
+  add_parsed<MosaicLayout>(
+      command, "--layout", layout, parse,
+      "Angle of the top-left pixel when the origin is even, which names the whole 2 x 2 pattern: 0 [0,135/45,90], "
+      "45 [45,90/0,135], 90 [90,45/135,0], 135 [135,0/90,45]")
+      ->type_name(braced(names))
+      ->default_str(std::to_string(layout.angle_at(0, 0)));
+}
+
+void add_origin(CLI::App* command, Origin& origin, const std::string& frame) {
+  add_parsed<Origin>(command, "--origin", origin, parse_origin, "Sensor coordinates X,Y of the " + frame)
+      ->type_name("X,Y")
+      ->default_str("0,0");
+}
+
+void add_bit_depth(CLI::App* command, std::optional<int>& bit_depth, const std::string& help) {
+  limit(command->add_option("--bit-depth", bit_depth, help)->type_name("BITS"), 1, 16);
+}
+
+void HeaderlessOptions::declare(CLI::App* command, const std::string& raw_help, const std::string& format_help) {
+  const auto parse = [](const std::string& text) { return std::optional(parse_size("--raw", text)); };
+  add_parsed<std::optional<FrameSize>>(command, "--raw", size_, parse, raw_help)->type_name("WxH");
+  add_choice<PixelFormat>(command, "--pixel-format", format_, pixel_format_names(), format_help);
+}
+
+std::optional<HeaderlessLayout> HeaderlessOptions::layout() const {
+  if (!size_) {
+    if (format_) {
+      throw Failure("--pixel-format is for headerless pixels; say their size with --raw WxH.");
+    }
+    return std::nullopt;
+  }
+  return HeaderlessLayout{*size_, format_};
+}
+
+void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
+  command
+      ->add_option("FRAME", request.frames,
+                   "8- or 16-bit grey PNG, TIFF or binary PGM, or headerless pixels (--raw); any number of files, "
+                   "folders (their frames by name), patterns with * and ? in quotes, or - for headerless frames from "
+                   "standard input")
+      ->type_name("FILE")
+      ->required();
+  headerless_.declare(
+      command,
+      "Files hold headerless pixels, frames of this size, WxH. Without --pixel-format a file is one "
+      "frame: one byte a pixel, or two with the low byte first, as its length says",
+      "How headerless pixels lie in bytes, in files of any number of frames: Mono8, Mono10, Mono12, "
+      "Mono16 (16 bits, low byte first), Mono10p, Mono12p (streams of bits), Mono12Packed. Frames of a "
+      "file of several are told apart by number: STEM_000000_power.png");
+  add_layout(command, request.layout);
+  add_origin(command, request.origin, "frame's top-left pixel");
+  const auto parse = [](const std::string& text) { return std::optional(parse_region(text)); };
+  add_parsed<std::optional<Region>>(command, "--roi", request.region, parse,
+                                    "Only the region X,Y,W,H of the frame, as if the camera had read out no more")
+      ->type_name("X,Y,W,H");
+  add_bit_depth(command, request.bit_depth,
+                "Significant bits of a pixel; else by the pixel format, for PGM by the greatest value, otherwise 8 "
+                "or 16 by the file");
+  limit(command
+            ->add_option("--jobs", jobs_, "How many frames to work on at once; else as many as there are cores")
+            ->type_name("N"),
+        1, most_jobs);
+  command
+      ->add_option("--calibration", request.calibration_file, "Calibration file that calibrate has written")
+      ->type_name("FILE");
+  command
+      ->add_option("--library", request.library,
+                   "The polarization processor library; else the one beside this program (../lib or where it was "
+                   "installed), then by the system")
+      ->type_name("FILE");
+}
+
+void FrameOptions::finish(FrameRequest& request) const {
+  request.headerless = headerless_.layout();
+  if (!request.calibration_file.empty()) {
+    const Bytes bytes = read_file(request.calibration_file, "a calibration file");
+    request.calibration = parse_calibration({bytes.begin(), bytes.end()}, request.calibration_file);
+  }
+  request.jobs = jobs_.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));
+}
+
+void use_calibration(Library& library, const FrameRequest& request) {
+  if (!request.calibration) {
+    return;
+  }
+  if (!library.calibrates_every_pixel()) {
+    note("the calibration " + request.calibration_file +
+         " reaches only the last columns and rows of a frame: no vector plugin serves this computer, and the built-in "
+         "kernels compute the other pixels with the default calibration.");
+  }
+  library.set_calibration(request.calibration->matrices);
+}
+
+}  // namespace nerova_zel

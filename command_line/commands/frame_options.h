@@ -1,0 +1,59 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "frames/headerless_frame.h"
+#include "processor/frame_transformer.h"
+
+namespace nerova_zel {
+
+/** What the commands that transform frames have in common. */
+struct FrameRequest : TransformSettings {
+  /** As the user named them. */
+  std::vector<std::string> frames;
+  std::optional<HeaderlessLayout> headerless;
+  std::string calibration_file;
+  /** Frames worked on at once. */
+  int jobs = 1;
+  std::string library;
+};
+
+/** Options of a sensor and of headerless pixels, which calibrate takes too. All refer to what must outlive parsing. */
+void add_layout(CLI::App* command, MosaicLayout& layout);
+void add_origin(CLI::App* command, Origin& origin, const std::string& frame);
+void add_bit_depth(CLI::App* command, std::optional<int>& bit_depth, const std::string& help);
+
+/** --raw and --pixel-format, which belong together. */
+class HeaderlessOptions {
+ public:
+  void declare(CLI::App* command, const std::string& raw_help, const std::string& format_help);
+
+  /** Nothing without --raw. Throws Failure for --pixel-format alone. */
+  std::optional<HeaderlessLayout> layout() const;
+
+ private:
+  std::optional<FrameSize> size_;
+  std::optional<PixelFormat> format_;
+};
+
+/** The options of the commands that transform frames. */
+class FrameOptions {
+ public:
+  /** `request` must live as long as the command. */
+  void declare(CLI::App* command, FrameRequest& request);
+
+  /** Completes the request when all is parsed: reads the calibration. Throws Failure. */
+  void finish(FrameRequest& request) const;
+
+ private:
+  HeaderlessOptions headerless_;
+  std::optional<int> jobs_;
+};
+
+/** Has the library use the request's calibration, if any, and says so where it will not do for a whole frame. */
+void use_calibration(Library& library, const FrameRequest& request);
+
+}  // namespace nerova_zel

@@ -1,0 +1,194 @@
+#include "commands/output_files.h"
+
+#include <array>
+#include <sstream>
+#include <utility>
+
+#include "failure.h"
+#include "npy_file.h"
+#include "png_file.h"
+#include "tiff_file.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr std::array<std::pair<const char*, PictureKind>, 3> picture_names = {
+    {{"sheet", PictureKind::sheet},
+     {"azimuth-picture", PictureKind::azimuth_picture},
+     {"azimuth-legend", PictureKind::azimuth_legend}}};
+
+std::string ending_of(PictureKind kind, AzimuthStyle style) {
+  const std::string azimuth = std::string("_azimuth_") + name_of(style);
+  switch (kind) {
+    case PictureKind::azimuth_picture:
+      return azimuth + ".png";
+    case PictureKind::azimuth_legend:
+      return azimuth + "_legend.png";
+    default:
+      return "_sheet.png";
+  }
+}
+
+const char* extension_of(FileFormat format) {
+  switch (format) {
+    case FileFormat::tiff:
+      return ".tiff";
+    case FileFormat::npy:
+      return ".npy";
+    default:
+      return ".png";
+  }
+}
+
+/** Adds what the name stands for; false if nothing does. */
+bool add_product(const std::string& name, Products& products) {
+  for (const OutputDescription& description : output_table) {
+    if (name == description.name) {
+      products.outputs.insert(description.output);
+      return true;
+    }
+  }
+  for (const auto& [known, kind] : picture_names) {
+    if (name == known) {
+      products.pictures.insert(kind);
+      return true;
+    }
+  }
+  return false;
+}
+
+void add_all(Products& products) {
+  for (const OutputDescription& description : output_table) {
+    products.outputs.insert(description.output);
+  }
+  if (can_draw()) {
+    for (const auto& [name, kind] : picture_names) {
+      products.pictures.insert(kind);
+    }
+  }
+}
+
+std::string choice() {
+  std::string list;
+  const std::vector<std::string> names = product_names();
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    list += (i == 0 ? "" : i + 1 < names.size() ? ", " : " and ") + names[i];
+  }
+  return "it takes all, or a list of " + list + ".";
+}
+
+void write_array(FileSet& set, const std::filesystem::path& path, const ImageView& image) {
+  std::vector<std::size_t> shape = {static_cast<std::size_t>(image.height), static_cast<std::size_t>(image.width)};
+  if (image.channels > 1) {
+    shape.push_back(static_cast<std::size_t>(image.channels));
+  }
+  const std::string header = npy_header(image.element, shape);
+  set.write(path, {{header.data(), header.size()}, {image.data, shape[0] * image.row_bytes()}});
+}
+
+ImageView view_of(Output output, const OutputImages& images) {
+  const OutputDescription& description = describe(output);
+  const int channels = static_cast<int>(description.channels);
+  if (description.element == OutputElement::float32) {
+    return {Element::float32, images.width(), images.height(), channels, images.stokes()};
+  }
+  return {Element::uint16, images.width(), images.height(), channels, images.values(output)};
+}
+
+std::vector<float> component(const OutputImages& images, int channel) {
+  const std::size_t pixels = static_cast<std::size_t>(images.width()) * static_cast<std::size_t>(images.height());
+  std::vector<float> values(pixels);
+  for (std::size_t i = 0; i < pixels; ++i) {
+    values[i] = images.stokes()[2 * i + static_cast<std::size_t>(channel)];
+  }
+  return values;
+}
+
+}  // namespace
+
+std::set<Output> Products::needed_outputs() const {
+  std::set<Output> needed = outputs;
+  if (!pictures.empty()) {
+    needed.merge(outputs_for_pictures());
+  }
+  return needed;
+}
+
+std::vector<std::string> product_names() {
+  std::vector<std::string> names;
+  for (const OutputDescription& description : output_table) {
+    names.emplace_back(description.name);
+  }
+  for (const auto& [name, kind] : picture_names) {
+    names.emplace_back(name);
+  }
+  return names;
+}
+
+Products parse_products(const std::string& text) {
+  Products products;
+  std::istringstream stream(text);
+  std::string name;
+  while (std::getline(stream, name, ',')) {
+    if (name == "all") {
+      add_all(products);
+    } else if (!add_product(name, products)) {
+      throw Failure("--outputs knows no \"" + name + "\"; " + choice());
+    }
+  }
+  if (products.outputs.empty() && products.pictures.empty()) {
+    throw Failure("--outputs is empty; " + choice());
+  }
+  if (!products.pictures.empty() && !can_draw()) {
+    throw Failure("--outputs " + text + " asks for pictures to look at, and this program was built without OpenCV.");
+  }
+  return products;
+}
+
+std::vector<OutputFile> output_files(const Products& products, FileFormat format, AzimuthStyle style) {
+  std::vector<OutputFile> files;
+  for (const Output output : products.outputs) {
+    if (output == Output::stokes && format != FileFormat::npy) {
+      // Floating-point pictures are TIFF, and viewers take one channel.
+      files.push_back({output, "_s1.tiff", 0});
+      files.push_back({output, "_s2.tiff", 1});
+    } else {
+      files.push_back({output, std::string("_") + describe(output).name + extension_of(format)});
+    }
+  }
+  for (const PictureKind kind : products.pictures) {
+    files.push_back({kind, ending_of(kind, style)});
+  }
+  return files;
+}
+
+Bytes encode_drawing(const Picture& picture) {
+  return encode_png({Element::uint8, picture.width, picture.height, 3, picture.pixels.data()}, {}, Compression::small);
+}
+
+void write_output_files(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
+                        const std::vector<OutputFile>& files, const OutputImages& images, FramePictures& pictures) {
+  for (const OutputFile& file : files) {
+    const std::filesystem::path path = directory / (stem + file.ending);
+    const std::string extension = path.extension().string();
+    if (const auto* kind = std::get_if<PictureKind>(&file.content)) {
+      set.write(path, encode_drawing(pictures.draw(*kind)));
+      continue;
+    }
+    ImageView image = view_of(std::get<Output>(file.content), images);
+    std::vector<float> single;
+    if (file.channel >= 0) {
+      single = component(images, file.channel);
+      image.channels = 1;
+      image.data = single.data();
+    }
+    if (extension == ".npy") {
+      write_array(set, path, image);
+    } else {
+      set.write(path, extension == ".png" ? encode_png(image) : encode_tiff(image));
+    }
+  }
+}
+
+}  // namespace nerova_zel

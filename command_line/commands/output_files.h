@@ -1,0 +1,52 @@
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "file_set.h"
+#include "frame_pictures.h"
+#include "processor/output_images.h"
+#include "processor/outputs.h"
+
+namespace nerova_zel {
+
+enum class FileFormat { png, tiff, npy };
+
+/** What a transform is to write: what the library computes, and pictures for looking at. */
+struct Products {
+  std::set<Output> outputs;
+  std::set<PictureKind> pictures;
+
+  /** The outputs that must be computed, those for the pictures included. */
+  std::set<Output> needed_outputs() const;
+};
+
+/** Every name that parse_products takes but "all". */
+std::vector<std::string> product_names();
+
+/** A list such as "azimuth,dolp", or "all": everything that this program can make. Throws Failure. */
+Products parse_products(const std::string& text);
+
+/** One file of a frame's products. */
+struct OutputFile {
+  std::variant<Output, PictureKind> content;
+  /** What its name ends in, behind the frame's: "_power.png". */
+  std::string ending;
+  /** Which of the Stokes pair it holds, or -1 for all that there is. */
+  int channel = -1;
+};
+
+/** The files of the products; pictures for looking at are PNG whatever the format. */
+std::vector<OutputFile> output_files(const Products& products, FileFormat format, AzimuthStyle style);
+
+/** A PNG file. Throws CodecError. */
+Bytes encode_drawing(const Picture& picture);
+
+/** Puts `files` named `stem` and their endings into `set`. Throws Failure. */
+void write_output_files(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
+                        const std::vector<OutputFile>& files, const OutputImages& images, FramePictures& pictures);
+
+}  // namespace nerova_zel

@@ -1,0 +1,192 @@
+#include "commands/simulate_command.h"
+
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "angles.h"
+#include "calibration/polarizer_fit.h"
+#include "commands/frame_options.h"
+#include "failure.h"
+#include "file_set.h"
+#include "frame_files.h"
+#include "tiff_file.h"
+#include "option_declarations.h"
+#include "option_values.h"
+#include "simulation/simulated_frame.h"
+
+namespace nerova_zel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct SimulateOptions {
+  std::string file = "simulated.png";
+  FrameSize size{2448, 2048};
+  CameraSettings camera;
+  Origin origin{};
+  double refractive_index = 1.5;
+  std::optional<double> source_angle;
+  double source_power = 0.8;
+  PerPolarizer angle_errors{};
+  PerPolarizer extinctions{HUGE_VAL, HUGE_VAL, HUGE_VAL, HUGE_VAL};
+  PerPolarizer gains{1.0, 1.0, 1.0, 1.0};
+  std::optional<std::string> truth_directory;
+};
+
+SceneSettings scene_of(const SimulateOptions& options) {
+  SceneSettings settings;
+  settings.refractive_index = options.refractive_index;
+  if (options.source_angle) {
+    const double twice = *options.source_angle * pi / 90.0;
+    const double power = options.source_power;
+    settings.uniform_light = {power, power * std::cos(twice), power * std::sin(twice)};
+  }
+  return settings;
+}
+
+CameraSettings camera_of(const SimulateOptions& options) {
+  check_frame_extension(options.file);
+  CameraSettings camera = options.camera;
+  if (!(camera.dark_level >= 0.0 && camera.dark_level < (1 << camera.bit_depth))) {
+    throw Failure("--dark-level must be 0 or more, and less than the pixel values there are.");
+  }
+  camera.width = options.size.width;
+  camera.height = options.size.height;
+  camera.origin_x = options.origin.x;
+  camera.origin_y = options.origin.y;
+  for (std::size_t i = 0; i < camera.polarizers.size(); ++i) {
+    camera.polarizers[i] = {options.angle_errors[i], options.extinctions[i], options.gains[i]};
+  }
+  return camera;
+}
+
+void write_truth(FileSet& files, const fs::path& directory, const SimulatedScene& scene, const CameraSettings& camera,
+                 const std::string& stem) {
+  std::vector<float> angle;
+  std::vector<float> degree;
+  for (int y = 0; y < camera.height; ++y) {
+    for (int x = 0; x < camera.width; ++x) {
+      const StokesVector light = true_light(scene, camera, x, y);
+      angle.push_back(static_cast<float>(light.angle_degrees()));
+      degree.push_back(static_cast<float>(light.degree()));
+    }
+  }
+  files.make_directory(directory);
+  const auto write = [&](const char* ending, const std::vector<float>& values) {
+    files.write(directory / (stem + ending),
+                encode_tiff({Element::float32, camera.width, camera.height, 1, values.data()}));
+  };
+  write("_true_angle.tiff", angle);
+  write("_true_degree.tiff", degree);
+}
+
+/** The command that transforms what was written. */
+std::string next_command(const SimulateOptions& options) {
+  const CameraSettings& camera = options.camera;
+  std::string command = "nerova-polarize transform " + options.file + " --layout " +
+                        std::to_string(camera.layout.angle_at(0, 0)) + " --origin " + std::to_string(options.origin.x) +
+                        "," + std::to_string(options.origin.y) + " --bit-depth " + std::to_string(camera.bit_depth);
+  if (lower_case_extension(options.file) == ".raw") {
+    command += " --raw " + std::to_string(options.size.width) + "x" + std::to_string(options.size.height);
+  }
+  return command;
+}
+
+void run_simulate(const SimulateOptions& options) {
+  const CameraSettings camera = camera_of(options);
+  const SimulatedScene scene(camera.width, camera.height, scene_of(options));
+  FileSet files;
+  const fs::path file(options.file);
+  files.write(file,
+              encode_frame(simulate_frame(scene, camera), camera.width, camera.height, camera.bit_depth, options.file));
+  if (options.truth_directory) {
+    write_truth(files, *options.truth_directory, scene, camera, file.stem().string());
+  }
+  files.commit();
+  std::cout << options.file << ": " << camera.width << " x " << camera.height << ", " << camera.bit_depth
+            << "-bit, layout " << camera.layout.angle_at(0, 0)
+            << "; transform it with: " << next_command(options) << '\n' << std::flush;
+}
+
+/** Numbers for the four polarizers. */
+void add_four(CLI::App* command, const std::string& name, PerPolarizer& values, double least, double greatest,
+              const std::string& type, const std::string& default_text, const std::string& help) {
+  add_parsed<PerPolarizer>(
+      command, name, values, [=](const std::string& text) { return parse_four(name, text, least, greatest); }, help)
+      ->type_name(type)
+      ->default_str(default_text);
+}
+
+}  // namespace
+
+void declare_simulate(CLI::App& app) {
+  const auto options = std::make_shared<SimulateOptions>();
+  CameraSettings& camera = options->camera;
+  CLI::App* command = app.add_subcommand(
+      "simulate", "Make a raw mosaic frame of a glossy sphere and a wheel of polarizers, with known polarization");
+  command->add_option("FILE,--out", options->file, "Frame to write: .png, .tif, .tiff, .pgm, or .raw without header")
+      ->type_name("FILE")
+      ->capture_default_str();
+  add_parsed<FrameSize>(
+      command, "--size", options->size, [](const std::string& text) { return parse_size("--size", text); },
+      "WxH in pixels")
+      ->type_name("WxH")
+      ->default_str("2448x2048");
+  add_layout(command, camera.layout);
+  add_origin(command, options->origin, "frame's top-left pixel");
+  limit(command->add_option("--bit-depth", camera.bit_depth, "1 to 16; one byte per pixel up to 8, else two")
+            ->type_name("BITS")
+            ->capture_default_str(),
+        1, 16);
+  limit(command
+            ->add_option("--photons", camera.full_well,
+                         "Photo-electrons that fill a pixel, for shot noise; a usual sensor holds 10000; 0 for none")
+            ->type_name("N")
+            ->capture_default_str(),
+        [](double photons) { return photons >= 0.0 && photons <= 1e12; }, "0 (no shot noise) to 1e12");
+  command->add_option("--seed", camera.seed, "Start of the noise; the same seed gives the same frame")
+      ->type_name("N")
+      ->capture_default_str();
+  limit(command->add_option("--index", options->refractive_index, "Refractive index of the sphere")
+            ->type_name("NUMBER")
+            ->capture_default_str(),
+        [](double index) { return index > 1.0 && index <= 10.0; }, "above 1 and at most 10");
+  limit(command
+            ->add_option("--source-angle", options->source_angle,
+                         "In place of the scene, a uniform source behind a linear polarizer at this angle in degrees")
+            ->type_name("DEGREES"),
+        [](double angle) { return std::abs(angle) <= 360.0; }, "-360 to 360 degrees");
+  limit(command
+            ->add_option("--source-power", options->source_power,
+                         "Light of that source, as a share of what fills a pixel behind an aligned polarizer; 0 for a "
+                         "dark frame")
+            ->type_name("SHARE")
+            ->capture_default_str(),
+        [](double power) { return power >= 0.0 && power <= 10.0; }, "0 (no light) to 10");
+  add_four(command, "--angle-errors", options->angle_errors, -20.0, 20.0, "DEGREES", "0",
+           "Degrees by which the sensor's polarizers are turned: one number, or four for 0,45,90,135");
+  add_four(command, "--extinction", options->extinctions, 1.0, HUGE_VAL, "NUMBER", "inf",
+           "Extinction ratios of the sensor's polarizers, likewise");
+  add_four(command, "--gains", options->gains, 0.01, 10.0, "NUMBER", "1",
+           "Relative response of the pixels behind them, likewise");
+  command->add_option("--dark-level", camera.dark_level, "Pixel value without light")
+      ->type_name("NUMBER")
+      ->capture_default_str();
+  command
+      ->add_option("--truth", options->truth_directory,
+                   "Directory for the true angle (degrees) and degree as float TIFF, for each output pixel at the "
+                   "centre of the 2 x 2 pixels it is computed from")
+      ->type_name("DIR");
+  command->footer(
+      "Examples:\n"
+      "  nerova-polarize simulate frame.png --bit-depth 12 --photons 10000 --truth truth\n"
+      "  nerova-polarize simulate a30.png --source-angle 30 --angle-errors=1.2,-0.8,-1.5,0.6 --extinction 200");
+  command->callback([options] { run_simulate(*options); });
+}
+
+}  // namespace nerova_zel

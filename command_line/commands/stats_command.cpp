@@ -1,0 +1,205 @@
+#include "commands/stats_command.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "batch/batch_runner.h"
+#include "batch/frame_reader.h"
+#include "batch/interruption.h"
+#include "commands/frame_options.h"
+#include "formatted.h"
+#include "option_declarations.h"
+#include "statistics/frame_statistics.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr std::array<std::pair<const char*, StatisticsWeight>, 2> weights = {
+    {{"equal", StatisticsWeight::equal}, {"power", StatisticsWeight::power}}};
+
+const char* name_of(StatisticsWeight weight) { return weights[static_cast<std::size_t>(weight)].first; }
+
+/** Options as given, and the request that is made of them. */
+struct StatsOptions {
+  FrameOptions frames;
+  FrameRequest request;
+  StatisticsWeight weight = StatisticsWeight::equal;
+  /** Only all frames together. */
+  bool summary = false;
+  bool json = false;
+};
+
+struct NamedSums {
+  std::string name;
+  StatisticsSums sums;
+};
+
+/** The sums of all frames that are done, by their place in the batch. Thread-safe while frames are added. */
+class StatisticsLog {
+ public:
+  void add(std::uint64_t index, NamedSums frame) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    frames_.emplace(index, std::move(frame));
+  }
+
+  const std::map<std::uint64_t, NamedSums>& frames() const { return frames_; }
+
+  /** Added in the order of the frames, so that it does not depend on which thread was faster. */
+  StatisticsSums all() const {
+    StatisticsSums sums;
+    for (const auto& [index, frame] : frames_) {
+      sums += frame.sums;
+    }
+    return sums;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<std::uint64_t, NamedSums> frames_;
+};
+
+class StatisticsJob : public FrameJob {
+ public:
+  StatisticsJob(const FrameRequest& request, const Library& library, StatisticsWeight weight, StatisticsLog& log)
+      : request_(request), weight_(weight), log_(log), transformer_(request, library, statistics_outputs()) {}
+
+ private:
+  FrameReport work(const FrameTicket& ticket) override {
+    read_frame(ticket, request_.headerless, bytes(), transformer_.frame());
+    transformer_.run(ticket.name());
+    const StatisticsSums sums = sum_up(transformer_.frame(), transformer_.full_scale(), transformer_.outputs(),
+                                       request_.output_maximum, weight_);
+    log_.add(ticket.index, {ticket.name(), sums});
+    return {FrameReport::Result::done, "", "", sums.pixels};
+  }
+
+  const FrameRequest& request_;
+  const StatisticsWeight weight_;
+  StatisticsLog& log_;
+  FrameTransformer transformer_;
+};
+
+std::string text_of(const std::optional<double>& value, int decimals) {
+  return value ? formatted("%.*f", decimals, *value) : "none";
+}
+
+void print_counts(const char* title, const std::array<std::uint64_t, counted_images>& counts, std::uint64_t pixels) {
+  std::printf("  %-9s", title);
+  for (std::size_t i = 0; i < counted_images; ++i) {
+    std::printf("  %s %.2f %%", name_of(static_cast<CountedImage>(i)),
+                100.0 * static_cast<double>(counts[i]) / static_cast<double>(std::max<std::uint64_t>(1, pixels)));
+  }
+  std::printf("\n");
+}
+
+void print(const std::string& name, const StatisticsSums& sums) {
+  std::printf("%s: %llu pixels\n", name.c_str(), static_cast<unsigned long long>(sums.pixels));
+  std::printf("  angle      %s degrees, deviation %s, resultant %s; %llu pixels without\n",
+              text_of(sums.mean_angle(), 3).c_str(), text_of(sums.angle_deviation(), 3).c_str(),
+              text_of(sums.resultant(), 4).c_str(), static_cast<unsigned long long>(sums.without_angle));
+  std::printf("  degree     %s; %llu pixels without\n", text_of(sums.mean_degree(), 5).c_str(),
+              static_cast<unsigned long long>(sums.without_degree));
+  print_counts("saturated", sums.saturated, sums.pixels);
+  print_counts("dark", sums.dark, sums.pixels);
+}
+
+nlohmann::ordered_json json_of(const std::optional<double>& value) {
+  return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
+}
+
+nlohmann::ordered_json json_of(const StatisticsSums& sums) {
+  nlohmann::ordered_json object;
+  object["pixels"] = sums.pixels;
+  object["mean_angle_degrees"] = json_of(sums.mean_angle());
+  object["resultant_length"] = json_of(sums.resultant());
+  object["angle_deviation_degrees"] = json_of(sums.angle_deviation());
+  object["pixels_without_angle"] = sums.without_angle;
+  object["mean_degree"] = json_of(sums.mean_degree());
+  object["pixels_without_degree"] = sums.without_degree;
+  for (std::size_t i = 0; i < counted_images; ++i) {
+    object["saturated_pixels"][name_of(static_cast<CountedImage>(i))] = sums.saturated[i];
+    object["dark_pixels"][name_of(static_cast<CountedImage>(i))] = sums.dark[i];
+  }
+  return object;
+}
+
+void print_text(const StatisticsLog& log, bool summary) {
+  const std::size_t count = log.frames().size();
+  if (!summary) {
+    for (const auto& [index, frame] : log.frames()) {
+      print(frame.name, frame.sums);
+    }
+  }
+  if (summary || count > 1) {
+    print("all " + std::to_string(count) + (count == 1 ? " frame" : " frames"), log.all());
+  }
+}
+
+void print_json(const StatisticsLog& log, bool summary, const char* weight, std::uint64_t failed) {
+  nlohmann::ordered_json document;
+  document["weight"] = weight;
+  document["frames_done"] = log.frames().size();
+  document["frames_failed"] = failed;
+  if (!summary) {
+    document["frames"] = nlohmann::ordered_json::array();
+    for (const auto& [index, frame] : log.frames()) {
+      nlohmann::ordered_json object = {{"name", frame.name}};
+      object.update(json_of(frame.sums));
+      document["frames"].push_back(object);
+    }
+  }
+  document["all"] = json_of(log.all());
+  // File names need not be UTF-8.
+  std::printf("%s\n", document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+}
+
+void run_stats(StatsOptions& options) {
+  FrameRequest& request = options.request;
+  options.frames.finish(request);
+  FrameSequence frames(find_inputs(request.frames, request.headerless), request.headerless);
+  Library library(request.library);
+  use_calibration(library, request);
+  BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::nothing);
+  StatisticsLog log;
+  const Interruption interruption;
+  run_batch(
+      frames, request.jobs, [&] { return std::make_unique<StatisticsJob>(request, library, options.weight, log); },
+      report);
+  if (options.json) {
+    print_json(log, options.summary, name_of(options.weight), report.failed());
+  } else if (!log.frames().empty()) {
+    print_text(log, options.summary);
+  }
+  std::fflush(stdout);
+  report.finish(Interruption::is_requested());
+}
+
+}  // namespace
+
+void declare_stats(CLI::App& app) {
+  const auto options = std::make_shared<StatsOptions>();
+  CLI::App* command =
+      app.add_subcommand("stats",
+                         "Print mean angle and degree of polarization, and how many pixels are saturated or "
+                         "dark, of frames and of all together");
+  options->frames.declare(command, options->request);
+  add_choice<StatisticsWeight>(
+      command, "--weight", options->weight, weights,
+      "What a pixel counts for in means: equal, or power for its light, so that the means are those of all "
+      "light together");
+  command->add_flag("--summary", options->summary, "Only all frames together");
+  command->add_flag("--json", options->json, "As a JSON document");
+  command->footer(
+      "Examples:\n"
+      "  nerova-polarize stats frame.png --bit-depth 12 --roi 800,600,200,200\n"
+      "  nerova-polarize stats 'night/*.tiff' --summary --json");
+  command->callback([options] { run_stats(*options); });
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace nerova_zel {
+
+/** stats: prints statistics of frames, and of all together. */
+void declare_stats(CLI::App& app);
+
+}  // namespace nerova_zel

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace nerova_zel {
+
+/** transform: transforms frames, writes the wanted outputs and prints a line about each. */
+void declare_transform(CLI::App& app);
+
+}  // namespace nerova_zel

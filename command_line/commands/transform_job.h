@@ -1,0 +1,43 @@
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "batch/frame_job.h"
+#include "commands/frame_options.h"
+#include "commands/output_files.h"
+#include "frame_pictures.h"
+#include "processor/frame_transformer.h"
+
+namespace nerova_zel {
+
+struct TransformRequest : FrameRequest {
+  /** When the calibration's file was written. */
+  std::filesystem::file_time_type calibrated = std::filesystem::file_time_type::min();
+  std::set<Output> needed;
+  std::vector<OutputFile> files;
+  std::filesystem::path directory = ".";
+  PictureStyle picture_style;
+  bool overwrite = false;
+};
+
+/** Writes the outputs of frames. */
+class TransformJob : public FrameJob {
+ public:
+  /** Both are shared and must outlive it; the request's directory must exist. */
+  TransformJob(const TransformRequest& request, const Library& library)
+      : request_(request), transformer_(request, library, request.needed) {}
+
+ private:
+  FrameReport work(const FrameTicket& ticket) override;
+  bool is_finished(const FrameTicket& ticket) const;
+  void write(const FrameTicket& ticket);
+  FrameReport describe(const std::string& name, const FrameTransformer::Timing& timing) const;
+
+  const TransformRequest& request_;
+  FrameTransformer transformer_;
+};
+
+}  // namespace nerova_zel

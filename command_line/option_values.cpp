@@ -1,0 +1,84 @@
+#include "option_values.h"
+
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include "failure.h"
+#include "number_text.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr int most_pixels = 1 << 28;
+
+/** Two whole numbers from `least` to `greatest` with `separator` between, and nothing else. */
+std::optional<std::pair<int, int>> two_numbers(const std::string& text, char separator, int least, int greatest) {
+  std::istringstream stream(text);
+  int first = 0;
+  int second = 0;
+  char between = 0;
+  if (!(stream >> std::noskipws >> first >> between >> second) || between != separator || stream.peek() != EOF) {
+    return std::nullopt;
+  }
+  if (first < least || first > greatest || second < least || second > greatest) {
+    return std::nullopt;
+  }
+  return std::make_pair(first, second);
+}
+
+}  // namespace
+
+FrameSize parse_size(const std::string& option, const std::string& text) {
+  const auto numbers = two_numbers(text, 'x', 2, most_pixels);
+  if (!numbers || numbers->second > most_pixels / numbers->first) {
+    throw Failure(option + " " + text + " is not a size; it should read like 2448x2048, at least 2x2 and at most " +
+                  std::to_string(most_pixels) + " pixels in all.");
+  }
+  return {numbers->first, numbers->second};
+}
+
+Origin parse_origin(const std::string& text) {
+  const auto numbers = two_numbers(text, ',', 0, 1'000'000'000);
+  if (!numbers) {
+    throw Failure("--origin " + text + " is not a place on the sensor; it should read like 0,0 or 101,64.");
+  }
+  return {numbers->first, numbers->second};
+}
+
+Region parse_region(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  const std::size_t second = comma == std::string::npos ? comma : text.find(',', comma + 1);
+  const auto corner = two_numbers(text.substr(0, second), ',', 0, most_pixels);
+  const auto size =
+      second == std::string::npos ? std::nullopt : two_numbers(text.substr(second + 1), ',', 2, most_pixels);
+  if (!corner || !size) {
+    throw Failure("--roi " + text + " is not a region; it should read X,Y,W,H like 100,64,800,600, at least 2 x 2.");
+  }
+  return {corner->first, corner->second, {size->first, size->second}};
+}
+
+std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest) {
+  std::vector<double> values;
+  std::istringstream stream(text);
+  std::string part;
+  bool good = true;
+  while (std::getline(stream, part, ',')) {
+    const std::optional<double> value = parse_number(part);
+    good = good && value && *value >= least && *value <= greatest;
+    values.push_back(value.value_or(0.0));
+  }
+  if (good && values.size() == 1) {
+    values.resize(4, values[0]);
+  }
+  if (!good || values.size() != 4) {
+    std::ostringstream range;
+    range << least << " to " << greatest;
+    throw Failure(option + " " + text + " makes no sense; it takes one number from " + range.str() +
+                  ", or four with commas between for the polarizers 0, 45, 90 and 135.");
+  }
+  return {values[0], values[1], values[2], values[3]};
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "frames/raw_frame.h"
+
+namespace nerova_zel {
+
+// Each reads the value of an option and throws Failure, naming the option, when it makes no sense.
+
+/** "WxH", both at least 2, and at most 2^28 pixels in all. */
+FrameSize parse_size(const std::string& option, const std::string& text);
+
+/** "X,Y", both at least 0. */
+Origin parse_origin(const std::string& text);
+
+/** "X,Y,W,H": a corner, both at least 0, and a size as in parse_size. */
+Region parse_region(const std::string& text);
+
+/** A number from `least` to `greatest` for each of the polarizers 0, 45, 90 and 135: "1,0.9,1,1", or one for all. */
+std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest);
+
+}  // namespace nerova_zel

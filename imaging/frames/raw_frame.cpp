@@ -1,0 +1,47 @@
+#include "frames/raw_frame.h"
+
+#include <cstring>
+
+#include "failure.h"
+
+namespace nerova_zel {
+
+namespace {
+
+std::string size_of(const RawFrame& frame) {
+  return std::to_string(frame.width) + " x " + std::to_string(frame.height) + " pixels";
+}
+
+}  // namespace
+
+int bit_depth_of(const RawFrame& frame, const std::optional<int>& wanted, const std::string& name) {
+  if (wanted && *wanted > frame.storage_bits) {
+    throw Failure("the bit depth " + std::to_string(*wanted) + " is more than the " +
+                      std::to_string(frame.storage_bits) + " bits of a pixel in " + name + ".",
+                  Fact::bit_depth_too_great);
+  }
+  return wanted.value_or(frame.bit_depth);
+}
+
+void check_mosaic_size(const RawFrame& frame, const std::string& name) {
+  if (frame.width < 2 || frame.height < 2) {
+    throw Failure(name + " is " + size_of(frame) + "; a mosaic frame has at least 2 x 2.");
+  }
+}
+
+void crop(RawFrame& frame, const Region& region, const std::string& name) {
+  if (region.x > frame.width - region.size.width || region.y > frame.height - region.size.height) {
+    throw Failure(name + " is " + size_of(frame) + ", which the region reaches beyond.", Fact::region_beyond_frame);
+  }
+  const auto from = static_cast<std::size_t>(frame.width);
+  const auto to = static_cast<std::size_t>(region.size.width);
+  for (std::size_t y = 0; y < static_cast<std::size_t>(region.size.height); ++y) {
+    const auto row = (static_cast<std::size_t>(region.y) + y) * from + static_cast<std::size_t>(region.x);
+    std::memmove(&frame.pixels[y * to], &frame.pixels[row], to * sizeof(std::uint16_t));
+  }
+  frame.width = region.size.width;
+  frame.height = region.size.height;
+  frame.pixels.resize(to * static_cast<std::size_t>(region.size.height));
+}
+
+}  // namespace nerova_zel

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+namespace nerova_zel {
+
+/** A shared library that was loaded at run time. */
+class DynamicModule {
+ public:
+  /** By path, or by a name for the system's ordinary search. Throws std::runtime_error with the system's reason. */
+  explicit DynamicModule(const std::string& path);
+  ~DynamicModule();
+  DynamicModule(const DynamicModule&) = delete;
+  DynamicModule& operator=(const DynamicModule&) = delete;
+
+  /** The address of an exported name; NULL if there is none. */
+  void* find(const char* name) const;
+
+ private:
+  void* module_;
+};
+
+/** The folder of the running program; empty if unknown. */
+std::string program_directory();
+
+/** How this system calls a library: "libNAME.so" or "NAME.dll". */
+std::string module_file_name(const std::string& name);
+
+}  // namespace nerova_zel

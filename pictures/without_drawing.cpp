@@ -1,0 +1,33 @@
+// Takes the place of all other sources of this folder where OpenCV is missing.
+#include "calibration_plot.h"
+#include "failure.h"
+#include "frame_pictures.h"
+
+namespace nerova_zel {
+
+namespace {
+
+[[noreturn]] void refuse() {
+  throw Failure("this program was built without OpenCV, and draws no sheets, azimuth pictures, legends and plots.");
+}
+
+}  // namespace
+
+class FramePictures::Drawing {};
+
+FramePictures::FramePictures(const PictureContent& /*content*/, const PictureStyle& /*style*/) {}
+
+FramePictures::~FramePictures() = default;
+
+Picture FramePictures::draw(PictureKind /*kind*/) { refuse(); }
+
+Picture draw_calibration(const PolarizerFit& /*fit*/, const std::vector<double>& /*angles*/,
+                         const std::string& /*name*/) {
+  refuse();
+}
+
+bool can_draw() { return false; }
+
+void draw_in_one_thread() {}
+
+}  // namespace nerova_zel

@@ -1,0 +1,107 @@
+// Every form of frame and output, bit for bit what the library computes.
+#include "png_file.h"
+#include "tiff_file.h"
+#include "tool_run.h"
+
+namespace nerova_zel::test {
+namespace {
+
+std::vector<float> component(const std::vector<float>& pairs, std::size_t which) {
+  std::vector<float> values;
+  for (std::size_t i = which; i < pairs.size(); i += 2) {
+    values.push_back(pairs[i]);
+  }
+  return values;
+}
+
+class FormatsTest : public ToolTest {
+ protected:
+  void expect_file(const std::string& name, const Bytes& bytes) const {
+    EXPECT_TRUE(read(name) == std::string(bytes.begin(), bytes.end())) << name;
+  }
+  void expect_floats(const std::string& name, const std::vector<float>& values, int width, int height) const {
+    expect_file(name, encode_tiff({Element::float32, width, height, 1, values.data()}));
+  }
+  /** A simulated frame through a file and both commands, against the same by direct calls. */
+  void expect_exact(const std::string& name, int bit_depth, const std::string& format, const std::string& options);
+};
+
+void FormatsTest::expect_exact(const std::string& name, int bit_depth, const std::string& format,
+                               const std::string& options) {
+  SCOPED_TRACE(name);
+  CameraSettings camera;
+  camera.width = 37;
+  camera.height = 30;
+  camera.bit_depth = bit_depth;
+  camera.layout = MosaicLayout(135);
+  camera.origin_x = 3;
+  camera.full_well = 5000;
+  camera.seed = 7;
+  const auto frame = simulate_frame(SimulatedScene(camera.width, camera.height, {}), camera);
+  const LibraryOutputs expected = transform_by_library(camera, frame, 4095);
+
+  const std::string sensor = " --layout 135 --origin 3,0 ";
+  const RunResult simulated = run("simulate " + name + sensor + "--size 37x30 --photons 5000 --seed 7 --bit-depth " +
+                                  std::to_string(bit_depth));
+  ASSERT_EQ(simulated.exit_code, 0) << simulated.errors;
+  const RunResult transformed =
+      run("transform " + name + sensor + "--output-max 4095 --out results --format " + format + " " + options);
+  ASSERT_EQ(transformed.exit_code, 0) << transformed.errors;
+  EXPECT_EQ(transformed.errors, "");
+  EXPECT_NE(transformed.output.find("Mpixel/s"), std::string::npos) << transformed.output;
+
+  const std::string stem = "results/" + name.substr(0, name.find('.'));
+  expect_floats(stem + "_s1.tiff", component(expected.stokes, 0), 37, 30);
+  expect_floats(stem + "_s2.tiff", component(expected.stokes, 1), 37, 30);
+  for (const auto& [ending, values] : {std::pair{"_power.", &expected.power},
+                                       {"_hv.", &expected.hv},
+                                       {"_diagonal.", &expected.diagonal},
+                                       {"_azimuth.", &expected.azimuth},
+                                       {"_dolp.", &expected.dolp}}) {
+    const ImageView image{Element::uint16, 37, 30, 1, values->data()};
+    expect_file(stem + ending + format, format == "png" ? encode_png(image) : encode_tiff(image));
+  }
+  EXPECT_FALSE(read(stem + "_sheet.png").empty());
+}
+
+// Every kind of file goes through both commands without a bit changed, down to frames of one bit, which hold pixels
+// without light whose normalized pair is not a number. A PGM says its bit depth itself.
+TEST_F(FormatsTest, EveryKindOfFrameGivesWhatTheLibraryComputes) {
+  expect_exact("a.png", 8, "png", "");
+  expect_exact("b.png", 12, "png", "--bit-depth 12");
+  expect_exact("c.tif", 8, "tiff", "");
+  expect_exact("d.tiff", 16, "tiff", "");
+  expect_exact("e.pgm", 1, "png", "");
+  expect_exact("f.PGM", 12, "png", "");
+  expect_exact("g.raw", 7, "png", "--bit-depth 7 --raw 37x30");
+  expect_exact("h.raw", 14, "tiff", "--bit-depth 14 --raw 37x30");
+}
+
+TEST_F(FormatsTest, TruthIsThatOfTheScene) {
+  ASSERT_EQ(run("simulate s.png --size 64x48 --truth truth").exit_code, 0);
+  CameraSettings camera;
+  camera.width = 64;
+  camera.height = 48;
+  const SimulatedScene scene(camera.width, camera.height, {});
+  std::vector<float> angles;
+  std::vector<float> degrees;
+  for (int y = 0; y < camera.height; ++y) {
+    for (int x = 0; x < camera.width; ++x) {
+      const StokesVector light = true_light(scene, camera, x, y);
+      angles.push_back(static_cast<float>(light.angle_degrees()));
+      degrees.push_back(static_cast<float>(light.degree()));
+    }
+  }
+  expect_floats("truth/s_true_angle.tiff", angles, 64, 48);
+  expect_floats("truth/s_true_degree.tiff", degrees, 64, 48);
+}
+
+TEST_F(FormatsTest, WritesWhatIsWantedAndNoMore) {
+  ASSERT_EQ(run("simulate s.png --size 64x48").exit_code, 0);
+  ASSERT_EQ(run("transform s.png --bit-depth 12 --outputs dolp,sheet --out new/results --repeat 1").exit_code, 0);
+  EXPECT_EQ(listing(), (std::set<std::string>{"new", "new/results", "new/results/s_dolp.png", "new/results/s_sheet.png",
+                                              "s.png"}));
+}
+
+}  // namespace
+}  // namespace nerova_zel::test
