@@ -42,19 +42,15 @@ bool RotatingFile::open() {
     return file_.open(place_);
   }
   std::error_code error;
-  std::filesystem::path place = std::filesystem::absolute(std::filesystem::u8path(name_), error);
-  if (error) {
-    return false;
-  }
+  std::filesystem::path place = std::filesystem::absolute(std::filesystem::u8path(name_), error);  // or none
   std::filesystem::path canonical = std::filesystem::weakly_canonical(place, error);
   if (!error) {  // as happens when another process rotates in between
     place = std::move(canonical);
   }
-  if (!file_.open(place)) {
-    return false;
+  if (file_.open(place)) {
+    place_ = std::move(place);
   }
-  place_ = std::move(place);
-  return true;
+  return file_.is_open();
 }
 
 bool RotatingFile::is_full(std::uint64_t size, std::size_t coming) const {
