@@ -39,9 +39,10 @@ std::string_view without_comment(std::string_view line) {
 /** The whole text as a number in decimal digits. */
 template <class Number>
 std::optional<Number> number_of(std::string_view text) {
-  Number number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool whole = error == std::errc() && end == text.data() + text.size();
+  Number number{};
+  const char* const text_end = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), text_end, number);
+  const bool whole = error == std::errc() && end == text_end;
   return whole && text[0] != '-' ? std::optional<Number>(number) : std::nullopt;
 }
 

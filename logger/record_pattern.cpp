@@ -15,18 +15,18 @@ bool is_digit(char character) { return std::isdigit(static_cast<unsigned char>(c
 
 std::optional<std::string> fault_of_pattern(const std::string& pattern) {
   for (std::size_t i = pattern.find('%'); i != std::string::npos; i = pattern.find('%', i + 1)) {
-    ++i;
-    if (i < pattern.size() && (pattern[i] == '-' || pattern[i] == '=')) {
+    ++i;  // behind the last character stands a zero
+    if (pattern[i] == '-' || pattern[i] == '=') {
       ++i;
     }
     const std::size_t width = i;
-    while (i < pattern.size() && is_digit(pattern[i])) {
+    while (is_digit(pattern[i])) {
       ++i;
     }
-    if (i > width && i < pattern.size() && pattern[i] == '!') {
+    if (i > width && pattern[i] == '!') {
       ++i;
     }
-    if (i >= pattern.size()) {
+    if (i == pattern.size()) {
       return "the pattern ends within a flag; a percent sign is written %%";
     }
     if (std::string(flags).find(pattern[i]) == std::string::npos) {

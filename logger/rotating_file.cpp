@@ -26,9 +26,7 @@ void shift_files(const std::filesystem::path& path, std::uint32_t kept_files) {
   while (free_number < kept_files && std::filesystem::exists(numbered(path, free_number), error)) {
     ++free_number;
   }
-  if (!discard_file(numbered(path, free_number))) {
-    return;
-  }
+  discard_file(numbered(path, free_number));
   for (; free_number > 1 && !error; --free_number) {
     std::filesystem::rename(numbered(path, free_number - 1), numbered(path, free_number), error);
   }
@@ -44,19 +42,19 @@ bool RotatingFile::open() {
     return file_.open(place_);
   }
   std::error_code error;
-  std::filesystem::path place = std::filesystem::absolute(std::filesystem::u8path(name_), error);
-  if (error) {
-    return false;
-  }
+  std::filesystem::path place = std::filesystem::absolute(std::filesystem::u8path(name_), error);  // or none
   std::filesystem::path canonical = std::filesystem::weakly_canonical(place, error);
   if (!error) {  // as happens when another process rotates in between
     place = std::move(canonical);
   }
-  if (!file_.open(place)) {
-    return false;
+  if (file_.open(place)) {
+    place_ = std::move(place);
   }
-  place_ = std::move(place);
-  return true;
+  return file_.is_open();
+}
+
+bool RotatingFile::is_full(std::uint64_t size, std::size_t coming) const {
+  return size != 0 && max_size_ != 0 && size + coming > max_size_;
 }
 
 bool RotatingFile::append(const char* text, std::size_t length) {
@@ -70,7 +68,7 @@ bool RotatingFile::append(const char* text, std::size_t length) {
     }
     size = file_.size_at(place_);
   }
-  if (size && *size != 0 && max_size_ != 0 && *size + length > max_size_) {
+  if (size && is_full(*size, length)) {
     rotate(length);
     if (!open()) {
       return false;
@@ -85,7 +83,7 @@ void RotatingFile::rotate(std::size_t coming) {
     return;
   }
   const auto size = locked.size_at(place_);  // another process may have been faster
-  if (size && *size + coming > max_size_) {
+  if (size && is_full(*size, coming)) {
     shift_files(place_, kept_files_);
   }
 }

@@ -32,6 +32,7 @@ class RotatingFile {
 
  private:
   bool open();
+  bool is_full(std::uint64_t size, std::size_t coming) const;
   void rotate(std::size_t coming);
 
   const std::string name_;

@@ -7,15 +7,15 @@ namespace nerova_zel {
 namespace {
 
 struct Leaf {
-  unsigned eax = 0;
-  unsigned ebx = 0;
-  unsigned ecx = 0;
-  unsigned edx = 0;
+  unsigned eax;
+  unsigned ebx;
+  unsigned ecx;
+  unsigned edx;
 };
 
 /** All zero when the processor does not know the leaf, or has no CPUID at all. */
 Leaf read_leaf(unsigned number) noexcept {
-  Leaf leaf;
+  Leaf leaf = {};
   __get_cpuid_count(number, 0, &leaf.eax, &leaf.ebx, &leaf.ecx, &leaf.edx);
   return leaf;
 }

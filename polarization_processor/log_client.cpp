@@ -11,12 +11,9 @@ using FreeEntry = void (*)(const char* module_name, const char* second_name);
 
 }  // namespace
 
-LogClient::LogClient(const char* module_name)
-    : module_name_(module_name), configuration_file_name_("nerova_zel_logger.cfg") {
-  bind();
-}
+LogClient::LogClient(const char* module_name) noexcept : module_name_(module_name) { bind(); }
 
-void LogClient::bind() {
+void LogClient::bind() noexcept {
   logger_module_ = load_module("nerova_zel_logger");
   if (logger_module_ == nullptr) {
     return;
@@ -26,7 +23,7 @@ void LogClient::bind() {
     return;
   }
   try {
-    log_handle_ = get_log(module_name_.c_str(), second_name_.c_str(), configuration_file_name_.c_str());
+    log_handle_ = get_log(module_name_, second_name_, "nerova_zel_logger.cfg");
   } catch (...) {  // NOLINT(bugprone-empty-catch): as good as no handle
   }
   if (log_handle_ == nullptr) {
@@ -43,7 +40,7 @@ LogClient::~LogClient() {
   // The log is keyed by its names, so it is given back even if no handle was ever received.
   if (const auto free_log = find_function<FreeEntry>(logger_module_, "zel_free_log")) {
     try {
-      free_log(module_name_.c_str(), second_name_.c_str());
+      free_log(module_name_, second_name_);
     } catch (...) {  // NOLINT(bugprone-empty-catch): there is nobody left to tell
     }
   }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 #include "platform/dynamic_library.h"
 #include "platform/formatter.h"
@@ -17,8 +16,8 @@ enum class LogLevel : std::int32_t { Error = 2, Timing = 7 };
  */
 class LogClient {
  public:
-  /** Throws std::bad_alloc. */
-  explicit LogClient(const char* module_name);
+  /** The name must outlive the client. */
+  explicit LogClient(const char* module_name) noexcept;
   ~LogClient();
   LogClient(const LogClient&) = delete;
   LogClient& operator=(const LogClient&) = delete;
@@ -32,16 +31,15 @@ class LogClient {
   using WriteEntry = std::int32_t (*)(void* log, std::int32_t level, const char* source_file, std::int32_t source_line,
                                       const char* function_name, const char* message);
 
-  void bind();
+  void bind() noexcept;
 
   ModuleHandle logger_module_ = nullptr;
   void* log_handle_ = nullptr;
   WriteEntry write_entry_ = nullptr;
   bool enabled_ = false;
   Formatter formatter_;
-  std::string module_name_;
-  std::string second_name_;  ///< always empty, yet part of the key under which the logger keeps the log
-  std::string configuration_file_name_;
+  const char* module_name_;
+  const char* second_name_ = "";  ///< part of the key under which the logger keeps the log
 };
 
 }  // namespace nerova_zel

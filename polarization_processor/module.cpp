@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <new>
 
 namespace nerova_zel {
 
@@ -20,20 +21,12 @@ ModuleMutex module_mutex;
 std::uint32_t initialize_count = 0;
 std::atomic<const LogClient*> log_client{nullptr};
 
-const LogClient* make_log_client() noexcept {
-  try {
-    return new LogClient("NEROVA_ZEL_POLARIZATION_PROCESSOR");
-  } catch (...) {
-    return nullptr;
-  }
-}
-
 }  // namespace
 
 void initialize_module() {
   const std::lock_guard<std::mutex> lock(module_mutex);
   if (initialize_count == 0) {
-    log_client.store(make_log_client(), std::memory_order_release);
+    log_client.store(new (std::nothrow) LogClient("NEROVA_ZEL_POLARIZATION_PROCESSOR"), std::memory_order_release);
   }
   ++initialize_count;
 }

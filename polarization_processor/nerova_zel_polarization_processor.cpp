@@ -28,6 +28,15 @@ struct nv_polarization_processor final : nerova_zel::Processor {  // NOLINT(read
   using Processor::Processor;
 };
 
+namespace {
+
+std::int32_t out_of_memory(const LogClient& client) noexcept {
+  records::create_out_of_memory(client);
+  return NV_POLARIZATION_PROCESSOR_ERROR_OUT_OF_MEMORY;
+}
+
+}  // namespace
+
 NEROVA_ENTRY std::int32_t nv_polarization_processor_module_initialize() {
   const HeldCancellation held_cancellation;
   nerova_zel::initialize_module();
@@ -52,11 +61,13 @@ NEROVA_ENTRY std::int32_t nv_polarization_processor_create_polarization_processo
     return NV_POLARIZATION_PROCESSOR_ERROR_CREATION_FAILED;
   }
   try {
-    *processor = new nv_polarization_processor(nerova_zel::measure_cpu_level());
-    return NV_POLARIZATION_PROCESSOR_SUCCESS;
-  } catch (const std::bad_alloc&) {
-    records::create_out_of_memory(*client);
-    return NV_POLARIZATION_PROCESSOR_ERROR_OUT_OF_MEMORY;
+    if (auto* const made = new (std::nothrow) nv_polarization_processor(nerova_zel::measure_cpu_level())) {
+      *processor = made;
+      return NV_POLARIZATION_PROCESSOR_SUCCESS;
+    }
+    return out_of_memory(*client);
+  } catch (const std::bad_alloc&) {  // of a plugin
+    return out_of_memory(*client);
   } catch (...) {
     records::create_unknown_error(*client);
     return NV_POLARIZATION_PROCESSOR_ERROR_CREATION_FAILED;

@@ -35,7 +35,7 @@ inline constexpr VectorPluginNames avx2_plugin_names = {
  */
 class VectorPlugin {
  public:
-  /** Throws std::bad_alloc, and what the plugin's initialize entry throws; the plugin's library then stays loaded. */
+  /** Throws what the plugin's initialize entry throws; the plugin's library then stays loaded. */
   explicit VectorPlugin(const VectorPluginNames& names);
   ~VectorPlugin();
   VectorPlugin(const VectorPlugin&) = delete;

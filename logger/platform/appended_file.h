@@ -34,8 +34,9 @@ class AppendedFile {
   /** What was appended is on the disk afterwards. */
   bool force_to_disk() const noexcept;
 
-  /** Excludes others, in this process too, who lock the same file; never waits. false: another has it. */
-  bool try_lock() noexcept;
+  /** Excludes others, in this process too, who lock the same file, until it is closed; never waits. false: another has
+   * it. */
+  bool try_lock() const noexcept;
 
  private:
   static constexpr std::intptr_t none = -1;
@@ -43,10 +44,9 @@ class AppendedFile {
   std::intptr_t handle_ = none;
   std::uint64_t volume_ = 0;  ///< with identity_: which file it is, whatever its name
   std::uint64_t identity_ = 0;
-  bool locked_ = false;
 };
 
-/** Removes the file, even if other processes have it open: its name is free afterwards. Nothing there is no failure. */
-bool discard_file(const std::filesystem::path& path) noexcept;
+/** Removes the file, even if other processes have it open: unless the system refuses, its name is free afterwards. */
+void discard_file(const std::filesystem::path& path) noexcept;
 
 }  // namespace nerova_zel::logger

@@ -25,10 +25,9 @@ int descriptor(std::intptr_t handle) { return static_cast<int>(handle); }
 
 /** After an append that the system cut short. Leaves all in place if others have appended since. */
 void take_back(int file, off_t length) noexcept {
-  const off_t end = lseek(file, 0, SEEK_CUR);
   struct stat status = {};
-  if (end >= length && fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size == end) {
-    uninterrupted([&] { return ftruncate(file, end - length); });
+  if (fstat(file, &status) == 0 && status.st_size == lseek(file, 0, SEEK_CUR)) {
+    uninterrupted([&] { return ftruncate(file, status.st_size - length); });
   }
 }
 
@@ -40,29 +39,23 @@ bool AppendedFile::open(const std::filesystem::path& path) noexcept {
   constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   constexpr mode_t permissions = 0666;
   const int file = uninterrupted([&] { return ::open(path.c_str(), flags, permissions); });
-  if (file == -1) {
-    return false;
-  }
   struct stat status = {};
-  // A pipe or socket whose reader leaves would end the program with a signal.
-  if (fstat(file, &status) != 0 || !(S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))) {
+  // Not a pipe or socket, whose reader may leave: that would end the program with a signal.
+  if (fstat(file, &status) == 0 && (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode))) {
+    handle_ = file;
+    volume_ = status.st_dev;
+    identity_ = status.st_ino;
+  } else {
     ::close(file);
-    return false;
   }
-  handle_ = file;
-  volume_ = status.st_dev;
-  identity_ = status.st_ino;
-  return true;
+  return is_open();
 }
 
 void AppendedFile::close() noexcept {
   if (!is_open()) {
     return;
   }
-  if (locked_) {
-    flock(descriptor(handle_), LOCK_UN);  // a process forked in between would keep it beyond the closing
-    locked_ = false;
-  }
+  flock(descriptor(handle_), LOCK_UN);  // a process forked in between would keep a lock beyond the closing
   ::close(descriptor(handle_));
   handle_ = none;
 }
@@ -90,11 +83,10 @@ bool AppendedFile::force_to_disk() const noexcept {
   return uninterrupted([&] { return fdatasync(descriptor(handle_)); }) == 0;
 }
 
-bool AppendedFile::try_lock() noexcept {
-  locked_ = uninterrupted([&] { return flock(descriptor(handle_), LOCK_EX | LOCK_NB); }) == 0;
-  return locked_;
+bool AppendedFile::try_lock() const noexcept {
+  return uninterrupted([&] { return flock(descriptor(handle_), LOCK_EX | LOCK_NB); }) == 0;
 }
 
-bool discard_file(const std::filesystem::path& path) noexcept { return unlink(path.c_str()) == 0 || errno == ENOENT; }
+void discard_file(const std::filesystem::path& path) noexcept { unlink(path.c_str()); }
 
 }  // namespace nerova_zel::logger

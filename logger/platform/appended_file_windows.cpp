@@ -60,10 +60,7 @@ void AppendedFile::close() noexcept {
   if (!is_open()) {
     return;
   }
-  if (locked_) {
-    unlock_region(handle_, Lock::Rotation);
-    locked_ = false;
-  }
+  unlock_region(handle_, Lock::Rotation);
   CloseHandle(handle_of(handle_));
   handle_ = none;
 }
@@ -104,24 +101,22 @@ bool AppendedFile::append(const char* text, std::size_t length) const noexcept {
 
 bool AppendedFile::force_to_disk() const noexcept { return FlushFileBuffers(handle_of(handle_)) != 0; }
 
-bool AppendedFile::try_lock() noexcept {
-  locked_ = try_lock_region(handle_, Lock::Rotation);
-  return locked_;
-}
+bool AppendedFile::try_lock() const noexcept { return try_lock_region(handle_, Lock::Rotation); }
 
 // An open file keeps its name until all have closed it; so it gets another name first.
-bool discard_file(const std::filesystem::path& path) noexcept {
+void discard_file(const std::filesystem::path& path) noexcept {
   static std::atomic<unsigned> count = 0;
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-    return attributes == INVALID_FILE_ATTRIBUTES && GetLastError() == ERROR_FILE_NOT_FOUND;
+    return;
   }
   try {
     const std::wstring discarded = path.wstring() + L"." + std::to_wstring(GetCurrentProcessId()) + L"-" +
                                    std::to_wstring(count++) + L".discarded";
-    return MoveFileExW(path.c_str(), discarded.c_str(), 0) != 0 && DeleteFileW(discarded.c_str()) != 0;
-  } catch (...) {
-    return false;
+    if (MoveFileExW(path.c_str(), discarded.c_str(), 0) != 0) {
+      DeleteFileW(discarded.c_str());
+    }
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the file stays
   }
 }
 

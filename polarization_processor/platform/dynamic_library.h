@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 namespace nerova_zel {
 
 /** A library loaded at run time; NULL is none. */
@@ -9,9 +7,9 @@ using ModuleHandle = void*;
 
 /**
  * Loads the companion library of that module name; the platform adds the ending of its file. Returns NULL when it
- * cannot be loaded. Throws std::bad_alloc.
+ * cannot be loaded. The name has 64 characters at most.
  */
-ModuleHandle load_module(const std::string& module_name);
+ModuleHandle load_module(const char* module_name) noexcept;
 
 /** Address of an exported name, or NULL. */
 void* find_entry(ModuleHandle module, const char* name) noexcept;

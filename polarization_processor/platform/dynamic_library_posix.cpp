@@ -1,7 +1,9 @@
 #include <dlfcn.h>
 
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/dynamic_library.h"
 #include "platform/elf_file_posix.h"
@@ -10,39 +12,27 @@ namespace nerova_zel {
 
 namespace {
 
-char own_path[PATH_MAX];  // empty when unknown
+/** Where this library was loaded from, absolute and with its last slash; empty when unknown. */
+char own_directory[PATH_MAX];
 
 // As the library is loaded: a relative path would mean another place once the program changes its working directory.
-__attribute__((constructor)) void find_own_path() {
+__attribute__((constructor)) void find_own_directory() {
   Dl_info info = {};
-  if (dladdr(own_path, &info) == 0 || info.dli_fname == nullptr || realpath(info.dli_fname, own_path) == nullptr) {
-    own_path[0] = '\0';
-  }
-}
-
-/** The directory this library was loaded from, absolute and with its last slash; empty when unknown. */
-std::string own_directory() {
-  std::string path = own_path;
-  path.erase(path.rfind('/') + 1);  // no slash: npos + 1 == 0, all of it
-  return path;
+  const bool found = dladdr(own_directory, &info) != 0 && realpath(info.dli_fname, own_directory) != nullptr;
+  *(found ? std::strrchr(own_directory, '/') + 1 : own_directory) = '\0';
 }
 
 }  // namespace
 
 // Companions are installed beside the library, where the ordinary search does not look on these platforms.
-ModuleHandle load_module(const std::string& module_name) {
-  const std::string file_name = module_name + ".so";
-  const std::string directory = own_directory();
-  if (!directory.empty()) {
-    const std::string path = directory + file_name;
-    if (!is_whole_library(path.c_str())) {
-      return nullptr;
-    }
-    if (ModuleHandle module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-      return module;
-    }
+ModuleHandle load_module(const char* module_name) noexcept {
+  char path[sizeof(own_directory) + 68];
+  std::snprintf(path, sizeof(path), "%s%s.so", own_directory, module_name);
+  if (!is_whole_library(path)) {
+    return nullptr;
   }
-  return dlopen(file_name.c_str(), RTLD_NOW | RTLD_LOCAL);
+  ModuleHandle const module = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+  return module != nullptr ? module : dlopen(path + std::strlen(own_directory), RTLD_NOW | RTLD_LOCAL);
 }
 
 void* find_entry(ModuleHandle module, const char* name) noexcept { return dlsym(module, name); }

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <cstdio>
+
 #include "platform/dynamic_library.h"
 
 namespace nerova_zel {
@@ -20,10 +22,11 @@ class NoMessageBox {
 
 }  // namespace
 
-ModuleHandle load_module(const std::string& module_name) {
-  const std::string file_name = module_name + ".dll";
+ModuleHandle load_module(const char* module_name) noexcept {
+  char file_name[69];
+  std::snprintf(file_name, sizeof(file_name), "%s.dll", module_name);
   const NoMessageBox no_message_box;
-  return LoadLibraryA(file_name.c_str());
+  return LoadLibraryA(file_name);
 }
 
 void* find_entry(ModuleHandle module, const char* name) noexcept {

@@ -21,11 +21,7 @@ constexpr std::uint64_t smallest_header = sizeof(Elf64_Ehdr);
 class File {
  public:
   explicit File(const char* path) noexcept : descriptor_(open(path, O_RDONLY | O_CLOEXEC)) {}
-  ~File() {
-    if (descriptor_ >= 0) {
-      close(descriptor_);
-    }
-  }
+  ~File() { close(descriptor_); }
   File(const File&) = delete;
   File& operator=(const File&) = delete;
 
@@ -34,12 +30,11 @@ class File {
     return pread(descriptor_, &value, sizeof(value), static_cast<off_t>(offset)) == static_cast<ssize_t>(sizeof(value));
   }
 
-  /** Of a regular file that could be opened; nothing otherwise. */
+  /** Nothing of a file that could not be opened. */
   std::optional<std::uint64_t> size() const noexcept {
     struct stat status = {};
-    return fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)
-               ? std::optional<std::uint64_t>(static_cast<std::uint64_t>(status.st_size))
-               : std::nullopt;
+    return fstat(descriptor_, &status) == 0 ? std::optional<std::uint64_t>(static_cast<std::uint64_t>(status.st_size))
+                                            : std::nullopt;
   }
 
  private:
@@ -57,9 +52,9 @@ bool is_whole_library(const char* path) noexcept {
   if (*size < smallest_header) {
     return false;
   }
-  ElfW(Ehdr) header;
-  if (!file.read(header, 0) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
-      header.e_phentsize != sizeof(ElfW(Phdr))) {
+  ElfW(Ehdr) header = {};
+  file.read(header, 0);
+  if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 || header.e_phentsize != sizeof(ElfW(Phdr))) {
     return true;
   }
   for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
@@ -67,7 +62,8 @@ bool is_whole_library(const char* path) noexcept {
     if (!file.read(segment, header.e_phoff + i * sizeof(segment))) {
       return false;
     }
-    if (segment.p_filesz > *size || segment.p_offset > *size - segment.p_filesz) {
+    const std::uint64_t end = std::uint64_t{segment.p_offset} + segment.p_filesz;
+    if (end > *size || end < segment.p_filesz) {  // the sum of damaged numbers may wrap
       return false;
     }
   }

@@ -17,7 +17,7 @@ bool Formatter::write(char* text, std::size_t size, const char* format, std::va_
   const locale_t before = uselocale(static_cast<locale_t>(locale_));  // of this thread; without a locale no change
   const int length = std::vsnprintf(text, size, format, arguments);
   uselocale(before);
-  return length >= 0 && static_cast<std::size_t>(length) < size;
+  return static_cast<std::size_t>(length) < size;  // a failure, which is negative, becomes too long
 }
 
 }  // namespace nerova_zel

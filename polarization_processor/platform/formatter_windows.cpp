@@ -16,7 +16,8 @@ Formatter::~Formatter() {
 // Not the compiler's own formatter, which asks for the program's locale. Without a locale this one does so too.
 bool Formatter::write(char* text, std::size_t size, const char* format, std::va_list arguments) const noexcept {
   const int length = _vsnprintf_l(text, size, format, static_cast<_locale_t>(locale_), arguments);
-  return length >= 0 && static_cast<std::size_t>(length) < size;  // a text that fills it has no terminating zero
+  // A text that fills it has no terminating zero. A failure, which is negative, becomes too long.
+  return static_cast<std::size_t>(length) < size;
 }
 
 }  // namespace nerova_zel

@@ -203,14 +203,6 @@ LoadedLibrary& Arrangement::library() {
     copy_library(library_path(), path, {});
     library_.emplace(path);
     watch_allocations(path);
-#if defined(_WIN32)
-    // Its first exception makes the runtime keep memory for the thread, which is not the library's to give back.
-    {
-      const FailingAllocation failing(0, FailingAllocation::Extent::Once);
-      library_->module_initialize();
-    }
-    library_->module_terminate();
-#endif
     watch_counter(path);
   }
   return *library_;

@@ -17,7 +17,7 @@ const std::filesystem::path real_logger = std::filesystem::absolute(NEROVA_LOGGE
 class Logger : public testing::Test {
  protected:
   Logger() : before_(std::filesystem::current_path()) {
-    std::filesystem::copy_file(real_logger, arrangement.directory() + "/nerova_zel_logger" + module_ending);
+    std::filesystem::copy_file(real_logger, file);
     std::filesystem::current_path(arrangement.directory());
   }
   ~Logger() override { std::filesystem::current_path(before_); }
@@ -43,6 +43,7 @@ class Logger : public testing::Test {
   }
 
   Arrangement arrangement;
+  const std::filesystem::path file = arrangement.directory() + "/nerova_zel_logger" + module_ending;
 
  private:
   const std::filesystem::path before_;
@@ -65,14 +66,19 @@ TEST_F(Logger, ConfigurationThatCannotBeUsedDisturbsNoFrame) {
 
 #if !defined(_WIN32)
 
-TEST_F(Logger, TruncatedFileEndsTheSearch) {
+TEST_F(Logger, OnlyTruncatedFilesEndTheSearch) {
   const LoadedModule elsewhere(NEROVA_LOGGER);  // found by its plain name now, wherever that is searched for
   using Damage = Arrangement::Damage;
   for (const Damage damage : {Damage::CutBehindHeaders, Damage::CutInHeaders, Damage::CutInFirstHeader}) {
     arrangement.damage_logger(damage);
     EXPECT_EQ(logged("").size(), 0U);
   }
-  arrangement.damage_logger(Damage::NoLibrary);
+  for (const Damage damage : {Damage::OtherWordSize, Damage::NoLibrary}) {
+    std::filesystem::copy_file(real_logger, file, std::filesystem::copy_options::overwrite_existing);
+    arrangement.damage_logger(damage);
+    EXPECT_EQ(logged("").size(), 1U);
+  }
+  std::filesystem::remove(file);
   EXPECT_EQ(logged("").size(), 1U);
 }
 

@@ -80,6 +80,7 @@ TEST(Plugins, PluginLackingAnEntryStaysLoadedButIsNeverCalled) {
       EXPECT_EQ(arrangement.library().module_initialize(), 0);
       EXPECT_EQ(arrangement.library().create(&processor), 0);
       EXPECT_TRUE((arrangement.*plugin.loaded)());
+      EXPECT_EQ(TransformCall(processor).run(arrangement.library()), 0);
       EXPECT_EQ(arrangement.library().destroy(processor), 0);
       EXPECT_FALSE((arrangement.*plugin.loaded)());
       EXPECT_EQ(arrangement.journal.take(), Events());

@@ -1,35 +1,73 @@
 // What only systems of this kind can put the logger through.
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
+#include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <fstream>
+#include <optional>
 
 #include "logger/log_directory.h"
 
 namespace {
 
-std::time_t clock_ahead = 0;  // seconds
+/** What the system does from now on. */
+struct System {
+  std::optional<timespec> time;  ///< when the clock stands still
+  int interruptions = 0;         ///< of the next writes
+  std::size_t most_written = SIZE_MAX;
+  bool others_append = false;  ///< a line after each write
+  int disk_result = 0;
+  int disk_calls = 0;
+};
+
+System system_now;
 
 }  // namespace
 
-// Defined here, it serves the logger as well.
-extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* time) noexcept {
+// Defined here, these serve the logger as well.
+#define SERVES_ALL extern "C" __attribute__((visibility("default")))
+
+SERVES_ALL int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const auto result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
-  time->tv_sec += clock == CLOCK_REALTIME ? clock_ahead : 0;
+  if (clock == CLOCK_REALTIME && system_now.time) {
+    *time = *system_now.time;
+  }
   return result;
+}
+
+SERVES_ALL ssize_t write(int file, const void* data, std::size_t size) {
+  if (system_now.interruptions > 0) {
+    --system_now.interruptions;
+    errno = EINTR;
+    return -1;
+  }
+  const ssize_t written = syscall(SYS_write, file, data, std::min(size, system_now.most_written));
+  if (system_now.others_append) {
+    const int other = open("nerova_zel.log", O_WRONLY | O_APPEND);
+    syscall(SYS_write, other, "other\n", 6);
+    close(other);
+  }
+  return written;
+}
+
+SERVES_ALL int fdatasync(int /*file*/) {
+  ++system_now.disk_calls;
+  return system_now.disk_result;
 }
 
 namespace nerova_zel::test {
 namespace {
 
-using Posix = LogDirectory;
+class Posix : public LogDirectory {
+ protected:
+  ~Posix() override { system_now = {}; }
+};
 
 TEST_F(Posix, FullDiskIsAFailureAndNothingElse) {
   configure("file = /dev/full\nmax_size = 10\n");
@@ -39,22 +77,33 @@ TEST_F(Posix, FullDiskIsAFailureAndNothingElse) {
   free_log();
 }
 
-TEST_F(Posix, HalfALineIsTakenBack) {
+TEST_F(Posix, HalfALineIsTakenBackUnlessOthersHaveAppended) {
   configure("pattern = %v\n");
   void* const log = get_log();
-  EXPECT_EQ(write(log, "first"), 0);
-  rlimit before = {};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  rlimit limit = before;
-  limit.rlim_cur = 10;
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-  EXPECT_NE(write(log, "crosses the limit"), 0);
-  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-  std::signal(SIGXFSZ, handler);
-  EXPECT_EQ(write(log, "last"), 0);
+  system_now.most_written = 1;
+  EXPECT_NE(write(log, "lost"), 0);
+  system_now = {};
+  system_now.interruptions = 2;
+  EXPECT_EQ(write(log, ""), 0);
+  EXPECT_EQ(lines_of("nerova_zel.log"), Lines{""});
+  system_now.most_written = 4;
+  system_now.others_append = true;
+  EXPECT_NE(write(log, "half a line"), 0);
   free_log();
-  EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"first", "last"}));
+  EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"", "halfother"}));
+}
+
+TEST_F(Posix, DiskIsWaitedForOnlyWhereAskedFor) {
+  for (const bool disk : {false, true}) {
+    configure(disk ? "flush = disk\n" : "flush = record\n");
+    void* const log = get_log();
+    system_now = {};
+    EXPECT_EQ(write(log, "written"), 0);
+    EXPECT_EQ(system_now.disk_calls, disk ? 1 : 0);
+    system_now.disk_result = -1;
+    EXPECT_EQ(write(log, "written or lost"), disk ? 1 : 0);
+    free_log();
+  }
 }
 
 TEST_F(Posix, RemovedFolderMayComeBack) {
@@ -110,14 +159,19 @@ TEST_F(Posix, ForkedProcessWritesNoneOfItsParentsLines) {
   EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"child", "parent"}));
 }
 
-TEST_F(Posix, BufferIsWrittenWhenTheClockIsSetBack) {
+TEST_F(Posix, BufferIsWrittenAfterASecondAndWhenTheClockIsSetBack) {
   configure("level = 7\nflush = buffer\npattern = %v\n");
   void* const log = get_log();
-  clock_ahead = 3600;
-  EXPECT_EQ(write(log, "1", 7), 0);
-  clock_ahead = 0;
-  EXPECT_EQ(write(log, "2", 7), 0);
-  EXPECT_EQ(numbers_of("nerova_zel.log"), (std::vector<int>{1, 2}));
+  const auto expect_lines_after = [&](std::size_t lines, std::time_t seconds, long nanoseconds) {
+    system_now.time = timespec{seconds, nanoseconds};
+    EXPECT_EQ(write(log, "", 7), 0);
+    EXPECT_EQ(lines_of("nerova_zel.log").size(), lines);
+  };
+  expect_lines_after(0, 1000, 0);
+  expect_lines_after(0, 1000, 999999999);
+  expect_lines_after(3, 1001, 0);
+  expect_lines_after(3, 1001, 1);
+  expect_lines_after(5, 1001, 0);
   free_log();
 }
 
