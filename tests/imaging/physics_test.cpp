@@ -67,7 +67,8 @@ TEST_P(PhysicsOfRoute, EveryPixelIsWithinItsBoundForAllLayoutsAndOrigins) {
       camera.origin_y = origin_y;
       const double full_scale = (1 << camera.bit_depth) - 1;
       const SimulatedScene scene(camera.width, camera.height, {});
-      const LibraryOutputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum, GetParam());
+      const LibraryOutputs outputs =
+          transform_by_library(camera, simulate_frame(scene, camera), output_maximum, GetParam());
       int outside = 0;
       int sharply_bounded = 0;
       std::size_t at = 0;
