@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 
 #include "codec_error.h"
 #include "samples.h"
@@ -221,8 +223,11 @@ class TiffReader {
 }  // namespace
 
 bool is_tiff(const Bytes& bytes) {
-  const auto begins = [&](const char* magic) { return bytes.size() >= 4 && std::memcmp(bytes.data(), magic, 4) == 0; };
-  return begins("II*\0") || begins("MM\0*") || begins("II+\0") || begins("MM\0+");
+  static constexpr std::array<unsigned char, 4> magics[] = {
+      {'I', 'I', '*', 0}, {'M', 'M', 0, '*'}, {'I', 'I', '+', 0}, {'M', 'M', 0, '+'}};
+  return bytes.size() >= 4 && std::any_of(std::begin(magics), std::end(magics), [&](const auto& magic) {
+           return std::equal(magic.begin(), magic.end(), bytes.begin());
+         });
 }
 
 std::vector<std::uint64_t> tiff_pages(const Bytes& bytes, const std::string& name) {

@@ -18,7 +18,7 @@ Bytes inflated(const Bytes& stream, std::size_t size) {
 
 /** Bytes as images may give them: noise, nothing, runs of all lengths, few values, and the deepest codes there are. */
 Bytes block_of(std::mt19937& random, std::size_t size) {
-  const unsigned kind = static_cast<unsigned>(random() % 6);
+  const auto kind = static_cast<unsigned>(random() % 6);
   const unsigned sparse = 1U << random() % 12;
   Bytes bytes(size);
   for (unsigned char& byte : bytes) {
@@ -53,7 +53,7 @@ TEST(FastDeflate, AnInflaterGivesBackEveryBlock) {
     Bytes all;
     Bytes stream;
     FastDeflate deflate(stream);
-    for (unsigned blocks = static_cast<unsigned>(random() % 4); blocks > 0; --blocks) {
+    for (auto blocks = static_cast<unsigned>(random() % 4); blocks > 0; --blocks) {
       const Bytes block = block_of(random, random() % (round % 50 == 0 ? 200000 : 3000));
       deflate.add(block.data(), block.size());
       all.insert(all.end(), block.begin(), block.end());
