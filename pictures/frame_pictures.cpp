@@ -70,8 +70,6 @@ FramePictures::FramePictures(const PictureContent& content, const PictureStyle& 
 
 FramePictures::~FramePictures() = default;
 
-Picture FramePictures::draw(PictureKind kind) {
-  return drawing_->draw(kind);
-}
+Picture FramePictures::draw(PictureKind kind) { return drawing_->draw(kind); }
 
 }  // namespace nerova_zel

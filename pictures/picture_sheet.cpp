@@ -6,8 +6,8 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-#include "azimuth_legend.h"
 #include "azimuth_colours.h"
+#include "azimuth_legend.h"
 #include "sheet_drawing.h"
 #include "text_styles.h"
 
@@ -172,8 +172,7 @@ void SheetPainter::frame_panel(int index) {
   for (int y = 0; y < square; ++y) {
     for (int x = 0; x < square; ++x) {
       const cv::Point from(piece.x + x * piece.width / square, piece.y + y * piece.height / square);
-      page_.at<cv::Vec3b>(detail.y + y, detail.x + x) =
-          bgr(grey(content_.frame.at<std::uint16_t>(from) / end));
+      page_.at<cv::Vec3b>(detail.y + y, detail.x + x) = bgr(grey(content_.frame.at<std::uint16_t>(from) / end));
     }
   }
   draw_frame(page_, detail);

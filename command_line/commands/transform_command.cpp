@@ -38,7 +38,8 @@ struct TransformOptions {
 };
 
 void limit_scale_end(CLI::Option* option) {
-  limit(option->type_name("SHARE"), [](double end) { return end > 0.0 && end <= 1.0; }, "above 0 and at most 1");
+  limit(
+      option->type_name("SHARE"), [](double end) { return end > 0.0 && end <= 1.0; }, "above 0 and at most 1");
 }
 
 std::vector<std::string> endings(const std::vector<OutputFile>& files) {
@@ -82,8 +83,7 @@ void declare_transform(CLI::App& app) {
   TransformRequest& request = options->request;
   CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
   options->frames.declare(command, request);
-  limit(command
-            ->add_option("--output-max", request.output_maximum, "What full scale, 180 degrees and degree 1 map to")
+  limit(command->add_option("--output-max", request.output_maximum, "What full scale, 180 degrees and degree 1 map to")
             ->type_name("N")
             ->capture_default_str(),
         1, 65535);

@@ -120,9 +120,10 @@ std::vector<std::string> CalibrationSeries::doubtful_frames(const PolarizerFit& 
   std::vector<std::string> doubts;
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     if (fit.residual_of_frame(i) > doubtful_residual) {
-      doubts.push_back(formatted("%s departs from the fit by %.1f %% of the source; is its angle of %g degrees right%s?",
-                                 frames_[i].name.c_str(), 100.0 * fit.residual_of_frame(i), angles_[i],
-                                 steady_source ? ", and the source steady" : ""));
+      doubts.push_back(
+          formatted("%s departs from the fit by %.1f %% of the source; is its angle of %g degrees right%s?",
+                    frames_[i].name.c_str(), 100.0 * fit.residual_of_frame(i), angles_[i],
+                    steady_source ? ", and the source steady" : ""));
     }
   }
   return doubts;

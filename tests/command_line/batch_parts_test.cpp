@@ -12,8 +12,7 @@ namespace {
 TEST(Progress, TellsRateAndTimeThatIsLeft) {
   // 40 of 100 finished, of which 30 took work in 10 s: 3 a second, so that 60 take 20 s.
   EXPECT_EQ(progress_line({40, 30, 100, 10.0}, 42), "40 of 100 frames, 3.00 frames/s, 0:20 left");
-  EXPECT_EQ(progress_line({40, 30, 100, 10.0}, 61),
-            "[####......] 40 of 100 frames, 3.00 frames/s, 0:20 left");
+  EXPECT_EQ(progress_line({40, 30, 100, 10.0}, 61), "[####......] 40 of 100 frames, 3.00 frames/s, 0:20 left");
   EXPECT_EQ(progress_line({1, 1, 7300, 1.0}, 50), "1 of 7300 frames, 1.00 frames/s, 2:01:39 left");
   EXPECT_EQ(progress_line({50, 50, std::nullopt, 2.0}, 80), "50 frames, 25.0 frames/s");
   EXPECT_EQ(progress_line({5, 0, 10, 2.0}, 40), "5 of 10 frames");

@@ -57,15 +57,15 @@ TEST_F(ProgramTest, AnInterruptionEndsTheFrameInWorkAndLeavesTheRest) {
         "mkfifo pipe\n"
         "\"$1\" transform -"
         " --raw 37x5 --pixel-format Mono12p --format npy --out results "
-            "--outputs stokes,hv --jobs 1 < pipe > told 2>&1 &\n"
-            "exec 3> pipe\n"
-            "cat two.raw >&3\n"
-            "until [ -e results/stdin_000001_hv.npy ]; do sleep 0.01; done\n"
-            "kill -TERM $!\n"
-            "cat two.raw >&3\n"
-            "exec 3>&-\n"
-            "wait $!\n"
-            "[ $? -eq 143 ] && ls results > listing\n");
+        "--outputs stokes,hv --jobs 1 < pipe > told 2>&1 &\n"
+        "exec 3> pipe\n"
+        "cat two.raw >&3\n"
+        "until [ -e results/stdin_000001_hv.npy ]; do sleep 0.01; done\n"
+        "kill -TERM $!\n"
+        "cat two.raw >&3\n"
+        "exec 3>&-\n"
+        "wait $!\n"
+        "[ $? -eq 143 ] && ls results > listing\n");
   const std::string command = "cd \"" + path("") + "\" && timeout 20 sh script.sh \"" NEROVA_TOOL "\"";
   EXPECT_EQ(std::system(command.c_str()), 0);
   EXPECT_NE(read("told").find("interrupted"), std::string::npos) << read("told");

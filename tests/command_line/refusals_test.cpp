@@ -50,8 +50,8 @@ TEST_F(RefusalTest, FilesCutShort) {
 
 TEST_F(RefusalTest, ImpossibleOptions) {
   ASSERT_EQ(run("simulate s.png --size 16x16 --bit-depth 8").exit_code, 0);
-  EXPECT_EQ(run("transform s.png --bit-depth 8 --output-max 1 --repeat 1 --jobs 1024 --degree-max 1 --out fit").exit_code,
-            0);
+  EXPECT_EQ(
+      run("transform s.png --bit-depth 8 --output-max 1 --repeat 1 --jobs 1024 --degree-max 1 --out fit").exit_code, 0);
   expect_refusal("", {"subcommand"}, 2);
   expect_refusal("transform", {"FRAME"}, 2);
   expect_refusal("transform s.png --layout 30", {"--layout 30", "0, 45, 90 or 135"});

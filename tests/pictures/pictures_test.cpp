@@ -65,8 +65,8 @@ TEST_F(PicturesTest, AzimuthPicturesAndLegendsHaveTheColoursOfTheirScales) {
     ASSERT_EQ(picture.pixels.size(), channels * frame.pixels.size());
     for (int i = 0; i < 90 * 70; ++i) {
       const auto at = static_cast<std::size_t>(i);
-      const Rgb expected = azimuth_colour(style.style, 180.0 * azimuth_[at] / 4095.0 - 90.0,
-                                          degree_[at] / 4095.0 / 0.7, power_[at] / 4095.0 / 0.9);
+      const Rgb expected = azimuth_colour(style.style, 180.0 * azimuth_[at] / 4095.0 - 90.0, degree_[at] / 4095.0 / 0.7,
+                                          power_[at] / 4095.0 / 0.9);
       ASSERT_EQ(pixel_of(picture, i % 90, i / 90), expected) << i;
     }
     // On the legend's rim degree and power are full, and the light is as polarized as the line from the centre points.
@@ -93,8 +93,8 @@ TEST_F(PicturesTest, SheetShowsEveryQuantityInItsColours) {
       RawFrame frame{size, size, 16, 16, {}};
       for (int y = 0; y < size; ++y) {
         for (int x = 0; x < size; ++x) {
-          frame.pixels.push_back(static_cast<std::uint16_t>(
-              std::lround(65535 * light.behind_polarizer(settings_.layout.angle_at(x, y)))));
+          frame.pixels.push_back(
+              static_cast<std::uint16_t>(std::lround(65535 * light.behind_polarizer(settings_.layout.angle_at(x, y)))));
         }
       }
       const Picture sheet = draw(frame, PictureKind::sheet);
@@ -117,8 +117,9 @@ TEST_F(PicturesTest, SheetShowsEveryQuantityInItsColours) {
 TEST_F(PicturesTest, DrawsSheetsOfAnyShape) {
   for (const auto& [width, height] : {std::pair{2, 2}, {2, 900}, {3000, 3}, {5000, 2}, {7, 5}}) {
     SCOPED_TRACE(::testing::Message() << width << " x " << height);
-    const RawFrame frame{width, height, 12, 16,
-                         std::vector<std::uint16_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height))};
+    const RawFrame frame{
+        width, height, 12, 16,
+        std::vector<std::uint16_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height))};
     EXPECT_EQ(draw(frame, PictureKind::sheet).width, 2400);
     EXPECT_EQ(draw(frame, PictureKind::azimuth_picture).width, width);
   }
