@@ -103,7 +103,7 @@ PolarizerFit CalibrationSeries::fit(bool steady_source) const {
     }
     samples.push_back(sample);
   }
-  const PolarizerFit result = fit_polarizers(samples, steady_source);
+  PolarizerFit result = fit_polarizers(samples, steady_source);
   for (std::size_t k = 0; k < 4; ++k) {
     if (std::abs(result.angle_error(k)) > most_turned) {
       const double angle = result.responses[k].angle_degrees();
