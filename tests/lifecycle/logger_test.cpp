@@ -59,11 +59,6 @@ TEST_F(Logger, WritesErrorsAndOnRequestTimes) {
   EXPECT_EQ(logged("level = 7\n").size(), 2U);
 }
 
-TEST_F(Logger, ConfigurationThatCannotBeUsedDisturbsNoFrame) {
-  EXPECT_GT(logged(std::string(1 << 16, '\0') + "=\xFF\n=").size(), 1U);
-  EXPECT_EQ(logged("level = 7\nfile = missing/folder/a.log\n").size(), 0U);
-}
-
 #if !defined(_WIN32)
 
 TEST_F(Logger, OnlyTruncatedFilesEndTheSearch) {

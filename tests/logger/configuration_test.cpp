@@ -1,6 +1,3 @@
-#include <chrono>
-#include <ctime>
-
 #include "logger/log_directory.h"
 
 namespace nerova_zel::test {
@@ -96,20 +93,6 @@ TEST_F(Configuration, PatternDecidesTheLine) {
   free_log();
   EXPECT_EQ(lines_of("nerova_zel.log"),
             Lines{"[    2] M   |source.cpp|sourc|D:\\suite\\source.cpp:0|    M     |fun|function|{} %s%\t"});
-}
-
-TEST_F(Configuration, TimesAreThePresent) {
-  configure("pattern = %E %Y\n");
-  const auto now = [] { return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()); };
-  const std::time_t before = now();
-  EXPECT_EQ(write(get_log(), ""), 0);
-  free_log();
-  const Lines lines = lines_of("nerova_zel.log");
-  ASSERT_EQ(lines.size(), 1U);
-  const auto time = static_cast<std::time_t>(std::stoll(lines[0]));
-  EXPECT_GE(time, before);
-  EXPECT_LE(time, now());
-  EXPECT_EQ(std::stoi(lines[0].substr(lines[0].find(' '))), 1900 + std::gmtime(&time)->tm_year);
 }
 
 }  // namespace

@@ -159,6 +159,14 @@ TEST_F(Posix, ForkedProcessWritesNoneOfItsParentsLines) {
   EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"child", "parent"}));
 }
 
+TEST_F(Posix, TimesAreInUtcToTheMillisecond) {
+  configure("pattern = %Y-%m-%dT%H:%M:%S.%e %E\n");
+  system_now.time = timespec{1709251199, 999999999};
+  EXPECT_EQ(write(get_log(), ""), 0);
+  free_log();
+  EXPECT_EQ(lines_of("nerova_zel.log"), Lines{"2024-02-29T23:59:59.999 1709251199"});
+}
+
 TEST_F(Posix, BufferIsWrittenAfterASecondAndWhenTheClockIsSetBack) {
   configure("level = 7\nflush = buffer\npattern = %v\n");
   void* const log = get_log();
