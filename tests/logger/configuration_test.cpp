@@ -39,7 +39,7 @@ TEST_F(Configuration, MissingFileAndSampleMeanTheDefaults) {
 TEST_F(Configuration, IsReadHoweverItIsWritten) {
   configure(
       "\xEF\xBB\xBF"
-      "level=4\r\n\r\n  # a comment\r\n\t file =  a# b.log #another\nlevel = 5\npattern = %l # last");
+      "level=4\r\n\r\n  # a comment\r\n\t file =  a# b.log #another\nlevel = 5\t#five\npattern = %l # last");
   void* const log = get_log();
   EXPECT_EQ(write(log, "wanted", 5), 0);
   EXPECT_EQ(write(log, "not wanted", 6), 1);
