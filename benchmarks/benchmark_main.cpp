@@ -38,6 +38,7 @@ constexpr NamedOutputs output_sets[] = {
     {"diagonal", nerova_zel::output_bit<nerova_zel::DiagonalOutput>},
     {"azimuth", nerova_zel::output_bit<nerova_zel::AzimuthOutput>},
     {"dolp", nerova_zel::output_bit<nerova_zel::DegreeOutput>},
+    {"direction", nerova_zel::output_bit<nerova_zel::AzimuthOutput> | nerova_zel::output_bit<nerova_zel::DegreeOutput>},
     {"five", nerova_zel::all_outputs & ~nerova_zel::output_bit<nerova_zel::NormalizedStokesOutput>},
     {"all", nerova_zel::all_outputs},
 };
@@ -118,10 +119,10 @@ class RouteCases {
       : worker_name_(std::move(worker_name)), worker_(worker), route_(std::move(route)) {}
 
   void add_all() const {
-    if (is_one_of(route_, {"library", "library-alone", "sse41", "avx2", "avx512", "cpu-question", "clock"})) {
+    if (is_one_of(route_, {"library", "library-alone", "sse41", "avx2", "avx512", "cpu-question", "clock", "cycles"})) {
       add(output_sets[std::size(output_sets) - 1], smallest, {});
     }
-    if (is_one_of(route_, {"cpu-question", "clock", "library-alone"})) {
+    if (is_one_of(route_, {"cpu-question", "clock", "cycles", "library-alone"})) {
       return;
     }
     if (route_ != "sse2") {

@@ -20,6 +20,7 @@ STYLES = {
     "numpy": ("NumPy and OpenCV", "#aaaaaa", "<"),
     "library": ("fastest, through the C interface", "#7b3294", "x"),
     "stream": ("streaming, plain stores", "black", None),
+    "stream-prefetched": ("streaming, lines fetched ahead", "black", None),
     "stream-uncached": ("streaming, uncached stores", "black", None),
 }
 LABELS = {route: style[0] for route, style in STYLES.items()}
@@ -70,7 +71,7 @@ def throughput(timings, sets, sizes, path):
 def frame_sizes(timings, sides, caches, bytes_per_pixel, path):
     """Time per pixel over the side of square frames, all six outputs; where the caches end."""
     figure, axes = plt.subplots(figsize=(9, 6.2))
-    routes = ("numpy", "opencv", "plain", "sse41", "library", "avx2", "avx512", "stream", "stream-uncached")
+    routes = ("numpy", "opencv", "plain", "sse41", "library", "avx2", "avx512", "stream", "stream-prefetched", "stream-uncached")
     labels = []
     for route in routes:
         found = {side: timings.get(route, "all", f"{side}x{side}") for side in sides}
@@ -78,7 +79,7 @@ def frame_sizes(timings, sides, caches, bytes_per_pixel, path):
         if not found:
             continue
         label, colour, marker = STYLES[route]
-        style = ":" if route == "stream-uncached" else "-"
+        style = {"stream-uncached": ":", "stream-prefetched": "--"}.get(route, "-")
         values = [timing.nanoseconds_per_pixel for timing in found.values()]
         axes.plot(found.keys(), values, color=colour, marker=marker, markersize=4, linestyle=style, linewidth=1.3)
         axes.fill_between(found.keys(), [1000 / t.quartile_rates[1] for t in found.values()],

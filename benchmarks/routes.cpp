@@ -103,6 +103,17 @@ Route without_matrices() {
 
 void ask_processor(const TransformParameters& /*parameters*/) { cpu_has_sse41(); }
 
+/** Takes a thousand cycles: additions, each of which waits for the one before. */
+void count_cycles(const TransformParameters& /*parameters*/) {
+  std::uintptr_t sum = 0;
+  for (int i = 0; i < 100; ++i) {
+    __asm__ volatile(
+        "add %0, %0\n\tadd %0, %0\n\tadd %0, %0\n\tadd %0, %0\n\tadd %0, %0\n\t"
+        "add %0, %0\n\tadd %0, %0\n\tadd %0, %0\n\tadd %0, %0\n\tadd %0, %0"
+        : "+r"(sum));
+  }
+}
+
 void read_clock_twice(const TransformParameters& /*parameters*/) {
   std::int64_t count = 0;
   read_counter(count);
@@ -118,8 +129,10 @@ const std::map<std::string, Route (*)()>& makers() {
       {"library", [] { return library_route(NEROVA_LIBRARY_WITH_PLUGINS); }},
       {"library-alone", [] { return library_route(NEROVA_LIBRARY_ALONE); }},
       {"cpu-question", without_matrices<ask_processor>},
+      {"cycles", without_matrices<count_cycles>},
       {"clock", without_matrices<read_clock_twice>},
       {"stream", without_matrices<stream_frame>},
+      {"stream-prefetched", without_matrices<stream_frame_prefetched>},
       {"stream-uncached", without_matrices<stream_frame_uncached>},
       {"plain", without_matrices<plain_loop>},
 #ifdef NEROVA_OPENCV_PEER

@@ -16,7 +16,9 @@ using Route = std::function<void(const TransformParameters& parameters, MatrixRo
  * library, library-alone: through the C interface, plugins beside the library or none, never a logger; default
  * calibration, whatever the matrices.
  * cpu-question, clock: nothing but what the library asks of the processor and of the clock once in every call.
- * stream, stream-uncached: reads the frame, writes as many bytes as the outputs have, computes nothing.
+ * cycles: a thousand cycles of the processor.
+ * stream, stream-prefetched, stream-uncached: reads the frame, writes as many bytes as the outputs have, computes
+ * nothing; see streaming_limit.h.
  * plain: a per-pixel loop as users write it. opencv: the functions of OpenCV, one thread.
  * Throws std::runtime_error for a route that is unknown or does not run here.
  */

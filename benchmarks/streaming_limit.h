@@ -4,10 +4,16 @@
 
 namespace nerova_zel::benchmark {
 
-/** Reads every sample of the frame and writes every byte of the outputs, row by row; the bytes mean nothing. */
+// Read every sample of the frame and write every byte of the outputs, 32 pixels at a time; the bytes mean nothing.
+// Samples are fetched 4 KiB ahead.
+
+/** Plain stores. */
 void stream_frame(const TransformParameters& parameters);
 
-/** The same, with stores that bypass the caches. */
+/** Stores that bypass the caches. */
 void stream_frame_uncached(const TransformParameters& parameters);
+
+/** Plain stores to lines that were fetched ahead for writing, as the plugins do. */
+void stream_frame_prefetched(const TransformParameters& parameters);
 
 }  // namespace nerova_zel::benchmark

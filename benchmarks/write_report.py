@@ -10,15 +10,13 @@ import sys
 import cv2
 import numpy
 
+import attainable_rate
 import figures
 import machine
 import readme_section
-from timings import Timings
+from attainable_rate import LARGE, SETS, SMALL, name_of, table
+from timings import STREAMS, Timings
 
-SETS = {"power": "total power", "hv": "horizontal/\nvertical", "diagonal": "diagonal", "azimuth": "azimuth",
-        "dolp": "degree of\npolarization", "stokes": "normalized\nStokes", "five": "the five\n16-bit ones",
-        "all": "all six"}
-LARGE, SMALL = "2448x2048", "640x64"
 SIZES = {LARGE: "2448 x 2048", SMALL: "640 x 64, in the second-level cache"}
 OURS = ("avx512", "avx2", "sse41", "sse2")
 PLUGINS = OURS[:2]
@@ -26,15 +24,6 @@ PEERS = ("plain", "opencv", "numpy")
 SIDES = [2**power for power in range(4, 14)]
 BYTES_PER_PIXEL = 20  # a sample, two floats and five 16-bit values
 GROWTH = 1.15  # what counts as a knee between one side and the next
-
-
-def table(heads, rows):
-    lines = ["| " + " | ".join(row) + " |" for row in (heads, ["---"] + ["---:"] * (len(heads) - 1), *rows)]
-    return "\n".join(lines) + "\n"
-
-
-def name_of(outputs):
-    return SETS[outputs].replace("/\n", "/").replace("\n", " ")
 
 
 def ratio(numerator, denominator):
@@ -53,7 +42,7 @@ class Report:
     def rates(self, size):
         """Median, quartiles and the fastest round of every route."""
         get = self.timings.get
-        routes = ["stream", "stream-uncached", *self.ours, *self.peers]
+        routes = [*STREAMS, *self.ours, *self.peers]
 
         def cell(route, outputs):
             timing = get(route, outputs, size)
@@ -69,11 +58,6 @@ class Report:
         rows = [[name_of(outputs), *(column(outputs, size) for size in (LARGE, SMALL) for column in columns.values())]
                 for outputs in SETS]
         return table(heads, rows)
-
-    def against_limit(self):
-        return self.ratio_table({
-            figures.LABELS[route]: lambda outputs, size, route=route: ratio(
-                self.timings.get(route, outputs, size), self.timings.limit(outputs, size)) for route in self.fast})
 
     def against_built_in(self):
         return self.ratio_table({
@@ -108,7 +92,7 @@ class Report:
                 self.timings.get(route, outputs, size, worker=worker)) for route in self.fast})
 
     def sizes(self):
-        routes = ["stream", "stream-uncached", *self.fast, "library", *self.peers]
+        routes = [*STREAMS, *self.fast, "library", *self.peers]
 
         def cell(route, side):
             timing = self.timings.get(route, "all", f"{side}x{side}")
@@ -121,7 +105,7 @@ class Report:
     def knees(self):
         """One line for each step of the side at which a route's time per pixel changes, and what changes there."""
         caches = machine.caches()
-        routes = [*self.plugins, "sse41", "stream", "stream-uncached"]
+        routes = [*self.plugins, "sse41", *STREAMS]
         lines = []
         for small, large in zip(SIDES, SIDES[1:]):
             changes = {}
@@ -215,8 +199,10 @@ quartiles, behind them in the two tables of rates the fastest round. The noise: 
 Load average when the run began, behind a build: {load[0] if load else 0:.2f}. Unless said otherwise the
 output maximum (65535) differs from full scale (4095) and the calibration is the default one.
 
-The streaming limit reads the frame once and writes as many bytes as the outputs have, row by row, and computes nothing:
-once with plain stores, once with stores that bypass the caches. Where one limit is meant, it is the faster of the two.
+The streaming limit reads the frame once and writes as many bytes as the outputs have, 32 pixels at a time, and computes
+nothing: with plain stores, with plain stores to lines that were fetched ahead for writing, and with stores that bypass the
+caches. Where one limit is meant, it is the fastest of the three. The attainable rate of a route is what that limit allows
+and what the route itself makes of the same rows in its caches, 640 x 64, whichever is lower.
 The peers agree with the library to rounding; `benchmarks/peers/check_peers.py` checks it before they are timed. They
 are a per-pixel loop in C++ (`-O3 -march=native`), OpenCV's functions from C++, and NumPy with OpenCV from Python; one
 thread each.{left_out}
@@ -235,9 +221,9 @@ thread each.{left_out}
 
 Between fastest rounds: what else goes on in a machine only ever takes time away, and on this one it often does.
 
-Of the streaming limit:
+Share of the attainable rate, behind Mpixel/s of 2448 x 2048 and in cache:
 
-{self.against_limit()}
+{attainable_rate.shares(self.timings)}
 Times as fast as the built-in SSE4.1 form:
 
 {self.against_built_in()}
@@ -294,8 +280,14 @@ Kept in the plugins, because it measured better:
 - Where S1 and S2 are differences of samples, signs in place of comparisons in the arctangent, the squares that the
   degree needs anyway in place of magnitudes, and a negated argument in place of a negated result.
 - Clamping results after they are narrowed to 16 bits, one instruction for two vectors.
-- Prefetching the lines that a row will write 32 steps from now: 5 % on all
-  six outputs, more on the Stokes pair alone.
+- Prefetching the lines that a row will write, 5 % on all six outputs, more on the Stokes pair alone: 8 steps from now
+  instead of 32, 2 to 4 % where measured on Cascade Lake, nothing on Emerald Rapids.
+- Prefetching the partner row 4 KiB ahead: on Emerald Rapids 15 % on the total power, up to 5 % on the rest; on Cascade Lake 13 to
+  58 %.
+- Two steps at a time where registers suffice: with AVX-512 for up to three 16-bit outputs, 0 to 12 %, but 4 to 6 % slower on the
+  five and on all six; with AVX2 for all but the sets with the Stokes pair and three others, 4 to 17 %, but 6 % slower on those.
+  Of custom weights for single 16-bit outputs only, up to 11 %; 7 to 18 % slower on the Stokes pair and on more outputs.
+- A row in one call, its last step in the same loop; short copies at the ends of rows without a call.
 - Samples as the floats 2^23 + sample, made by putting 0x4B00 above their 16 bits, so that differences need no
   conversion; custom weights multiply them by a fused operation that takes the shift away again.
 - That fused operation for one or two 16-bit outputs only: the shift's shares of more weights would take up registers,
@@ -306,11 +298,14 @@ Kept in the plugins, because it measured better:
   one shuffle more. 8 % faster than columns in the order in which results are narrowed on all six outputs and on the
   five, 5 to 15 % on single ones. With AVX2, which blends, 10 to 15 % on one or two 16-bit outputs of the default
   calibration; 2 % slower on all six, and 15 % on custom weights, for which the registers do not suffice.
-- Stokes pairs stored past the caches where their image takes 8 MiB or more, with AVX-512 by whole lines: 15 to 30 % on
-  all six outputs and up to twice as fast on the pairs alone while memory is busy, no difference in quiet moments.
+- Stokes pairs stored past the caches, with AVX-512 by whole lines, where that is faster. It depends on the machine: on Cascade
+  Lake plain stores were up to 1.9 times as fast; on Emerald Rapids the two are even up to 6 megapixels, and from 9
+  on stores past the caches 1.2 to 1.9 times as fast. So 16 rows of each are timed, twice, in every frame of a megapixel or
+  more: within 1 to 4 % of the better form.
 - With AVX-512 a reciprocal's argument moved whole to the registers that the estimate knows: 1 to 5 %.
 - The compiler's ordering of instructions before it gives out registers, in 64 bits: 4 to 11 % on all six outputs and 5
-  to 10 % on custom weights. In 32 bits, with eight registers, all six were 11 % slower.
+  to 10 % on custom weights. In 32 bits, with eight registers, all six were 11 % slower. Without regard to how many registers
+  are left only for AVX-512 and the default calibration, up to 2 %; with AVX2 and two steps at a time 9 to 18 % slower.
 
 Not kept:
 
@@ -333,7 +328,7 @@ def main():
     figures.frame_sizes(timings, SIDES, machine.caches(), BYTES_PER_PIXEL, directory / "frame-sizes.svg")
     report = Report(timings)
     (directory / "performance.md").write_text(report.text())
-    readme_section.update(pathlib.Path(sys.argv[3]), readme_section.section(timings, SETS, LARGE, SMALL, report.spread()))
+    readme_section.update(pathlib.Path(sys.argv[3]), readme_section.section(timings))
 
 
 if __name__ == "__main__":

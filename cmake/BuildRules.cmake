@@ -58,7 +58,7 @@ add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 add_compile_options(-ffp-contract=off)
 
 if(NEROVA_SANITIZE)
-  add_compile_options(-fsanitize=${NEROVA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${NEROVA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The inserted checks hide from GCC that standard headers initialise what they read.
     add_compile_options(-Wno-maybe-uninitialized)
@@ -100,9 +100,9 @@ set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
 if(NEROVA_FUZZ)
   # No coverage either: the code has no decisions that an input could lead to.
   set(nerova_lanes_flags -O1 -g1 "SHELL:-mllvm -asan-stack=0" -fno-sanitize=fuzzer-no-link
-    -fno-sanitize=alignment,null,object-size,pointer-overflow)
+    -fno-sanitize=null,object-size,pointer-overflow)
 elseif(NEROVA_SANITIZE)
-  # The second flag lets GCC leave the wide registers clean.
+  # The second flag makes GCC leave the wide registers clean.
   set(nerova_lanes_flags -O1 -fexpensive-optimizations -g0 -fno-sanitize=all)
 endif()
 

@@ -107,7 +107,7 @@ class Description {
     if (end == std::string::npos) {
       broken();
     }
-    const std::string value = text_.substr(at_, end - at_);
+    std::string value = text_.substr(at_, end - at_);
     at_ = end + 1;
     return value;
   }
@@ -118,7 +118,7 @@ class Description {
     while (at_ < text_.size() && std::isalpha(static_cast<unsigned char>(text_[at_])) != 0) {
       ++at_;
     }
-    const std::string value = text_.substr(start, at_ - start);
+    std::string value = text_.substr(start, at_ - start);
     if (value != "True" && value != "False") {
       broken();
     }

@@ -29,7 +29,9 @@ void TiffMemory::open(const char* mode) {
   }
   TIFFOpenOptionsSetErrorHandlerExtR(options, &on_error, this);
   TIFFOpenOptionsSetWarningHandlerExtR(options, &on_warning, this);
-  TIFFOpenOptionsSetMaxSingleMemAlloc(options, tmsize_t{1} << 30U);  // a tag's or strip's size may be a lie
+  if (input_ != nullptr) {  // the size of a tag or strip may be a lie
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, (tmsize_t{1} << 26U) + 2 * static_cast<tmsize_t>(input_->size()));
+  }
   tiff_ = TIFFClientOpenExt(
       "", mode, this,
       [](thandle_t self, void* room, tmsize_t count) { return static_cast<TiffMemory*>(self)->read(room, count); },

@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 
 #include "codec_error.h"
 #include "samples.h"
@@ -180,8 +182,8 @@ class TiffReader {
     const auto tile_height = static_cast<std::size_t>(field<std::uint32_t>(TIFFTAG_TILELENGTH, 0));
     const tmsize_t size = TIFFTileSize(tiff());
     const std::size_t row_bytes = packed_bytes(tile_width);
-    // Edges of tiles reach beyond the image, but not tiles as large as that.
-    constexpr std::size_t largest = std::size_t{1} << 30U;
+    // Edges of tiles reach beyond the image, but a small image in vast tiles is a lie.
+    const std::size_t largest = std::max<std::size_t>(std::size_t{1} << 26U, 8 * page.pixels.size());
     if (size <= 0 || tile_width == 0 || tile_height == 0 || row_bytes > largest / tile_height ||
         static_cast<std::size_t>(size) != row_bytes * tile_height) {
       fail();
@@ -221,8 +223,11 @@ class TiffReader {
 }  // namespace
 
 bool is_tiff(const Bytes& bytes) {
-  const auto begins = [&](const char* magic) { return bytes.size() >= 4 && std::memcmp(bytes.data(), magic, 4) == 0; };
-  return begins("II*\0") || begins("MM\0*") || begins("II+\0") || begins("MM\0+");
+  static constexpr std::array<unsigned char, 4> magics[] = {
+      {'I', 'I', '*', 0}, {'M', 'M', 0, '*'}, {'I', 'I', '+', 0}, {'M', 'M', 0, '+'}};
+  return bytes.size() >= 4 && std::any_of(std::begin(magics), std::end(magics), [&](const auto& magic) {
+           return std::equal(magic.begin(), magic.end(), bytes.begin());
+         });
 }
 
 std::vector<std::uint64_t> tiff_pages(const Bytes& bytes, const std::string& name) {

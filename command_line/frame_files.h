@@ -9,7 +9,8 @@
 
 namespace nerova_zel {
 
-/** Reads a PNG, TIFF, binary PGM or NPY file of grey pixels, the first page of several. Throws Failure or CodecError. */
+/** Reads a PNG, TIFF, binary PGM or NPY file of grey pixels, the first page of several. Throws Failure or CodecError.
+ */
 RawFrame read_picture(const std::string& path);
 
 /**

@@ -8,10 +8,10 @@ namespace nerova_zel {
 /** Failures that a program can add advice to, because the remedy is a setting of its own. */
 enum class Fact {
   other,
-  library_not_loaded,    ///< nothing can be computed without the polarization processor library
-  file_length,           ///< a headerless file does not hold one frame of 8- or 16-bit pixels
-  bit_depth_too_great,   ///< a pixel has fewer bits than are to be used
-  value_too_great,       ///< a pixel has a value above the full scale of the bit depth
+  library_not_loaded,   ///< nothing can be computed without the polarization processor library
+  file_length,          ///< a headerless file does not hold one frame of 8- or 16-bit pixels
+  bit_depth_too_great,  ///< a pixel has fewer bits than are to be used
+  value_too_great,      ///< a pixel has a value above the full scale of the bit depth
   region_beyond_frame,
   wrong_orientation,  ///< polarizers are found at angles that the layout does not have
 };

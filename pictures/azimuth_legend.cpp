@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "angles.h"
-#include "colour_maps.h"
+#include "azimuth_colours.h"
 #include "text_styles.h"
 
 namespace nerova_zel {
@@ -14,8 +14,8 @@ void draw_wheel(cv::Mat& page, cv::Point centre, int radius, bool whole, Azimuth
     for (int x = -radius; x <= radius; ++x) {
       const double distance = std::hypot(x, y);
       const double cover = std::clamp(radius + 0.5 - distance, 0.0, 1.0);
-      const cv::Vec3b colour = azimuth_colour(style, std::atan2(-y, x) * 180.0 / pi, distance / radius, 1.0);
-      cover_pixel(page, {centre.x + x, centre.y + y}, colour, cover);
+      const Rgb colour = azimuth_colour(style, std::atan2(-y, x) * 180.0 / pi, distance / radius, 1.0);
+      cover_pixel(page, {centre.x + x, centre.y + y}, scalar(colour), cover);
     }
   }
   const int away = radius + 12;

@@ -7,8 +7,8 @@
 #include <opencv2/imgproc.hpp>
 
 #include "angles.h"
+#include "azimuth_colours.h"
 #include "calibration/fit_text.h"
-#include "colour_maps.h"
 #include "drawn_picture.h"
 #include "sheet_drawing.h"
 #include "text_styles.h"
@@ -28,7 +28,7 @@ const cv::Scalar grid_colour(225, 225, 225);
 const TextStyle number_style{19.0, 0.1, {40, 40, 40}, Align::right};
 
 cv::Scalar colour_of(std::size_t polarizer) {
-  return azimuth_colour(AzimuthStyle::dark, 45.0 * static_cast<double>(polarizer), 0.78, 1.0);
+  return scalar(azimuth_colour(AzimuthStyle::dark, 45.0 * static_cast<double>(polarizer), 0.78, 1.0));
 }
 
 /** 1, 2 or 5 times a power of ten, at least `value`. */

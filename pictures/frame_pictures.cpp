@@ -2,8 +2,8 @@
 
 #include <optional>
 
+#include "azimuth_colours.h"
 #include "azimuth_legend.h"
-#include "azimuth_picture.h"
 #include "drawn_picture.h"
 #include "picture_images.h"
 #include "picture_sheet.h"
@@ -13,20 +13,34 @@ namespace nerova_zel {
 
 class FramePictures::Drawing {
  public:
-  Drawing(const PictureContent& content, const PictureStyle& style) : images_(content), style_(style) {}
+  Drawing(const PictureContent& content, const PictureStyle& style)
+      : content_(content), images_(content), style_(style) {}
 
-  cv::Mat draw(PictureKind kind) {
+  Picture draw(PictureKind kind) {
     switch (kind) {
       case PictureKind::azimuth_picture:
-        return draw_azimuth_picture(images_, style_.azimuth, scales());
+        return azimuth_picture();
       case PictureKind::azimuth_legend:
-        return draw_azimuth_legend(style_.azimuth, scales());
+        return drawn_picture([&] { return draw_azimuth_legend(style_.azimuth, scales()); });
       default:
-        return draw_sheet(images_, planes(), style_.azimuth, scales());
+        return drawn_picture([&] { return draw_sheet(images_, planes(), style_.azimuth, scales()); });
     }
   }
 
  private:
+  /** A pixel for each of the frame, as docs/pictures.md defines it to the last bit. */
+  Picture azimuth_picture() {
+    const PictureScales ends = scales();
+    const OutputImages& outputs = content_.outputs;
+    Picture picture{outputs.width(), outputs.height(), {}};
+    const std::size_t pixels = static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
+    picture.pixels.resize(3 * pixels);
+    AzimuthColours(style_.azimuth, {content_.output_maximum, ends.degree, ends.power})
+        .paint(outputs.values(Output::azimuth), outputs.values(Output::dolp), outputs.values(Output::power), pixels,
+               picture.pixels.data());
+    return picture;
+  }
+
   const SheetPlanes& planes() {
     if (!planes_) {
       planes_ = make_planes(images_, sheet_panel());
@@ -45,6 +59,7 @@ class FramePictures::Drawing {
     return scales;
   }
 
+  const PictureContent& content_;
   const PictureImages images_;
   const PictureStyle& style_;
   std::optional<SheetPlanes> planes_;
@@ -55,8 +70,6 @@ FramePictures::FramePictures(const PictureContent& content, const PictureStyle& 
 
 FramePictures::~FramePictures() = default;
 
-Picture FramePictures::draw(PictureKind kind) {
-  return drawn_picture([&] { return drawing_->draw(kind); });
-}
+Picture FramePictures::draw(PictureKind kind) { return drawing_->draw(kind); }
 
 }  // namespace nerova_zel

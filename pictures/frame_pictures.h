@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "azimuth_style.h"
+#include "azimuth_colours.h"
 #include "frames/mosaic_layout.h"
 #include "frames/raw_frame.h"
 #include "picture.h"

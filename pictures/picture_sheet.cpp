@@ -6,8 +6,8 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "azimuth_colours.h"
 #include "azimuth_legend.h"
-#include "colour_maps.h"
 #include "sheet_drawing.h"
 #include "text_styles.h"
 
@@ -44,7 +44,7 @@ class SheetPainter {
   cv::Mat paint();
 
  private:
-  using PixelColour = std::function<cv::Vec3b(int x, int y)>;
+  using PixelColour = std::function<Rgb(int x, int y)>;
 
   cv::Rect begin_panel(int index, const std::string& title, const std::string& note, const PixelColour& colour);
   cv::Rect light_panel(int index, const std::string& title, const std::string& note, const cv::Mat& plane, double end,
@@ -105,7 +105,7 @@ cv::Rect SheetPainter::begin_panel(int index, const std::string& title, const st
   page_(box).setTo(empty_colour);
   for (int y = 0; y < size.height; ++y) {
     for (int x = 0; x < size.width; ++x) {
-      page_.at<cv::Vec3b>(area.y + y, area.x + x) = colour(x, y);
+      page_.at<cv::Vec3b>(area.y + y, area.x + x) = bgr(colour(x, y));
     }
   }
   draw_frame(page_, box);
@@ -125,11 +125,8 @@ void SheetPainter::signed_panel(int index, const std::string& title, const std::
                                 const std::string& negative, const std::string& positive) {
   const cv::Rect room =
       begin_panel(index, title, note, [&](int x, int y) { return diverging(plane.at<float>(y, x) / scales_.degree); });
-  std::vector<Tick> ticks;
-  for (int i = -2; i <= 2; ++i) {
-    const double value = scales_.degree * i / 2.0;
-    ticks.push_back({(i + 2) / 4.0, (i > 0 ? "+" : "") + short_number(value)});
-  }
+  const auto label = [](double value) { return (value > 0.0 ? "+" : "") + short_number(value); };
+  const std::vector<Tick> ticks = even_ticks(-scales_.degree, scales_.degree, 4, label);
   draw_colour_bar(
       page_, {room.x, room.y, room.width, 30}, [](double place) { return diverging(2.0 * place - 1.0); }, ticks,
       tick_style);
@@ -143,10 +140,7 @@ void SheetPainter::degree_panel(int index) {
   const cv::Rect room =
       begin_panel(index, "Degree of linear polarization", "sqrt(S1*S1 + S2*S2) / P",
                   [&](int x, int y) { return sequential(planes_.degree.at<float>(y, x) / scales_.degree); });
-  std::vector<Tick> ticks;
-  for (int i = 0; i <= 4; ++i) {
-    ticks.push_back({i / 4.0, short_number(scales_.degree * i / 4.0)});
-  }
+  const std::vector<Tick> ticks = even_ticks(0.0, scales_.degree, 4, short_number);
   draw_colour_bar(page_, {room.x, room.y, room.width, 30}, sequential, ticks, tick_style);
   draw_text(page_, "0 unpolarized, 1 fully polarized", {room.x, room.y + 92}, note_style);
 }
@@ -178,7 +172,7 @@ void SheetPainter::frame_panel(int index) {
   for (int y = 0; y < square; ++y) {
     for (int x = 0; x < square; ++x) {
       const cv::Point from(piece.x + x * piece.width / square, piece.y + y * piece.height / square);
-      page_.at<cv::Vec3b>(detail.y + y, detail.x + x) = grey(content_.frame.at<std::uint16_t>(from) / end);
+      page_.at<cv::Vec3b>(detail.y + y, detail.x + x) = bgr(grey(content_.frame.at<std::uint16_t>(from) / end));
     }
   }
   draw_frame(page_, detail);
@@ -213,7 +207,7 @@ void SheetPainter::layout_icon(const cv::Rect& area) {
     for (const int column : {0, 1}) {
       const cv::Rect box(area.x + column * cell, area.y + row * cell, cell, cell);
       const int angle = content_.layout.angle_at(content_.origin.x + column, content_.origin.y + row);
-      page_(box).setTo(cv::Scalar(hue(angle)) * 0.35 + cv::Scalar::all(255 * 0.65));
+      page_(box).setTo(scalar(hue(angle)) * 0.35 + cv::Scalar::all(255 * 0.65));
       draw_frame(page_, box);
       TextStyle centred = tick_style;
       centred.align = Align::centre;

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <opencv2/imgproc.hpp>
 
-#include "colour_maps.h"
 #include "text_styles.h"
 
 namespace nerova_zel {
@@ -101,11 +100,11 @@ void draw_text(cv::Mat& page, const std::string& text, cv::Point at, const TextS
   }
 }
 
-void draw_colour_bar(cv::Mat& page, const cv::Rect& area, const std::function<cv::Vec3b(double)>& colour_at,
+void draw_colour_bar(cv::Mat& page, const cv::Rect& area, const std::function<Rgb(double)>& colour_at,
                      const std::vector<Tick>& ticks, const TextStyle& style) {
   for (int x = 0; x < area.width; ++x) {
-    const cv::Vec3b colour = colour_at(static_cast<double>(x) / (area.width - 1));
-    page(cv::Rect(area.x + x, area.y, 1, area.height)).setTo(cv::Scalar(colour));
+    const Rgb colour = colour_at(static_cast<double>(x) / (area.width - 1));
+    page(cv::Rect(area.x + x, area.y, 1, area.height)).setTo(scalar(colour));
   }
   draw_frame(page, area);
   for (const Tick& tick : ticks) {
@@ -121,13 +120,19 @@ void draw_colour_bar(cv::Mat& page, const cv::Rect& area, const std::function<cv
   }
 }
 
-void draw_light_bar(cv::Mat& page, const cv::Rect& area, double end, int steps, const TextStyle& style) {
+std::vector<Tick> even_ticks(double from, double to, int steps, const std::function<std::string(double)>& label) {
   std::vector<Tick> ticks;
   for (int i = 0; i <= steps; ++i) {
     const double place = static_cast<double>(i) / steps;
-    ticks.push_back({place, short_number(100.0 * end * place) + " %"});
+    ticks.push_back({place, label(from + (to - from) * place)});
   }
-  draw_colour_bar(page, area, grey, ticks, style);
+  return ticks;
+}
+
+std::string percent(double value) { return short_number(value) + " %"; }
+
+void draw_light_bar(cv::Mat& page, const cv::Rect& area, double end, int steps, const TextStyle& style) {
+  draw_colour_bar(page, area, grey, even_ticks(0.0, 100.0 * end, steps, percent), style);
 }
 
 std::string short_number(double value) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "colour_tables.h"
+
 namespace nerova_zel {
 
 enum class Align { left, centre, right };
@@ -17,6 +19,10 @@ struct TextStyle {
   cv::Scalar colour = {60, 60, 60};
   Align align = Align::left;
 };
+
+/** In the order of channels that pages have. */
+inline cv::Vec3b bgr(const Rgb& colour) { return {colour.blue, colour.green, colour.red}; }
+inline cv::Scalar scalar(const Rgb& colour) { return bgr(colour); }
 
 /** A mark under a colour bar: its place from 0 (left end) to 1 and its words. */
 struct Tick {
@@ -32,8 +38,14 @@ void draw_text(cv::Mat& page, const std::string& text, cv::Point at, const TextS
 int text_width(const std::string& text, const TextStyle& style);
 
 /** A horizontal colour bar over `area`, which is filled from colour_at(0) to colour_at(1), with ticks below. */
-void draw_colour_bar(cv::Mat& page, const cv::Rect& area, const std::function<cv::Vec3b(double)>& colour_at,
+void draw_colour_bar(cv::Mat& page, const cv::Rect& area, const std::function<Rgb(double)>& colour_at,
                      const std::vector<Tick>& ticks, const TextStyle& style);
+
+/** `steps` + 1 marks at even distances, with the labels of values from `from` to `to`. */
+std::vector<Tick> even_ticks(double from, double to, int steps, const std::function<std::string(double)>& label);
+
+/** "12.5 %". */
+std::string percent(double value);
 
 /** The bar of greys for light from 0 to `end`, a share of full scale, in `steps` steps. */
 void draw_light_bar(cv::Mat& page, const cv::Rect& area, double end, int steps, const TextStyle& style);

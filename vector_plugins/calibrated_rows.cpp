@@ -8,8 +8,8 @@ namespace {
 
 /**
  * The weights of one row of the matrices for vector i of a step; columns as in CalibrationMatrix.
- * Fused: (sample + 2^23) * weight - 2^23 * weight, rounded once. Equal to sample * weight but for the sign of a zero, and
- * only for ordinary weights.
+ * Fused: (sample + 2^23) * weight - 2^23 * weight, rounded once. Equal to sample * weight but for the sign of a zero,
+ * and only for ordinary weights.
  */
 template <class Step, bool fused>
 struct Weights {
@@ -77,8 +77,9 @@ void calibrated_row(const TransformParameters& images, const FrameConstants& con
   // The signs of zeros are seen in quotients, which are not among few results; more results leave the shifts' shares no
   // registers.
   constexpr bool fused = ordinary && few_results(outputs);
-  compute_stretch<Step, equal_maximum, outputs, streams_pairs, Rules>(images, constants, stretch,
-                                                                      CalibratedSource<Step, ordinary, fused>(stretch));
+  constexpr bool two_at_a_time = enough_registers && ordinary && results_only(outputs, 1);
+  compute_stretch<Step, equal_maximum, outputs, streams_pairs, two_at_a_time, Rules>(
+      images, constants, stretch, CalibratedSource<Step, ordinary, fused>(stretch));
 }
 
 struct CalibratedRows {

@@ -31,7 +31,9 @@ struct DefaultSource {
 template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
 void default_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = DefaultRules<Float>;
-  compute_stretch<StepFor<few_results(outputs)>, equal_maximum, outputs, streams_pairs, Rules>(
+  constexpr bool two_at_a_time =
+      enough_registers && count_results(outputs) <= most_results_of_two_steps(has_pairs(outputs));
+  compute_stretch<StepFor<few_results(outputs)>, equal_maximum, outputs, streams_pairs, two_at_a_time, Rules>(
       images, constants, stretch, DefaultSource<NEROVA_FIRST_ANGLE>());
 }
 

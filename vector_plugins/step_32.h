@@ -111,5 +111,8 @@ struct Step32 {
 template <bool few_results>
 using StepFor = Step32;
 
+/** Up to how many 16-bit outputs two steps are computed at a time, without calibration. */
+constexpr unsigned most_results_of_two_steps(bool /*pairs*/) { return 3; }
+
 }  // namespace
 }  // namespace nerova_zel

@@ -1,10 +1,12 @@
 #include "wide_frame.h"
 
-#include <xmmintrin.h>
+#include <x86intrin.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "kernels/shared/compute_pixel.h"
 #include "kernels/shared/default_calibration.h"
@@ -18,7 +20,7 @@ namespace {
 constexpr std::size_t cache_line = 64;
 constexpr std::size_t pair_bytes = 2 * sizeof(float);
 
-/** From here on an image of Stokes pairs, 8 MiB, takes less time when it bypasses the caches. */
+/** Smaller images of Stokes pairs, below 8 MiB, belong into the caches. */
 constexpr std::size_t fewest_streamed_pixels = std::size_t{1} << 20U;
 
 /** A reciprocal as the sum of two floats. */
@@ -56,12 +58,29 @@ bool ordinary_weights(const TransformParameters& parameters, MatrixRow matrices)
   return true;
 }
 
+/** Copies 4 bytes or more, an even number; for the few of a step without a call. */
+void copy_short(void* to, const void* from, std::size_t bytes) {
+  auto* const target = static_cast<char*>(to);
+  const auto* const source = static_cast<const char*>(from);
+  const auto copy = [&](auto size) {
+    for (std::size_t i = 0; i + size < bytes; i += size) {
+      std::memcpy(target + i, source + i, size);
+    }
+    std::memcpy(target + bytes - size, source + bytes - size, size);
+  };
+  if (bytes >= 16) {
+    copy(std::integral_constant<std::size_t, 16>());
+  } else {
+    copy(std::integral_constant<std::size_t, 4>());
+  }
+}
+
 /** The last samples of a row, mirrored at its right edge: a step and the right partner of its last pixel. */
 struct RowEnd {
   std::uint16_t samples[largest_step + 1] = {};
 
   void copy(const std::uint16_t* from, std::size_t count) {
-    std::memcpy(samples, from, count * sizeof(std::uint16_t));
+    copy_short(samples, from, count * sizeof(std::uint16_t));
     samples[count] = samples[count - 2];
   }
 };
@@ -81,7 +100,7 @@ class StepOutputs {
     Outputs::for_each([&](auto output) {
       constexpr std::size_t elements = output.is_pair ? 2 : 1;
       if (auto* const image = images.*output.image) {
-        std::memcpy(image + elements * first_pixel, place(output), elements * pixels * sizeof(*image));
+        copy_short(image + elements * first_pixel, place(output), elements * pixels * sizeof(*image));
       }
     });
   }
@@ -108,6 +127,40 @@ struct RowCode {
   static RowCode of(const WideRowTable& table, unsigned selection, bool streams) {
     return {table.rows[selection], streams ? table.streaming_rows[selection] : nullptr};
   }
+};
+
+/**
+ * Whether stores past the caches are faster depends on the machine, and neither its model nor the sizes of its caches
+ * tell. So the first rows of a frame try both forms in turns, by the processor's own clock.
+ */
+class StoreTrial {
+ public:
+  /** Whether a row is to be streamed. Asked once for each row, from the first on. */
+  bool streams(std::size_t y) {
+    if (y % rows_of_turn == 0 && y <= turns * rows_of_turn) {
+      begin_turn(y / rows_of_turn);
+    }
+    return streams_;
+  }
+
+ private:
+  static constexpr std::size_t rows_of_turn = 16;
+  static constexpr std::size_t turns = 4;
+
+  void begin_turn(std::size_t turn) {
+    const std::uint64_t now = __rdtsc();
+    if (turn != 0) {
+      fastest_[streams_ ? 1 : 0] = std::min(fastest_[streams_ ? 1 : 0], now - begin_);
+    }
+    begin_ = now;
+    // Images that stay in the caches are found there by who reads them.
+    constexpr std::uint64_t clearly = 32;
+    streams_ = turn < turns ? turn % 2 != 0 : fastest_[1] + fastest_[1] / clearly < fastest_[0];
+  }
+
+  bool streams_ = false;
+  std::uint64_t begin_ = 0;
+  std::uint64_t fastest_[2] = {UINT64_MAX, UINT64_MAX};  ///< ticks of a turn: plain, streamed
 };
 
 /** One row with its partner row: the one below, or the one above for the last row. */
@@ -158,31 +211,42 @@ class WideFrame {
       compute_by_pixels();
       return;
     }
-    // The end of a row is copied a row ahead of its use: read at once, it would have to wait for the copy.
-    RowEnd ends[2];
-    copy_end(0, ends[0]);
-    for (std::size_t y = 0; y < height_; ++y) {
-      if (y + 1 < height_) {
-        copy_end(y + 1, ends[(y + 1) % 2]);
-      }
-      const Row row = make_row(y);
-      const RowEnd& own_end = ends[y % 2];
-      const RowEnd& partner_end = ends[(y + 1) % 2];
-      if (narrow_) {
-        compute_narrow(row, own_end, partner_end);
-      } else {
-        compute_wide(row, own_end, partner_end);
-      }
+    if (narrow_) {
+      compute_narrow_rows();
+    } else {
+      compute_wide_rows();
     }
     if (width_ % 2 != 0 || height_ % 2 != 0) {
       compute_pixel(height_ - 1, width_ - 1);
     }
-    if (code_[0].streaming != nullptr) {
-      _mm_sfence();
-    }
   }
 
  private:
+  /** The ends of a row and of its partner row, copied a row ahead of their use: read at once, they would have to wait.
+   */
+  class RowEnds {
+   public:
+    explicit RowEnds(const WideFrame& frame) : frame_(frame) { copy(0); }
+
+    /** Rows from the first to the last; then both() is valid for this row. */
+    void advance_to(std::size_t y) {
+      if (y + 1 < frame_.height_) {
+        copy(y + 1);
+      }
+    }
+    const std::uint16_t* own(std::size_t y) const { return ends_[y % 2].samples; }
+    const std::uint16_t* partner(std::size_t y) const { return ends_[(y + 1) % 2].samples; }
+
+   private:
+    void copy(std::size_t y) {
+      const std::size_t count = std::min(frame_.width_, frame_.step_pixels_);
+      ends_[y % 2].copy(frame_.parameters_.input + (y + 1) * frame_.width_ - count, count);
+    }
+
+    const WideFrame& frame_;
+    RowEnd ends_[2];
+  };
+
   Row make_row(std::size_t y) const {
     const std::size_t partner = y + 1 < height_ ? y + 1 : y - 1;
     return {y,
@@ -192,16 +256,6 @@ class WideFrame {
             code_[y % 2],
             matrices_[2 * (y % 2)],
             matrices_[2 * (y % 2) + 1]};
-  }
-
-  void stretch(const Row& row, WideRow code, const std::uint16_t* own, const std::uint16_t* partner,
-               std::size_t first_column, std::size_t pixels) const {
-    code(parameters_, constants_, {own, partner, row.element + first_column, pixels, row.even_matrix, row.odd_matrix});
-  }
-
-  void copy_end(std::size_t y, RowEnd& end) const {
-    const std::size_t count = std::min(width_, step_pixels_);
-    end.copy(parameters_.input + (y + 1) * width_ - count, count);
   }
 
   std::uintptr_t pair_address(const Row& row, std::size_t column) const {
@@ -226,34 +280,66 @@ class WideFrame {
     return beyond_line == 0 ? 0 : step_pixels_ - beyond_line / pair_bytes;
   }
 
-  /** Whole steps while their right partners lie in the row; the last step overlaps the one before. */
-  void compute_wide(const Row& row, const RowEnd& own_end, const RowEnd& partner_end) const {
-    const std::size_t first = first_column(row);
-    if (first != 0) {
-      stretch(row, row.code.plain, row.own, row.partner, 0, step_pixels_);
+  void compute_wide_rows() const {
+    RowEnds ends(*this);
+    StoreTrial trial;
+    for (std::size_t y = 0; y < height_; ++y) {
+      ends.advance_to(y);
+      Row row = make_row(y);
+      if (row.code.streaming != nullptr && !trial.streams(y)) {
+        row.code.streaming = nullptr;
+      }
+      compute_steps(row, ends);
+      if (width_ % 2 != 0) {
+        compute_pixel(y, width_ - 1);
+      }
     }
-    const std::size_t whole_steps = (width_ - 1 - first) / step_pixels_ * step_pixels_;
-    if (whole_steps != 0) {
-      stretch(row, code_from(row, first), row.own + first, row.partner + first, first, whole_steps);
+    if (code_[0].streaming != nullptr) {
+      _mm_sfence();
     }
-    if (width_ % 2 == 0) {
-      const std::size_t x = width_ - step_pixels_;
-      stretch(row, code_from(row, x), own_end.samples, partner_end.samples, x, step_pixels_);
-      return;
-    }
-    if (first + whole_steps != width_ - 1) {
-      const std::size_t x = width_ - 1 - step_pixels_;
-      stretch(row, code_from(row, x), row.own + x, row.partner + x, x, step_pixels_);
-    }
-    compute_pixel(row.y, width_ - 1);
   }
 
-  /** A row shorter than a step, computed beside the images and copied into them. */
-  void compute_narrow(const Row& row, const RowEnd& own_end, const RowEnd& partner_end) const {
+  /** Whole steps while their right partners lie in the row; the last step overlaps the one before. */
+  void compute_steps(const Row& row, const RowEnds& ends) const {
+    RowStretch stretch = {row.own, row.partner, row.element, step_pixels_, row.even_matrix, row.odd_matrix, {}};
+    const std::size_t first = first_column(row);
+    if (first != 0) {
+      row.code.plain(parameters_, constants_, stretch);
+      stretch.own += first;
+      stretch.partner += first;
+      stretch.element += first;
+    }
+    const std::size_t whole_steps = (width_ - 1 - first) / step_pixels_ * step_pixels_;
+    stretch.pixels = whole_steps;
+    const bool width_even = width_ % 2 == 0;
+    const std::size_t last_column = width_ - (width_even ? 0 : 1) - step_pixels_;
+    const WideRow code = code_from(row, first);
+    const WideRow last_code = code_from(row, last_column);
+    if (code != last_code) {
+      code(parameters_, constants_, stretch);
+      stretch.pixels = 0;
+    }
+    // One by one: the row reads each by itself, and would have to wait for what two of them were stored together.
+    if (first + whole_steps != last_column + step_pixels_) {
+      stretch.last.own = width_even ? ends.own(row.y) : row.own + last_column;
+      stretch.last.partner = width_even ? ends.partner(row.y) : row.partner + last_column;
+      stretch.last.x = last_column - first;
+    }
+    last_code(parameters_, constants_, stretch);
+  }
+
+  /** Rows shorter than a step, computed beside the images and copied into them. */
+  void compute_narrow_rows() const {
+    RowEnds ends(*this);
     StepOutputs outputs;
-    row.code.plain(outputs.in_place_of(parameters_), constants_,
-                   {own_end.samples, partner_end.samples, 0, step_pixels_, row.even_matrix, row.odd_matrix});
-    outputs.copy_to(parameters_.images, row.element, width_);
+    const TransformParameters redirected = outputs.in_place_of(parameters_);
+    for (std::size_t y = 0; y < height_; ++y) {
+      ends.advance_to(y);
+      const Row row = make_row(y);
+      row.code.plain(redirected, constants_,
+                     {ends.own(y), ends.partner(y), 0, step_pixels_, row.even_matrix, row.odd_matrix, {}});
+      outputs.copy_to(parameters_.images, row.element, width_);
+    }
   }
 
   void compute_by_pixels() const {

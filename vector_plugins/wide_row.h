@@ -16,17 +16,25 @@ struct FrameConstants {
   float half_turn_reciprocal_remainder;
 };
 
+/** A step whose samples need not lie behind those of the steps before. It may overlap them. */
+struct LastStep {
+  const std::uint16_t* own;  ///< NULL: there is none
+  const std::uint16_t* partner;
+  std::size_t x;  ///< of its first pixel, from the first of the stretch
+};
+
 /**
- * A stretch of one row, beginning at an even column, a multiple of the step long. One sample more is read of both
- * rows: the right partners of the last pixel.
+ * A stretch of one row, beginning at an even column: whole steps, and perhaps a last one. One sample more is read of
+ * both rows than there are pixels: the right partners of the last pixel.
  */
 struct RowStretch {
   const std::uint16_t* own;              ///< samples of the row
   const std::uint16_t* partner;          ///< samples of the row below, or above for the last row
   std::size_t element;                   ///< of the first pixel in the outputs
-  std::size_t pixels;                    ///< a multiple of the step
+  std::size_t pixels;                    ///< a multiple of the step, or 0
   const CalibrationMatrix* even_matrix;  ///< for even columns
   const CalibrationMatrix* odd_matrix;
+  LastStep last;
 };
 
 /** Computes a stretch into the images. Leaves the upper halves of the vector registers clean. */
@@ -43,7 +51,8 @@ struct WideRowTable {
    * before others may read them; only for selections with pairs.
    */
   WideRow streaming_rows[pixel_selection_count];
-  std::size_t step_pixels;  ///< that the code computes at a time; even, the same for all tables of a plugin
+  std::size_t step_pixels;  ///< that the code computes at a time; even, at most largest_step, the same for all tables
+                            ///< of a plugin
 };
 
 /**

@@ -17,11 +17,23 @@ using Float = StepFor<false>::Float;
 
 constexpr bool has_pairs(OutputSet outputs) { return (outputs & output_bit<NormalizedStokesOutput>) != 0; }
 
-/** Whether the outputs are at most two of the 16-bit ones. */
-constexpr bool few_results(OutputSet outputs) {
-  const auto without_last = [](OutputSet set) { return set & (set - 1); };
-  return !has_pairs(outputs) && without_last(without_last(outputs)) == 0;
+/** How many of the outputs are of 16 bits. */
+constexpr unsigned count_results(OutputSet outputs) {
+  unsigned count = 0;
+  for (OutputSet left = outputs & ~output_bit<NormalizedStokesOutput>; left != 0; left &= left - 1) {
+    ++count;
+  }
+  return count;
 }
+
+/** Whether the outputs are at most this many of the 16-bit ones. */
+constexpr bool results_only(OutputSet outputs, unsigned most) {
+  return !has_pairs(outputs) && count_results(outputs) <= most;
+}
+constexpr bool few_results(OutputSet outputs) { return results_only(outputs, 2); }
+
+/** Eight vector registers, those of 32-bit code, do not suffice for two steps at a time. */
+constexpr bool enough_registers = sizeof(void*) == 8;
 
 /** Outputs of the first vector of a step, until the second one's join them; pairs only where they do. */
 struct PendingOutputs {
@@ -36,10 +48,19 @@ struct PendingOutputs {
 template <std::size_t bytes>
 NEROVA_INLINE void prepare_to_write(const void* to) {
   constexpr std::size_t line = 64;
-  constexpr std::size_t distance = 32 * bytes;
+  constexpr std::size_t distance = 8 * bytes;
   for (std::size_t offset = 0; offset < bytes; offset += line) {
     __builtin_prefetch(static_cast<const char*>(to) + distance + offset, 1);
   }
+}
+
+/**
+ * Asks for samples of the partner row, which no step has read before. By so many bytes because processors do not fetch
+ * ahead from one page into the next by themselves. May run past the end of the frame.
+ */
+NEROVA_INLINE void prepare_to_read(const std::uint16_t* samples) {
+  constexpr std::size_t distance = 4096;
+  __builtin_prefetch(reinterpret_cast<const char*>(samples) + distance);
 }
 
 /** Where the results of vector 0 or 1 of a step go. */
@@ -105,22 +126,58 @@ struct StepSamples {
   typename Step::Samples partner;
 };
 
-/** Walks a stretch. Source gives the Stokes parameters of vector i of a step. */
-template <class Step, bool equal_maximum, OutputSet outputs, bool streams_pairs, class Rules, class Source>
+/**
+ * Walks a stretch. Source gives the Stokes parameters of vector i of a step. Two steps at a time where that leaves
+ * enough registers: the instructions of one fill the waits of the other.
+ */
+template <class Step, bool equal_maximum, OutputSet outputs, bool streams_pairs, bool two_at_a_time, class Rules,
+          class Source>
 NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const FrameConstants& constants,
-                                   const RowStretch& stretch, const Source& source) {
+                                   const RowStretch& row_stretch, const Source& source) {
   const auto rules = make_rules<Rules>(constants);
   const OutputMaximum maximum(constants.output_maximum);
-  // A copy the stores below cannot alias, so that the pointers in it stay in registers.
+  // Copies the stores below cannot alias, so that the pointers in them stay in registers.
   const OutputImages images = parameters.images;
-  for (std::size_t x = 0; x < stretch.pixels; x += Step::pixels) {
-    const StepSamples<Step> samples = {Step::load(stretch.own + x), Step::load(stretch.partner + x)};
+  const RowStretch stretch = row_stretch;
+  const std::uint16_t* own = stretch.own;
+  const std::uint16_t* partner = stretch.partner;
+  const auto load = [&]() __attribute__((always_inline)) {
+    prepare_to_read(partner);
+    const StepSamples<Step> samples = {Step::load(own), Step::load(partner)};
+    own += Step::pixels;
+    partner += Step::pixels;
+    return samples;
+  };
+  const auto compute = [&](const StepSamples<Step>& samples, std::size_t x) __attribute__((always_inline)) {
     PendingOutputs waiting;
     const std::size_t element = stretch.element + x;
     compute_outputs<equal_maximum, outputs>(
         rules, source.stokes(samples, 0), StepTarget<Step, Rules, streams_pairs, 0>{images, maximum, element, waiting});
     compute_outputs<equal_maximum, outputs>(
         rules, source.stokes(samples, 1), StepTarget<Step, Rules, streams_pairs, 1>{images, maximum, element, waiting});
+  };
+  std::size_t x = 0;
+  if constexpr (two_at_a_time) {
+    for (; x + Step::pixels < stretch.pixels; x += 2 * Step::pixels) {
+      const StepSamples<Step> first = load();
+      const StepSamples<Step> second = load();
+      compute(first, x);
+      compute(second, x + Step::pixels);
+    }
+  }
+  std::size_t end = stretch.pixels;
+  for (bool last = stretch.last.own == nullptr;; last = true) {
+    for (; x < end; x += Step::pixels) {
+      compute(load(), x);
+    }
+    if (last) {
+      return;
+    }
+    // By the same code once more, so that there is only one copy of it.
+    own = stretch.last.own;
+    partner = stretch.last.partner;
+    x = stretch.last.x;
+    end = x + Step::pixels;
   }
 }
 

@@ -12,7 +12,7 @@ namespace nerova_zel {
  */
 class PartialFile {
  public:
-  explicit PartialFile(const std::filesystem::path& place);
+  explicit PartialFile(std::filesystem::path place);
 
   /** Removes what was not published. */
   ~PartialFile();

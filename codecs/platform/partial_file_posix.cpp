@@ -48,7 +48,7 @@ int open_alone(const char* path) {
 
 }  // namespace
 
-PartialFile::PartialFile(const std::filesystem::path& place) : place_(place) {}
+PartialFile::PartialFile(std::filesystem::path place) : place_(std::move(place)) {}
 
 PartialFile::PartialFile(PartialFile&& other) noexcept
     : place_(std::move(other.place_)),

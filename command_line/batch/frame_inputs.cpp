@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <set>
 
-#include "failure.h"
 #include "batch/frame_reader.h"
 #include "batch/input_files.h"
+#include "failure.h"
 
 namespace nerova_zel {
 

@@ -1,5 +1,7 @@
 #include "batch/input_files.h"
 
+#include <fnmatch.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
@@ -14,27 +16,12 @@ namespace {
 namespace fs = std::filesystem;
 
 /** Whether `name` fits a pattern of *, ? and characters that stand for themselves. */
-bool matches(const char* pattern, const char* name) {
-  const char* after_star = nullptr;
-  const char* name_at_star = nullptr;
-  while (*name != '\0') {
-    if (*pattern == '*') {
-      after_star = ++pattern;
-      name_at_star = name;
-    } else if (*pattern == '?' || *pattern == *name) {
-      ++pattern;
-      ++name;
-    } else if (after_star != nullptr) {
-      pattern = after_star;  // let the last star take one character more
-      name = ++name_at_star;
-    } else {
-      return false;
-    }
+bool matches(const std::string& pattern, const std::string& name) {
+  std::string literal;  // brackets would name sets of characters
+  for (const char c : pattern) {
+    literal += c == '[' ? "[[]" : std::string(1, c);
   }
-  while (*pattern == '*') {
-    ++pattern;
-  }
-  return *pattern == '\0';
+  return fnmatch(literal.c_str(), name.c_str(), FNM_NOESCAPE) == 0;
 }
 
 /** Files in a folder that `accepts`, by name. */
@@ -78,7 +65,7 @@ std::vector<std::string> expand_argument(const std::string& argument, bool heade
     return {argument};
   }
   std::vector<std::string> files =
-      files_in(path.parent_path(), [&](const std::string& name) { return matches(pattern.c_str(), name.c_str()); });
+      files_in(path.parent_path(), [&](const std::string& name) { return matches(pattern, name); });
   if (files.empty()) {
     throw Failure("no file fits the pattern " + argument + ".");
   }

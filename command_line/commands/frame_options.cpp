@@ -28,7 +28,7 @@ void add_layout(CLI::App* command, MosaicLayout& layout) {
     const auto known = std::find(names.begin(), names.end(), text);
     if (known == names.end()) {
       if (!parse_number(text)) {
-        throw CLI::ConversionError("--layout", {text});
+        throw CLI::ConversionError("--layout", std::vector<std::string>{text});
       }
       throw Failure("--layout " + text + " is no polarizer of the mosaic; it must be " + spoken(names) + ".");
     }
@@ -76,13 +76,12 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
                    "standard input")
       ->type_name("FILE")
       ->required();
-  headerless_.declare(
-      command,
-      "Files hold headerless pixels, frames of this size, WxH. Without --pixel-format a file is one "
-      "frame: one byte a pixel, or two with the low byte first, as its length says",
-      "How headerless pixels lie in bytes, in files of any number of frames: Mono8, Mono10, Mono12, "
-      "Mono16 (16 bits, low byte first), Mono10p, Mono12p (streams of bits), Mono12Packed. Frames of a "
-      "file of several are told apart by number: STEM_000000_power.png");
+  headerless_.declare(command,
+                      "Files hold headerless pixels, frames of this size, WxH. Without --pixel-format a file is one "
+                      "frame: one byte a pixel, or two with the low byte first, as its length says",
+                      "How headerless pixels lie in bytes, in files of any number of frames: Mono8, Mono10, Mono12, "
+                      "Mono16 (16 bits, low byte first), Mono10p, Mono12p (streams of bits), Mono12Packed. Frames of a "
+                      "file of several are told apart by number: STEM_000000_power.png");
   add_layout(command, request.layout);
   add_origin(command, request.origin, "frame's top-left pixel");
   const auto parse = [](const std::string& text) { return std::optional(parse_region(text)); };
@@ -92,12 +91,10 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
   add_bit_depth(command, request.bit_depth,
                 "Significant bits of a pixel; else by the pixel format, for PGM by the greatest value, otherwise 8 "
                 "or 16 by the file");
-  limit(command
-            ->add_option("--jobs", jobs_, "How many frames to work on at once; else as many as there are cores")
+  limit(command->add_option("--jobs", jobs_, "How many frames to work on at once; else as many as there are cores")
             ->type_name("N"),
         1, most_jobs);
-  command
-      ->add_option("--calibration", request.calibration_file, "Calibration file that calibrate has written")
+  command->add_option("--calibration", request.calibration_file, "Calibration file that calibrate has written")
       ->type_name("FILE");
   command
       ->add_option("--library", request.library,

@@ -18,8 +18,6 @@ constexpr std::array<std::pair<const char*, PictureKind>, 3> picture_names = {
      {"azimuth-picture", PictureKind::azimuth_picture},
      {"azimuth-legend", PictureKind::azimuth_legend}}};
 
-const char* name_of(AzimuthStyle style) { return azimuth_styles[static_cast<std::size_t>(style)].first; }
-
 std::string ending_of(PictureKind kind, AzimuthStyle style) {
   const std::string azimuth = std::string("_azimuth_") + name_of(style);
   switch (kind) {

@@ -13,10 +13,10 @@
 #include "failure.h"
 #include "file_set.h"
 #include "frame_files.h"
-#include "tiff_file.h"
 #include "option_declarations.h"
 #include "option_values.h"
 #include "simulation/simulated_frame.h"
+#include "tiff_file.h"
 
 namespace nerova_zel {
 
@@ -109,8 +109,9 @@ void run_simulate(const SimulateOptions& options) {
   }
   files.commit();
   std::cout << options.file << ": " << camera.width << " x " << camera.height << ", " << camera.bit_depth
-            << "-bit, layout " << camera.layout.angle_at(0, 0)
-            << "; transform it with: " << next_command(options) << '\n' << std::flush;
+            << "-bit, layout " << camera.layout.angle_at(0, 0) << "; transform it with: " << next_command(options)
+            << '\n'
+            << std::flush;
 }
 
 /** Numbers for the four polarizers. */
@@ -143,31 +144,35 @@ void declare_simulate(CLI::App& app) {
             ->type_name("BITS")
             ->capture_default_str(),
         1, 16);
-  limit(command
-            ->add_option("--photons", camera.full_well,
-                         "Photo-electrons that fill a pixel, for shot noise; a usual sensor holds 10000; 0 for none")
-            ->type_name("N")
-            ->capture_default_str(),
-        [](double photons) { return photons >= 0.0 && photons <= 1e12; }, "0 (no shot noise) to 1e12");
+  limit(
+      command
+          ->add_option("--photons", camera.full_well,
+                       "Photo-electrons that fill a pixel, for shot noise; a usual sensor holds 10000; 0 for none")
+          ->type_name("N")
+          ->capture_default_str(),
+      [](double photons) { return photons >= 0.0 && photons <= 1e12; }, "0 (no shot noise) to 1e12");
   command->add_option("--seed", camera.seed, "Start of the noise; the same seed gives the same frame")
       ->type_name("N")
       ->capture_default_str();
-  limit(command->add_option("--index", options->refractive_index, "Refractive index of the sphere")
-            ->type_name("NUMBER")
-            ->capture_default_str(),
-        [](double index) { return index > 1.0 && index <= 10.0; }, "above 1 and at most 10");
-  limit(command
-            ->add_option("--source-angle", options->source_angle,
-                         "In place of the scene, a uniform source behind a linear polarizer at this angle in degrees")
-            ->type_name("DEGREES"),
-        [](double angle) { return std::abs(angle) <= 360.0; }, "-360 to 360 degrees");
-  limit(command
-            ->add_option("--source-power", options->source_power,
-                         "Light of that source, as a share of what fills a pixel behind an aligned polarizer; 0 for a "
-                         "dark frame")
-            ->type_name("SHARE")
-            ->capture_default_str(),
-        [](double power) { return power >= 0.0 && power <= 10.0; }, "0 (no light) to 10");
+  limit(
+      command->add_option("--index", options->refractive_index, "Refractive index of the sphere")
+          ->type_name("NUMBER")
+          ->capture_default_str(),
+      [](double index) { return index > 1.0 && index <= 10.0; }, "above 1 and at most 10");
+  limit(
+      command
+          ->add_option("--source-angle", options->source_angle,
+                       "In place of the scene, a uniform source behind a linear polarizer at this angle in degrees")
+          ->type_name("DEGREES"),
+      [](double angle) { return std::abs(angle) <= 360.0; }, "-360 to 360 degrees");
+  limit(
+      command
+          ->add_option("--source-power", options->source_power,
+                       "Light of that source, as a share of what fills a pixel behind an aligned polarizer; 0 for a "
+                       "dark frame")
+          ->type_name("SHARE")
+          ->capture_default_str(),
+      [](double power) { return power >= 0.0 && power <= 10.0; }, "0 (no light) to 10");
   add_four(command, "--angle-errors", options->angle_errors, -20.0, 20.0, "DEGREES", "0",
            "Degrees by which the sensor's polarizers are turned: one number, or four for 0,45,90,135");
   add_four(command, "--extinction", options->extinctions, 1.0, HUGE_VAL, "NUMBER", "inf",

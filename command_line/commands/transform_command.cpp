@@ -20,6 +20,14 @@ constexpr int repeat_of_lone_frame = 5;
 constexpr std::array<std::pair<const char*, FileFormat>, 3> formats = {
     {{"png", FileFormat::png}, {"tiff", FileFormat::tiff}, {"npy", FileFormat::npy}}};
 
+std::vector<std::pair<const char*, AzimuthStyle>> style_names() {
+  std::vector<std::pair<const char*, AzimuthStyle>> names;
+  for (const NamedAzimuthStyle& style : azimuth_styles) {
+    names.emplace_back(style.name, style.style);
+  }
+  return names;
+}
+
 /** Options as given, and the request that is made of them. */
 struct TransformOptions {
   FrameOptions frames;
@@ -30,7 +38,8 @@ struct TransformOptions {
 };
 
 void limit_scale_end(CLI::Option* option) {
-  limit(option->type_name("SHARE"), [](double end) { return end > 0.0 && end <= 1.0; }, "above 0 and at most 1");
+  limit(
+      option->type_name("SHARE"), [](double end) { return end > 0.0 && end <= 1.0; }, "above 0 and at most 1");
 }
 
 std::vector<std::string> endings(const std::vector<OutputFile>& files) {
@@ -74,8 +83,7 @@ void declare_transform(CLI::App& app) {
   TransformRequest& request = options->request;
   CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
   options->frames.declare(command, request);
-  limit(command
-            ->add_option("--output-max", request.output_maximum, "What full scale, 180 degrees and degree 1 map to")
+  limit(command->add_option("--output-max", request.output_maximum, "What full scale, 180 degrees and degree 1 map to")
             ->type_name("N")
             ->capture_default_str(),
         1, 65535);
@@ -101,7 +109,7 @@ void declare_transform(CLI::App& app) {
   add_choice<FileFormat>(command, "--format", options->format, formats,
                          "Form of the outputs: png, tiff, or npy for arrays");
   add_choice<AzimuthStyle>(
-      command, "--azimuth-style", request.picture_style.azimuth, azimuth_styles,
+      command, "--azimuth-style", request.picture_style.azimuth, style_names(),
       "How azimuth pictures show more than the angle: plain not at all, light by the degree as saturation, "
       "dark by the degree as brightness, composite by the degree as saturation and the power as brightness");
   limit_scale_end(

@@ -63,18 +63,18 @@ FrameReport TransformJob::describe(const std::string& name, const FrameTransform
   report.pixels = frame.pixels.size();
   if (counts.above > 0) {
     report.note = formatted("note: %.1f %% of the pixels of %s exceed %d, the full scale of %d bits.",
-                             percent * counts.above, name.c_str(), full_scale, transformer_.bit_depth());
+                            percent * counts.above, name.c_str(), full_scale, transformer_.bit_depth());
   }
   const double megapixels = static_cast<double>(frame.pixels.size()) / 1e6;
   report.line = formatted("%s: %d x %d, %d-bit, %.1f %% saturated; transform %.2f ms (%.0f Mpixel/s)", name.c_str(),
-                           frame.width, frame.height, transformer_.bit_depth(), percent * counts.saturated, timing.best_ms,
-                           megapixels / timing.best_ms * 1e3);
+                          frame.width, frame.height, transformer_.bit_depth(), percent * counts.saturated,
+                          timing.best_ms, megapixels / timing.best_ms * 1e3);
   if (request_.repeat > 1) {
     report.line += formatted(" at best of %d, %.2f ms (%.0f Mpixel/s) at first", request_.repeat, timing.first_ms,
-                              megapixels / timing.first_ms * 1e3);
+                             megapixels / timing.first_ms * 1e3);
   }
   report.line += formatted("; %zu %s in %s", request_.files.size(), request_.files.size() == 1 ? "file" : "files",
-                            request_.directory.string().c_str());
+                           request_.directory.string().c_str());
   return report;
 }
 

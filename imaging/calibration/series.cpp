@@ -103,7 +103,7 @@ PolarizerFit CalibrationSeries::fit(bool steady_source) const {
     }
     samples.push_back(sample);
   }
-  const PolarizerFit result = fit_polarizers(samples, steady_source);
+  PolarizerFit result = fit_polarizers(samples, steady_source);
   for (std::size_t k = 0; k < 4; ++k) {
     if (std::abs(result.angle_error(k)) > most_turned) {
       const double angle = result.responses[k].angle_degrees();
@@ -120,9 +120,10 @@ std::vector<std::string> CalibrationSeries::doubtful_frames(const PolarizerFit& 
   std::vector<std::string> doubts;
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     if (fit.residual_of_frame(i) > doubtful_residual) {
-      doubts.push_back(formatted("%s departs from the fit by %.1f %% of the source; is its angle of %g degrees right%s?",
-                                 frames_[i].name.c_str(), 100.0 * fit.residual_of_frame(i), angles_[i],
-                                 steady_source ? ", and the source steady" : ""));
+      doubts.push_back(
+          formatted("%s departs from the fit by %.1f %% of the source; is its angle of %g degrees right%s?",
+                    frames_[i].name.c_str(), 100.0 * fit.residual_of_frame(i), angles_[i],
+                    steady_source ? ", and the source steady" : ""));
     }
   }
   return doubts;

@@ -60,8 +60,11 @@ std::uint32_t mix(std::uint32_t hue, std::uint16_t degree, std::uint16_t grey) {
 /** Colours of so many pixels lie in the first cache between the loops, of which the compiler makes vector code. */
 constexpr std::size_t block_pixels = 512;
 
+// What each instruction set gets compiled for itself.
+#define NEROVA_INLINE [[gnu::always_inline]] inline
+
 /** Colours, 3 bytes apart. */
-void store(const std::uint32_t* packed, std::size_t count, std::uint8_t* colours) {
+NEROVA_INLINE void store(const std::uint32_t* packed, std::size_t count, std::uint8_t* colours) {
   for (std::size_t i = 0; i < count; ++i) {
     colours[3 * i] = static_cast<std::uint8_t>(packed[i]);
     colours[3 * i + 1] = static_cast<std::uint8_t>(packed[i] >> 8U);
@@ -70,8 +73,8 @@ void store(const std::uint32_t* packed, std::size_t count, std::uint8_t* colours
 }
 
 template <AzimuthStyle style, class HueAt, class DegreeAt, class GreyAt>
-void paint_pixels(std::size_t count, const HueAt& hue_at, const DegreeAt& degree_at, const GreyAt& grey_at,
-                  std::uint8_t* colours) {
+NEROVA_INLINE void paint_pixels(std::size_t count, const HueAt& hue_at, const DegreeAt& degree_at,
+                                const GreyAt& grey_at, std::uint8_t* colours) {
   std::array<std::uint32_t, block_pixels> packed;  // NOLINT(cppcoreguidelines-pro-type-member-init): written first
   std::array<std::uint16_t, block_pixels> degrees;
   std::array<std::uint16_t, block_pixels> greys;
@@ -79,7 +82,11 @@ void paint_pixels(std::size_t count, const HueAt& hue_at, const DegreeAt& degree
     const std::size_t pixels = std::min(block_pixels, count - first);
     for (std::size_t i = 0; i < pixels; ++i) {
       packed[i] = hue_at(first + i);
+    }
+    for (std::size_t i = 0; i < pixels; ++i) {
       degrees[i] = degree_at(first + i);
+    }
+    for (std::size_t i = 0; i < pixels; ++i) {
       greys[i] = grey_at(first + i);
     }
     for (std::size_t i = 0; i < pixels; ++i) {
@@ -87,6 +94,46 @@ void paint_pixels(std::size_t count, const HueAt& hue_at, const DegreeAt& degree
     }
     store(packed.data(), pixels, colours + 3 * first);
   }
+}
+
+struct Tables {
+  const std::uint32_t* hues;
+  const std::uint8_t* degrees;
+  const std::uint8_t* powers;
+};
+
+struct Images {
+  const std::uint16_t* azimuth;
+  const std::uint16_t* degree;
+  const std::uint16_t* power;
+};
+
+NEROVA_INLINE void paint_style(AzimuthStyle style, const Tables& tables, const Images& images, std::size_t count,
+                               std::uint8_t* colours) {
+  const auto hue_at = [=](std::size_t i) { return tables.hues[images.azimuth[i]]; };
+  const auto degree_at = [=](std::size_t i) { return tables.degrees[images.degree[i]]; };
+  const auto grey_at = [=](std::size_t i) { return tables.powers[images.power[i]]; };
+  const auto nothing = [](std::size_t) { return std::uint8_t{0}; };
+  switch (style) {
+    case AzimuthStyle::plain:
+      return paint_pixels<AzimuthStyle::plain>(count, hue_at, nothing, nothing, colours);
+    case AzimuthStyle::light:
+      return paint_pixels<AzimuthStyle::light>(count, hue_at, degree_at, nothing, colours);
+    case AzimuthStyle::dark:
+      return paint_pixels<AzimuthStyle::dark>(count, hue_at, degree_at, nothing, colours);
+    case AzimuthStyle::composite:
+      return paint_pixels<AzimuthStyle::composite>(count, hue_at, degree_at, grey_at, colours);
+  }
+}
+
+void paint_baseline(AzimuthStyle style, const Tables& tables, const Images& images, std::size_t count,
+                    std::uint8_t* colours) {
+  paint_style(style, tables, images, count, colours);
+}
+
+[[gnu::target("avx2")]] void paint_avx2(AzimuthStyle style, const Tables& tables, const Images& images,
+                                        std::size_t count, std::uint8_t* colours) {
+  paint_style(style, tables, images, count, colours);
 }
 
 /** 0 to 1 as 0 to 255, the steps by which colours are mixed. */
@@ -133,8 +180,10 @@ Rgb azimuth_colour(AzimuthStyle style, double angle_degrees, double degree, doub
   return unpack(pure);
 }
 
-AzimuthColours::AzimuthColours(AzimuthStyle style, const Scales& scales, ChannelOrder order)
-    : style_(style), hues_(table_of<std::uint32_t>(scales.output_maximum, [&](double share) {
+AzimuthColours::AzimuthColours(AzimuthStyle style, const Scales& scales, ChannelOrder order, VectorCode code)
+    : style_(style),
+      avx2_(code == VectorCode::best && __builtin_cpu_supports("avx2") != 0),
+      hues_(table_of<std::uint32_t>(scales.output_maximum, [&](double share) {
         return prepared_hue(style, pack(hue(180.0 * share - 90.0), order));
       })) {
   if (needs_degree()) {
@@ -149,20 +198,9 @@ AzimuthColours::AzimuthColours(AzimuthStyle style, const Scales& scales, Channel
 
 void AzimuthColours::paint(const std::uint16_t* azimuth, const std::uint16_t* degree, const std::uint16_t* power,
                            std::size_t count, std::uint8_t* colours) const {
-  const auto hue_at = [azimuth, table = hues_.data()](std::size_t i) { return table[azimuth[i]]; };
-  const auto degree_at = [degree, table = degrees_.data()](std::size_t i) { return table[degree[i]]; };
-  const auto grey_at = [power, table = powers_.data()](std::size_t i) { return table[power[i]]; };
-  const auto nothing = [](std::size_t) { return std::uint8_t{0}; };
-  switch (style_) {
-    case AzimuthStyle::plain:
-      return paint_pixels<AzimuthStyle::plain>(count, hue_at, nothing, nothing, colours);
-    case AzimuthStyle::light:
-      return paint_pixels<AzimuthStyle::light>(count, hue_at, degree_at, nothing, colours);
-    case AzimuthStyle::dark:
-      return paint_pixels<AzimuthStyle::dark>(count, hue_at, degree_at, nothing, colours);
-    case AzimuthStyle::composite:
-      return paint_pixels<AzimuthStyle::composite>(count, hue_at, degree_at, grey_at, colours);
-  }
+  const Tables tables{hues_.data(), degrees_.data(), powers_.data()};
+  const Images images{azimuth, degree, power};
+  (avx2_ ? paint_avx2 : paint_baseline)(style_, tables, images, count, colours);
 }
 
 }  // namespace nerova_zel

@@ -39,6 +39,9 @@ constexpr const char* name_of(AzimuthStyle style) { return azimuth_styles[static
 /** Which channel of a pixel comes first. */
 enum class ChannelOrder { rgb, bgr };
 
+/** Instructions to paint with: the best that this processor has, or those that all have. The colours are the same. */
+enum class VectorCode { best, baseline };
+
 /**
  * The colour of an angle in degrees, of a degree and of a power, the last two as shares, 0 to 1, of where their scales
  * end; for legends and for pictures of averages.
@@ -59,7 +62,8 @@ class AzimuthColours {
     double power_end = 1.0;      ///< the share of full scale where the power's scale ends, above 0
   };
 
-  AzimuthColours(AzimuthStyle style, const Scales& scales, ChannelOrder order = ChannelOrder::rgb);
+  AzimuthColours(AzimuthStyle style, const Scales& scales, ChannelOrder order = ChannelOrder::rgb,
+                 VectorCode code = VectorCode::best);
 
   /** Whether the images are read; one that is not may be NULL. */
   bool needs_degree() const { return style_ != AzimuthStyle::plain; }
@@ -74,6 +78,7 @@ class AzimuthColours {
 
  private:
   AzimuthStyle style_;
+  bool avx2_;
   std::vector<std::uint32_t> hues_;    ///< by azimuth: a byte for each channel, or what is missing to 255 of it
   std::vector<std::uint8_t> degrees_;  ///< by degree: saturation or brightness
   std::vector<std::uint8_t> powers_;   ///< by power: brightness

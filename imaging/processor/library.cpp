@@ -13,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string default_path() {
-  const std::string file_name = module_file_name("nerova_zel_polarization_processor");
+  std::string file_name = module_file_name("nerova_zel_polarization_processor");
   const fs::path directory = fs::u8path(program_directory());
   for (const fs::path& candidate :
        {directory / NEROVA_WAY_TO_LIBRARY / file_name, directory / ".." / "lib" / file_name, directory / file_name}) {

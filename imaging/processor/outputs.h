@@ -28,7 +28,8 @@ constexpr std::array<OutputDescription, 6> output_table = {
      {Output::power, "power", "total power P", "full scale", OutputElement::uint16, 1},
      {Output::hv, "hv", "S1 where it is positive", "full scale", OutputElement::uint16, 1},
      {Output::diagonal, "diagonal", "S2 where it is positive", "full scale", OutputElement::uint16, 1},
-     {Output::azimuth, "azimuth", "angle of linear polarization plus 90 degrees", "180 degrees", OutputElement::uint16, 1},
+     {Output::azimuth, "azimuth", "angle of linear polarization plus 90 degrees", "180 degrees", OutputElement::uint16,
+      1},
      {Output::dolp, "dolp", "degree of linear polarization", "1", OutputElement::uint16, 1}}};
 
 constexpr const OutputDescription& describe(Output output) { return output_table[static_cast<std::size_t>(output)]; }

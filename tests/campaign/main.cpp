@@ -13,6 +13,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "campaign/case_runner.h"
 #include "campaign/route_rules.h"
@@ -157,12 +158,13 @@ class Campaign {
     }
   }
 
-  /** Large enough for stores that bypass the caches, with rows that begin at every place of a cache line. */
+  /** Large enough for stores that bypass the caches, with rows that begin at every place of a cache line; and short
+   * rows. */
   void large_frames() {
     constexpr unsigned stokes_pairs = 1;
     CaseRunner runner(library_, rules_, std::size_t{1031} * 1019);
-    for (const int width : {1030, 1031}) {
-      FrameCase frame_case = random_frame(width, 1019, random_.one_in(2));
+    for (const auto& [width, height] : {std::pair(1030, 1019), std::pair(1031, 1019), std::pair(62, 16930)}) {
+      FrameCase frame_case = random_frame(width, height, random_.one_in(2));
       frame_case.matrices = width % 2 == 0 ? MatrixKind::Default : MatrixKind::Mild;
       run_frame(
           runner, frame_case,

@@ -1,8 +1,9 @@
 // Four discs of polarizer film photographed with a real camera; the picture lies outside the project.
 #include <cmath>
 #include <cstdlib>
-#include <opencv2/imgcodecs.hpp>
 
+#include "angles.h"
+#include "picture_file.h"
 #include "tool_run.h"
 
 namespace nerova_zel::test {
@@ -26,10 +27,12 @@ TEST_F(RealFrameTest, DiscsShowTheirAnglesAndDegrees) {
   }
   const RunResult result = run("transform \"" + frame + "\" --layout 90 --outputs azimuth,dolp");
   ASSERT_EQ(result.exit_code, 0) << result.errors;
-  const cv::Mat azimuth = cv::imread(path("polarizer_discs_2448x2048_8bit_azimuth.png"), cv::IMREAD_UNCHANGED);
-  const cv::Mat dolp = cv::imread(path("polarizer_discs_2448x2048_8bit_dolp.png"), cv::IMREAD_UNCHANGED);
-  ASSERT_EQ(azimuth.size(), cv::Size(2448, 2048));
-  ASSERT_EQ(dolp.size(), azimuth.size());
+  GreyPage azimuth;
+  GreyPage dolp;
+  PictureFile(path("polarizer_discs_2448x2048_8bit_azimuth.png")).read(0, azimuth);
+  PictureFile(path("polarizer_discs_2448x2048_8bit_dolp.png")).read(0, dolp);
+  ASSERT_EQ(azimuth.pixels.size(), std::size_t{2448} * 2048);
+  ASSERT_EQ(dolp.pixels.size(), azimuth.pixels.size());
   // Means computed once from the same pixels by other software, without overlap between the 2 x 2 neighbourhoods.
   for (const Disc& disc : {Disc{384, 1104, 83.3, 0.512}, Disc{1008, 1092, 43.6, 0.411}, Disc{1560, 1092, 175.1, 0.383},
                            Disc{2112, 1104, 135.5, 0.423}}) {
@@ -42,15 +45,16 @@ TEST_F(RealFrameTest, DiscsShowTheirAnglesAndDegrees) {
     for (int y = -radius; y <= radius; ++y) {
       for (int x = -radius; x <= radius; ++x) {
         if (x * x + y * y <= radius * radius) {
-          const double twice = (azimuth.at<std::uint16_t>(disc.y + y, disc.x + x) / 65535.0 - 0.5) * 2.0 * CV_PI;
+          const std::size_t at = static_cast<std::size_t>(disc.y + y) * 2448 + static_cast<std::size_t>(disc.x + x);
+          const double twice = (azimuth.pixels[at] / 65535.0 - 0.5) * 2.0 * pi;
           cosines += std::cos(twice);
           sines += std::sin(twice);
-          degrees += dolp.at<std::uint16_t>(disc.y + y, disc.x + x) / 65535.0;
+          degrees += dolp.pixels[at] / 65535.0;
           ++count;
         }
       }
     }
-    const double angle = 0.5 * std::atan2(sines, cosines) * 180.0 / CV_PI;
+    const double angle = 0.5 * std::atan2(sines, cosines) * 180.0 / pi;
     RecordProperty("angle_" + std::to_string(disc.x), std::to_string(angle));
     EXPECT_NEAR(std::remainder(angle - disc.angle, 180.0), 0.0, 0.3);
     RecordProperty("degree_" + std::to_string(disc.x), std::to_string(degrees / count));

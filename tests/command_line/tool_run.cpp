@@ -96,12 +96,16 @@ ToolTest::~ToolTest() {
   fs::remove_all(directory_, ignored);
 }
 
-RunResult ToolTest::run(const std::string& arguments) const {
+RunResult ToolTest::run(const std::string& arguments) const { return run(arguments, false); }
+
+RunResult ToolTest::run_together(const std::string& arguments) const { return run(arguments, true); }
+
+RunResult ToolTest::run(const std::string& arguments, bool together) const {
   std::vector<std::string> words = words_of(arguments);
   std::string input = "/dev/null";
-  if (words.size() >= 2 && words[words.size() - 2] == "<") {
-    input = words.back();
-    words.resize(words.size() - 2);
+  if (const auto from = std::find(words.begin(), words.end(), "<"); from != words.end()) {
+    input = *std::next(from);
+    words.erase(from, from + 2);
   }
   const bool transforms = !words.empty() && (words[0] == "transform" || words[0] == "stats");
   if (transforms && std::find(words.begin(), words.end(), "--library") == words.end()) {
@@ -112,12 +116,12 @@ RunResult ToolTest::run(const std::string& arguments) const {
     argv.push_back(word.c_str());
   }
   const std::string output = directory_.string() + ".output";
-  const std::string errors = directory_.string() + ".errors";
+  const std::string errors = together ? output : directory_.string() + ".errors";
   RunResult result{};
   {
     const Redirection from(STDIN_FILENO, input, O_RDONLY);
-    const Redirection out(STDOUT_FILENO, output, O_WRONLY | O_CREAT | O_TRUNC);
-    const Redirection complaints(STDERR_FILENO, errors, O_WRONLY | O_CREAT | O_TRUNC);
+    const Redirection out(STDOUT_FILENO, output, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND);
+    const Redirection complaints(STDERR_FILENO, errors, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND);
     result.exit_code = run_command_line(static_cast<int>(argv.size()), argv.data());
   }
   result.output = content_of(output);

@@ -26,8 +26,10 @@ class ToolTest : public ::testing::Test {
   ToolTest();
   ~ToolTest() override;
 
-  /** `arguments` with blanks and quotes as for a shell, and `< FILE` at their end. The library is this build's. */
+  /** `arguments` with blanks and quotes as for a shell, and `< FILE`. The library is this build's. */
   RunResult run(const std::string& arguments) const;
+  /** The same, with all that is printed in `output`, in its order. */
+  RunResult run_together(const std::string& arguments) const;
 
   /** Runs what must fail: one sentence that holds all `words`, that exit code, and nothing written or changed. */
   void expect_refusal(const std::string& arguments, const std::vector<std::string>& words, int exit_code = 1) const;
@@ -41,6 +43,8 @@ class ToolTest : public ::testing::Test {
   std::set<std::string> listing() const;
 
  private:
+  RunResult run(const std::string& arguments, bool together) const;
+
   std::filesystem::path start_;
   std::filesystem::path directory_;
 };

@@ -106,9 +106,8 @@ TEST_F(SeriesTest, AnglesMustDetermineTheResponses) {
   CalibrationSeries off = series({0, 45, 90, 135, 20});
   off.add("off", 113, frame(0.7, 110), 12);
   const std::vector<std::string> doubts = off.doubtful_frames(off.fit(false), false);
-  EXPECT_TRUE(std::any_of(doubts.begin(), doubts.end(), [](const std::string& doubt) {
-    return doubt.find("off departs from the fit") == 0;
-  }));
+  EXPECT_TRUE(std::any_of(doubts.begin(), doubts.end(),
+                          [](const std::string& doubt) { return doubt.find("off departs from the fit") == 0; }));
   const CalibrationSeries good = series({0, 45, 90, 135, 20});
   EXPECT_TRUE(good.doubtful_frames(good.fit(true), true).empty());
 }

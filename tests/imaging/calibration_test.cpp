@@ -73,9 +73,8 @@ class CalibrationTest : public ::testing::Test {
   CameraSettings camera_;
 };
 
-Errors CalibrationTest::transform(const std::string& library_file,
-                                  const std::optional<CameraCalibration>& calibration, const SimulatedScene& scene,
-                                  bool edges) const {
+Errors CalibrationTest::transform(const std::string& library_file, const std::optional<CameraCalibration>& calibration,
+                                  const SimulatedScene& scene, bool edges) const {
   Library library(library_file);
   TransformSettings settings;
   settings.layout = camera_.layout;
@@ -105,8 +104,8 @@ Errors CalibrationTest::transform(const std::string& library_file,
         smooth = smooth && std::hypot(light.s1 - near.s1, light.s2 - near.s2, light.s0 - near.s0) < 0.08 * light.s0;
       }
       if (smooth && light.degree() > 0.3) {
-        const auto at = static_cast<std::size_t>(y) * static_cast<std::size_t>(camera_.width) +
-                        static_cast<std::size_t>(x);
+        const auto at =
+            static_cast<std::size_t>(y) * static_cast<std::size_t>(camera_.width) + static_cast<std::size_t>(x);
         const double angle = azimuth[at] * 180.0 / output_maximum - 90.0;
         azimuth_errors.push_back(std::abs(std::remainder(angle - light.angle_degrees(), 180.0)));
         const double stokes_angle = std::atan2(stokes[2 * at + 1], stokes[2 * at]) * 90.0 / pi;
@@ -126,8 +125,7 @@ TEST_F(CalibrationTest, AnIdealSensorGivesTheDefaultMatrices) {
   for (const int layout : mosaic_layouts) {
     camera_.layout = MosaicLayout(layout);
     camera_.origin_x = layout % 2;
-    const Calibration matrices =
-        calibration_matrices(series({0, 40, 75, 110, 160}, 0.1, false).fit(false).responses);
+    const Calibration matrices = calibration_matrices(series({0, 40, 75, 110, 160}, 0.1, false).fit(false).responses);
     for (std::size_t m = 0; m < 4; ++m) {
       for (std::size_t i = 0; i < 16; ++i) {
         // A rounded pixel value is off by half at most, of 45000.
@@ -153,8 +151,7 @@ TEST_F(CalibrationTest, MatricesUndoTheSensor) {
     const double uncertainty = fit.uncertainties[k].angle_degrees;
     EXPECT_LT(uncertainty, 0.03);
     EXPECT_NEAR(fit.angle_error(k), poor_polarizers[k].angle_error, 5.0 * uncertainty);
-    EXPECT_NEAR(fit.responses[k].leakage(), 1.0 / poor_polarizers[k].extinction,
-                5.0 * fit.uncertainties[k].leakage);
+    EXPECT_NEAR(fit.responses[k].leakage(), 1.0 / poor_polarizers[k].extinction, 5.0 * fit.uncertainties[k].leakage);
     EXPECT_EQ(calibration.dark_levels[k], 40.0);
   }
   for (std::size_t m = 0; m < 4; ++m) {

@@ -11,10 +11,10 @@ LibraryOutputs transform_by_library(const CameraSettings& camera, const std::vec
                          std::vector<std::uint16_t>(count), std::vector<std::uint16_t>(count),
                          std::vector<std::uint16_t>(count), std::vector<std::uint16_t>(count)};
   Library(library_file)
-      .transform({frame, camera.width, camera.height, camera.origin_x, camera.origin_y,
-                  static_cast<Phase>(camera.layout.phase()), camera.bit_depth},
-                 {outputs.stokes, outputs.power, outputs.hv, outputs.diagonal, outputs.azimuth, outputs.dolp,
-                  output_maximum});
+      .transform(
+          {frame, camera.width, camera.height, camera.origin_x, camera.origin_y,
+           static_cast<Phase>(camera.layout.phase()), camera.bit_depth},
+          {outputs.stokes, outputs.power, outputs.hv, outputs.diagonal, outputs.azimuth, outputs.dolp, output_maximum});
   return outputs;
 }
 

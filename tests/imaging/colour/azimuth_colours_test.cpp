@@ -106,6 +106,8 @@ TEST(AzimuthColours, EveryValueScaleEndAndOrder) {
     for (const NamedAzimuthStyle& known : azimuth_styles) {
       std::vector<std::uint8_t> wanted = expected(images, known.style, scales);
       EXPECT_TRUE(images.painted(AzimuthColours(known.style, scales)) == wanted) << known.name << " " << maximum;
+      const AzimuthColours baseline(known.style, scales, ChannelOrder::rgb, VectorCode::baseline);
+      EXPECT_TRUE(images.painted(baseline) == wanted) << known.name << " " << maximum;
       for (std::size_t i = 0; i < wanted.size(); i += 3) {
         std::swap(wanted[i], wanted[i + 2]);
       }

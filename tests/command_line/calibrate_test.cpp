@@ -1,0 +1,81 @@
+// From files to a calibration and back; what a series must be is tested in the imaging module.
+#include <nlohmann/json.hpp>
+
+#include "imaging/even_light.h"
+#include "tool_run.h"
+
+namespace nerova_zel::test {
+namespace {
+
+class CalibrateTest : public ToolTest {
+ protected:
+  CalibrateTest() {
+    camera_.width = 32;
+    camera_.height = 32;
+    camera_.dark_level = 200.0;
+    camera_.full_well = 10000;
+    std::string list = "angle,file\n# taken by hand\n\n";
+    for (const int angle : {0, 40, 75, 110, 160}) {
+      const std::string name = "a" + std::to_string(angle) + ".pgm";
+      write_pgm(name, simulate_frame(even_light(0.7, 1.0, angle), camera_), 32, 32, 12);
+      list += std::to_string(angle) + ", " + name + "\n";
+      ++camera_.seed;
+    }
+    write("list.csv", list);
+    write_pgm("dark.pgm", simulate_frame(even_light(0.0, 0.0, 0.0), camera_), 32, 32, 12);
+  }
+
+  CameraSettings camera_;
+};
+
+TEST_F(CalibrateTest, AListOfFramesMakesAFileAPlotAndAReport) {
+  const RunResult result = run("calibrate --list list.csv --dark dark.pgm --out c.json");
+  EXPECT_EQ(result.exit_code, 0) << result.errors;
+  EXPECT_EQ(result.errors, "");
+  EXPECT_NE(result.output.find("5 frames, source "), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("dark level 200.0"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("plot in c.png"), std::string::npos) << result.output;
+  EXPECT_EQ(nlohmann::json::parse(read("c.json")).at("dark").at("levels").at(3), 200.0);
+  EXPECT_FALSE(read("c.png").empty());
+}
+
+// Frames that share a library and are worked on at once must not differ from lone ones.
+TEST_F(CalibrateTest, FramesOfABatchAreCalibratedLikeLoneOnes) {
+  ASSERT_EQ(run("calibrate --list list.csv --dark dark.pgm").exit_code, 0);
+  const std::string options = " --calibration calibration.json --outputs stokes,power --out ";
+  ASSERT_EQ(run("transform a0.pgm" + options + "lone").exit_code, 0);
+  ASSERT_EQ(run("transform 'a*.pgm'" + options + "batch --jobs 3").exit_code, 0);
+  for (const char* name : {"/a0_s1.tiff", "/a0_s2.tiff", "/a0_power.png"}) {
+    EXPECT_EQ(read(std::string("lone") + name), read(std::string("batch") + name)) << name;
+  }
+  EXPECT_NE(run("transform 'a*.pgm'" + options + "batch").output.find("5 skipped"), std::string::npos);
+  std::filesystem::last_write_time(path("calibration.json"),
+                                   std::filesystem::last_write_time(path("batch/a0_s1.tiff")) + std::chrono::hours(1));
+  EXPECT_NE(run("transform 'a*.pgm'" + options + "batch").output.find("5 done"), std::string::npos);
+  const RunResult told =
+      run("transform 'a*.pgm' --library \"" NEROVA_BUILT_IN_ONLY_LIBRARY "\"" + options + "built_in");
+  EXPECT_EQ(std::count(told.errors.begin(), told.errors.end(), '\n'), 1) << told.errors;
+}
+
+TEST_F(CalibrateTest, ListsAndFramesThatDoNotSuffice) {
+  const std::string four = "calibrate --frame 0:a0.pgm --frame 40:a40.pgm --frame 75:a75.pgm";
+  expect_refusal("calibrate", {"0 are given"});
+  expect_refusal(four, {"3 are given"});
+  expect_refusal(four + " --frame 180:a110.pgm", {"3 different angles", "half a turn"});
+  expect_refusal(four + " --frame 135:a75.pgm", {"a75.pgm is given twice"});
+  expect_refusal(four + " --frame up:a110.pgm", {"--frame up:a110.pgm", "30:frame.png"});
+  expect_refusal(four + " --frame 135", {"--frame 135"});
+  expect_refusal(four + " --frame nan:a110.pgm", {"--frame nan:a110.pgm"});
+  write("bad.csv", "0,a0.pgm\n45;a40.pgm\n");
+  expect_refusal("calibrate --list bad.csv", {"line 2 of bad.csv"});
+  expect_refusal("calibrate --list nowhere.csv", {"nowhere.csv", "No such file"});
+  expect_refusal("calibrate --list list.csv --layout 0", {"pass light at", "--layout or --origin is wrong"});
+  expect_refusal("calibrate --list list.csv --bit-depth 10", {"pixel value", "--bit-depth"});
+  expect_refusal("calibrate --raw 16x16 --pixel-format Mono16 --list list.csv", {"a0.pgm holds more than one frame"});
+  expect_refusal("transform a0.pgm --calibration list.csv", {"list.csv is not JSON"});
+  std::filesystem::create_directory(path("calibration.png"));
+  expect_refusal("calibrate --list list.csv", {"calibration.png", "a directory has that name"});
+}
+
+}  // namespace
+}  // namespace nerova_zel::test

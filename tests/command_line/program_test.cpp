@@ -1,0 +1,79 @@
+// The program itself, as few times as show that it is the same as what other tests call in their own process.
+#include <cstdlib>
+#include <regex>
+
+#include "tool_run.h"
+
+namespace nerova_zel::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class ProgramTest : public ToolTest {
+ protected:
+  static constexpr std::size_t frame_bytes = 278;  // 37 x 5 pixels of 12 bits
+
+  /** Exit code of a shell's line, which finds the program as "$tool". */
+  static int shell(const std::string& line) {
+    const int status = std::system(("tool='" NEROVA_TOOL "'; " + line).c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  std::string said(const std::string& arguments) const {
+    EXPECT_EQ(shell("\"$tool\" " + arguments + " > said"), 0);
+    return read("said");
+  }
+};
+
+TEST_F(ProgramTest, ExitCodesAndStreamsAreThoseOfTheCommands) {
+  EXPECT_EQ(shell("\"$tool\" simulate s.png --size 16x16 > out 2> errors"), 0);
+  EXPECT_EQ(read("errors"), "");
+  EXPECT_EQ(shell("\"$tool\" transform s.png --bit-depth 12 --outputs dolp >> out 2> errors"), 0);
+  EXPECT_EQ(shell("\"$tool\" transform missing.png > out 2> errors"), 1);
+  EXPECT_EQ(read("errors").rfind("nerova-polarize: cannot read missing.png", 0), 0U);
+  EXPECT_EQ(shell("\"$tool\" transform s.png --sharpen > out 2> errors"), 2);
+  EXPECT_EQ(read("out"), "");
+}
+
+TEST_F(ProgramTest, VersionTellsTheRouteThatFramesTake) {
+  const std::string beside_plugins = said("--version");
+  EXPECT_EQ(beside_plugins.rfind("nerova-polarize " NEROVA_VERSION "\n", 0), 0U) << beside_plugins;
+  EXPECT_NE(beside_plugins.find(NEROVA_LIBRARY), std::string::npos) << beside_plugins;
+  EXPECT_TRUE(std::regex_search(beside_plugins, std::regex("route +(AVX2|AVX-512) plugin"))) << beside_plugins;
+  fs::copy_file(NEROVA_TOOL, path("tool"));
+  const auto version = [&] {
+    EXPECT_EQ(std::system(("'" + path("tool") + "' --version > '" + path("version") + "'").c_str()), 0);
+    return read("version");
+  };
+  EXPECT_NE(version().find("none: cannot load"), std::string::npos) << version();
+  fs::copy_file(NEROVA_BUILT_IN_ONLY_LIBRARY, path(fs::path(NEROVA_LIBRARY).filename().string()));
+  EXPECT_TRUE(std::regex_search(version(), std::regex("route +built-in kernels, SSE"))) << version();
+}
+
+// The third frame may be in work when the request to stop comes, and is ended then; the fourth is never begun.
+TEST_F(ProgramTest, AnInterruptionEndsTheFrameInWorkAndLeavesTheRest) {
+  write("two.raw", std::string(2 * frame_bytes, '\x5A'));
+  write("script.sh",
+        "mkfifo pipe\n"
+        "\"$1\" transform -"
+        " --raw 37x5 --pixel-format Mono12p --format npy --out results "
+        "--outputs stokes,hv --jobs 1 < pipe > told 2>&1 &\n"
+        "exec 3> pipe\n"
+        "cat two.raw >&3\n"
+        "until [ -e results/stdin_000001_hv.npy ]; do sleep 0.01; done\n"
+        "kill -TERM $!\n"
+        "cat two.raw >&3\n"
+        "exec 3>&-\n"
+        "wait $!\n"
+        "[ $? -eq 143 ] && ls results > listing\n");
+  const std::string command = "cd \"" + path("") + "\" && timeout 20 sh script.sh \"" NEROVA_TOOL "\"";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_NE(read("told").find("interrupted"), std::string::npos) << read("told");
+  const std::string first_two =
+      "stdin_000000_hv.npy\nstdin_000000_stokes.npy\nstdin_000001_hv.npy\nstdin_000001_stokes.npy\n";
+  const std::string third = "stdin_000002_hv.npy\nstdin_000002_stokes.npy\n";
+  EXPECT_TRUE(read("listing") == first_two || read("listing") == first_two + third) << read("listing");
+}
+
+}  // namespace
+}  // namespace nerova_zel::test
