@@ -1,5 +1,6 @@
 #include "processor.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace nerova_zel {
@@ -23,8 +24,6 @@ void Processor::get_matrix(int index, float* values) const noexcept {
   std::memmove(values, &matrices_[index], sizeof(CalibrationMatrix));
 }
 
-MatrixRow Processor::matrix_row(PolarPhase phase) const noexcept {
-  return phase_matrices_[phase >= 0 && phase < phase_count ? phase : 0];
-}
+MatrixRow Processor::matrix_row(PolarPhase phase) const noexcept { return phase_matrices_[std::max(phase, 0)]; }
 
 }  // namespace nerova_zel

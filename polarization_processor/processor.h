@@ -20,7 +20,7 @@ class Processor {
   void set_matrix(int index, const float* values) noexcept;
   void get_matrix(int index, float* values) const noexcept;
 
-  /** A phase outside 0..3 gives the row of phase 0. */
+  /** The phase is 3 at most; a negative one gives the row of phase 0. */
   MatrixRow matrix_row(PolarPhase phase) const noexcept;
 
   CpuLevel cpu_level() const noexcept { return cpu_level_; }

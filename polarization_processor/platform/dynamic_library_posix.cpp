@@ -31,8 +31,10 @@ ModuleHandle load_module(const char* module_name) noexcept {
   if (!is_whole_library(path)) {
     return nullptr;
   }
-  ModuleHandle const module = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-  return module != nullptr ? module : dlopen(path + std::strlen(own_directory), RTLD_NOW | RTLD_LOCAL);
+  if (ModuleHandle module = dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
+    return module;
+  }
+  return dlopen(path + std::strlen(own_directory), RTLD_NOW | RTLD_LOCAL);
 }
 
 void* find_entry(ModuleHandle module, const char* name) noexcept { return dlsym(module, name); }

@@ -92,11 +92,10 @@ void transform_from_many_threads(const std::string& library_file) {
   EXPECT_EQ(library.module_terminate(), 0);
 }
 
-TEST(Concurrency, ThreadsShareAProcessorOfTheBuiltInKernels) {
+TEST(Concurrency, ThreadsShareAProcessor) {
   transform_from_many_threads(NEROVA_BUILT_IN_ONLY_LIBRARY);
+  transform_from_many_threads(library_path());
 }
-
-TEST(Concurrency, ThreadsShareAProcessorOfThePlugins) { transform_from_many_threads(library_path()); }
 
 }  // namespace
 }  // namespace nerova_zel::test

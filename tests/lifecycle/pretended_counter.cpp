@@ -26,7 +26,7 @@ std::optional<std::int64_t> next_count() {
   }
   const std::int64_t count = counts.back();
   counts.pop_back();
-  return count;
+  return count < 0 ? std::nullopt : std::optional<std::int64_t>(count);
 }
 
 }  // namespace

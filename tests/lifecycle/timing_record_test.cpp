@@ -34,13 +34,13 @@ class TimingRecord : public testing::Test {
   }
   ~TimingRecord() override { EXPECT_EQ(arrangement.library().module_terminate(), 0); }
 
-  /** More than 24 bits of nanoseconds, after months of uptime. */
+  /** Seconds and more than 24 bits of nanoseconds, after months of uptime. */
   void expect_exact() {
     constexpr std::int64_t uptime = 9000000000000000;
-    EXPECT_EQ(records_between(arrangement, uptime, uptime + 54457687),
+    EXPECT_EQ(records_between(arrangement, uptime, uptime + 3054457687),
               (Events{null_record,
                       "7|...\\polarization_processor\\nerova_zel_polarization_processor.cpp|190|"
-                      "nv_polarization_processor_transform|transform takes 54457.687000 microseconds."}));
+                      "nv_polarization_processor_transform|transform takes 3054457.687000 microseconds."}));
   }
 
   Arrangement arrangement;
@@ -101,6 +101,9 @@ TEST_F(TimingRecord, IsLeftOutWithoutACounter) {
     EXPECT_EQ(call.run(arrangement.library()), 4);
     EXPECT_EQ(arrangement.journal.take(), Events{null_record});
   }
+  // A start that cannot be read counts as 0.
+  const Events records = records_between(arrangement, -1, 2000);
+  EXPECT_NE(records.back().find("takes 2.000000 microseconds"), std::string::npos) << records.back();
 }
 
 }  // namespace

@@ -70,23 +70,6 @@ TEST(Transform, FirstFaultDecidesTheCode) {
   EXPECT_EQ(arrangement.library().module_terminate(), 0);
 }
 
-TEST(Transform, AcceptsTheLimits) {
-  Arrangement arrangement;
-  nv_polarization_processor* const processor = arrangement.make_processor();
-  for (const std::int32_t phase : {INT_MIN, -1, 0, 3}) {
-    for (const std::int32_t bit_depth : {0, 16}) {
-      TransformCall call(processor);
-      call.phase = phase;
-      call.bit_depth = bit_depth;
-      call.output_maximum = 1;
-      EXPECT_EQ(call.run(arrangement.library()), 0);
-      EXPECT_FALSE(call.outputs_untouched());
-    }
-  }
-  EXPECT_EQ(arrangement.library().destroy(processor), 0);
-  EXPECT_EQ(arrangement.library().module_terminate(), 0);
-}
-
 TEST(Transform, IgnoresTheUpperHalfOfTheOutputMaximum) {
   Arrangement arrangement;
   LoadedLibrary& library = arrangement.library();
