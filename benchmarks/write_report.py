@@ -185,7 +185,7 @@ written back. A route that computes longer hides part of that; {figures.LABELS[s
         nl = "\n"
         return f"""# Performance
 
-Written by `scripts/benchmark`, which builds, measures and draws anew.
+Written by `scripts/benchmark`, which builds, measures and draws the figures.
 
 ## Machine and method
 
@@ -264,7 +264,7 @@ The peers rise earlier, because the whole images that they keep in between take 
 {self.call_overhead()}
 Through the C interface, no logger beside the library. Each part is timed by itself in the same run; the four pixels are
 the same frame given directly to the kernel or plugin. CPUID is executed once in every call, because the choice between
-the built-in forms is made anew each time; in a virtual machine it is a round trip to the hypervisor. The clock is read
+the built-in forms is executed each time; in a virtual machine it is a round trip to the hypervisor. The clock is read
 at the beginning and at the end for the record of the time taken. The rest is the argument checks, the dispatch,
 saving and restoring the caller's floating-point environment, and what the parts do to each other: CPUID empties the
 pipeline that the parts timed alone keep full.

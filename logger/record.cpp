@@ -53,7 +53,7 @@ void print_file(const Record& record, const RecordFlag& flag, spdlog::memory_buf
 
 void print_file_name(const Record& record, const RecordFlag& flag, spdlog::memory_buf_t& line) {
   const Text path = record.source.filename;
-  flag.append(path.substr(path.find_last_of("/\\") + 1), line);  // records may bear the paths of another platform
+  flag.append(path.substr(path.find_last_of("/\\") + 1), line);  // records may have the paths of another platform
 }
 
 void print_line(const Record& record, const RecordFlag& flag, spdlog::memory_buf_t& line) {

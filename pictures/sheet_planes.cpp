@@ -99,7 +99,7 @@ SheetPlanes make_planes(const PictureImages& content, const cv::Size& box) {
 
 double light_end(const cv::Mat& plane) { return scale_end({plane.begin<float>(), plane.end<float>()}); }
 
-/** Noise makes up any degree where light is scarce; such places do not choose the scale. */
+/** Where there is little light the degree is noise; such pixels do not determine the scale. */
 double degree_end(const SheetPlanes& planes) {
   const double scarce = 0.05 * light_end(planes.power);
   std::vector<float> lit;

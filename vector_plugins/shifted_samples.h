@@ -24,7 +24,7 @@ struct ApartSamples {
 
   /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an even column. */
   NEROVA_INLINE Float even(int i) const { return i == 0 ? from_0 : from_2; }
-  /** The other one. */
+  /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an odd column. */
   NEROVA_INLINE Float odd(int /*i*/) const { return from_1; }
   /** For each column k of vector i: the sample of column k. */
   NEROVA_INLINE Float column(int i) const { return i == 0 ? from_0 : from_1; }

@@ -43,7 +43,7 @@ struct Step16 {
 
     /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an even column. */
     NEROVA_INLINE Float even(int i) const { return shifted(i, _mm256_blend_epi16(own, next, 0xAA)); }
-    /** The other one. */
+    /** For each column k of vector i: of the samples of columns k and k + 1, the one that lies in an odd column. */
     NEROVA_INLINE Float odd(int i) const { return shifted(i, _mm256_blend_epi16(next, own, 0xAA)); }
     /** For each column k of vector i: the sample of column k. */
     NEROVA_INLINE Float column(int i) const { return shifted(i, own); }

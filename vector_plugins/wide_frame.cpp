@@ -206,7 +206,7 @@ class WideFrame {
   }
 
   void compute() const {
-    // Full scale 0 leaves no reciprocal to work with; such frames hold nothing to hurry for.
+    // Full scale 0 has no reciprocal; such frames need not be fast.
     if (parameters_.bit_depth == 0) {
       compute_by_pixels();
       return;

@@ -103,7 +103,7 @@ void declare_transform(CLI::App& app) {
       ->type_name("DIR")
       ->default_str(".");
   command->add_flag("--overwrite", request.overwrite,
-                    "Make all outputs anew. Without it a frame is skipped whose outputs are all there and newer than "
+                    "Replace existing outputs. Without it a frame is skipped whose outputs are all there and newer than "
                     "its file (for standard input: are there) and the calibration, with whatever other options they "
                     "were made");
   add_choice<FileFormat>(command, "--format", options->format, formats,

@@ -15,7 +15,7 @@ FrameReport TransformJob::work(const FrameTicket& ticket) {
   if (!request_.overwrite && is_finished(ticket)) {
     return {
         FrameReport::Result::skipped,
-        name + ": skipped, its outputs are in " + request_.directory.string() + " already; --overwrite makes them anew",
+        name + ": skipped, its outputs are in " + request_.directory.string() + " already; --overwrite replaces them",
         "", 0};
   }
   read_frame(ticket, request_.headerless, bytes(), transformer_.frame());

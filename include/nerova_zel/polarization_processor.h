@@ -14,7 +14,7 @@
  * than the alignment of their element type, and must not overlap one another.
  *
  * Floating-point environment: transform masks exceptions and keeps denormal numbers while it runs, so that
- * flush-to-zero, denormals-are-zero and unmasked exceptions of the caller change neither its results nor its course;
+ * flush-to-zero, denormals-are-zero and unmasked exceptions of the caller do not affect its results or behaviour;
  * settings and flags are the caller's own again when it returns. It never changes the rounding mode, and results are
  * defined for round to nearest.
  *
