@@ -113,6 +113,15 @@ else()
   set(NEROVA_NO_UNDEFINED -Wl,--no-undefined)
 endif()
 
+# nerova_find(package version part switch debian): finds what an optional part needs, or says how to do without.
+function(nerova_find package version part switch debian)
+  find_package(${package} ${version} QUIET)
+  if(NOT ${package}_FOUND)
+    message(FATAL_ERROR
+      "${package} is missing, which ${part} needs. Install ${debian} (Debian), or leave it out with -D${switch}=OFF.")
+  endif()
+endfunction()
+
 # nerova_add_objects(name set sources...): an object library for one instruction set: ordinary, sse2, sse41, avx2 or
 # avx512. The global property nerova_objects_<set> lists them, for the checks of what the built files hold.
 function(nerova_add_objects name set)

@@ -111,8 +111,8 @@ struct Step32 {
 template <bool few_results>
 using StepFor = Step32;
 
-/** Up to how many 16-bit outputs two steps are computed at a time, without calibration. */
-constexpr unsigned most_results_of_two_steps(bool /*pairs*/) { return 3; }
+/** Up to how many 16-bit outputs two steps are computed at a time, without calibration; more would make large code. */
+constexpr unsigned most_results_of_two_steps(bool pairs) { return pairs ? 0 : 2; }
 
 }  // namespace
 }  // namespace nerova_zel

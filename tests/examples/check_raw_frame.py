@@ -15,6 +15,12 @@ WIDTH, HEIGHT, BIT_DEPTH = 167, 121, 12
 IMAGES = {"stokes.f32": 8, "power.u16": 2, "hv.u16": 2, "diagonal.u16": 2, "azimuth.u16": 2, "dolp.u16": 2}
 
 
+def plugin_serves():
+    """Whether this processor has what one of the plugins needs."""
+    words = pathlib.Path("/proc/cpuinfo").read_text().split()
+    return "avx2" in words and "fma" in words
+
+
 def images_of(program, files, emulator, frame):
     """The six images that a program makes in an empty folder that holds it, the given files and a frame."""
     with tempfile.TemporaryDirectory() as folder:
@@ -61,7 +67,7 @@ def main():
                     print(f"{name} of {other} differs from that of {first}, {len(plugins)} plugins", file=sys.stderr)
                     different += 1
         routes.append(made[first])
-    if routes[0] == routes[1]:
+    if routes[0] == routes[1] and plugin_serves():
         sys.exit("the plugins beside the library change no image: they were not used")
     return 1 if different else 0
 

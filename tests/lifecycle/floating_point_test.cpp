@@ -19,6 +19,7 @@ constexpr std::size_t pixels = std::size_t{width} * std::size_t{height};
 struct Settings {
   std::uint32_t vector_units = 0x1F80;
   std::uint16_t x87 = 0x037F;
+  std::uint16_t x87_flags = 0;
 
   void apply() const {
     __asm__ volatile("ldmxcsr %0" : : "m"(vector_units));
@@ -27,10 +28,13 @@ struct Settings {
   static Settings now() {
     Settings settings;
     __asm__ volatile("stmxcsr %0" : "=m"(settings.vector_units));
-    __asm__ volatile("fnstcw %0" : "=m"(settings.x87));
+    __asm__ volatile("fnstcw %0\n\tfnstsw %1" : "=m"(settings.x87), "=m"(settings.x87_flags));
+    settings.x87_flags &= 0x3FU;
     return settings;
   }
-  bool operator==(const Settings& other) const { return vector_units == other.vector_units && x87 == other.x87; }
+  bool operator==(const Settings& other) const {
+    return vector_units == other.vector_units && x87 == other.x87 && x87_flags == other.x87_flags;
+  }
 };
 
 class FloatingPoint : public testing::TestWithParam<const char*> {

@@ -63,6 +63,8 @@ std::optional<std::string> why_route_is_not_taken(CpuRoute route, bool stand_in)
   return std::nullopt;
 }
 
+bool plugin_serves() { return !why_route_cannot_run(CpuRoute::Avx2) || !why_route_cannot_run(CpuRoute::Avx512); }
+
 bool may_skip_route(const std::string& route, const std::string& reason) {
   std::cout << "Route not run: " << route << " (" << reason << ")" << std::endl;
   const char* const required = std::getenv("NEROVA_REQUIRE_EVERY_ROUTE");

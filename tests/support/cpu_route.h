@@ -21,6 +21,9 @@ std::optional<std::string> why_route_cannot_run(CpuRoute route);
  */
 std::optional<std::string> why_route_is_not_taken(CpuRoute route, bool stand_in);
 
+/** Whether this processor would take the route of either vector plugin. */
+bool plugin_serves();
+
 /** Exit code of a test program whose route did not run; the tests count it as skipped. */
 constexpr int exit_route_not_run = 77;
 
