@@ -62,7 +62,8 @@ void AppendedFile::close() noexcept {
 
 std::optional<std::uint64_t> AppendedFile::size_at(const std::filesystem::path& path) const noexcept {
   struct stat status = {};
-  if (stat(path.c_str(), &status) != 0 || status.st_dev != volume_ || status.st_ino != identity_) {
+  stat(path.c_str(), &status);  // no file has the identity 0
+  if (status.st_dev != volume_ || status.st_ino != identity_) {
     return std::nullopt;
   }
   return S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;

@@ -193,6 +193,34 @@ TEST_F(RoutingToPlugin, FrameRunsMaskedAndInTheRoundingOfTheCaller) {
   EXPECT_EQ(x87 & x87_masks, x87_masks);
 }
 
+TEST_F(RoutingToPlugin, ExceptionsOfTheOldFloatingPointUnitStayTheCallers) {
+  on_transform([](const void* /*record*/, const float* const* /*matrices*/) {
+    __asm__ volatile("fldz\n\tfldz\n\tfdiv %%st(1)\n\tfstp %%st\n\tfstp %%st" : : : "st");  // 0 / 0
+  });
+  const TransformCall call(processor);
+  LoadedLibrary& library = arrangement.library();
+  constexpr std::uint16_t all_masked = 0x037F;
+  constexpr std::uint16_t flags = 0x7F;
+  constexpr std::uint16_t division_by_zero = 0x04;
+  // The last one leaves an exception pending: the next instruction that waits for it would raise it.
+  for (const auto& [divide, wanted] : {std::pair{false, all_masked}, std::pair{true, all_masked},
+                                       std::pair{true, static_cast<std::uint16_t>(all_masked - division_by_zero)}}) {
+    SCOPED_TRACE(wanted);
+    std::uint16_t control = 0;
+    std::uint16_t status = 0;
+    __asm__ volatile("fnclex");
+    if (divide) {
+      __asm__ volatile("fldz\n\tfld1\n\tfdiv %%st(1)\n\tfstp %%st\n\tfstp %%st" : : : "st");
+    }
+    __asm__ volatile("fldcw %0" : : "m"(wanted));
+    const std::int32_t result = call.run(library);
+    __asm__ volatile("fnstcw %0\n\tfnstsw %1\n\tfnclex\n\tfldcw %2" : "=m"(control), "=m"(status) : "m"(all_masked));
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(control, wanted);
+    EXPECT_EQ(status & flags, divide ? division_by_zero : 0);
+  }
+}
+
 TEST_F(RoutingToPlugin, PluginThatThrowsIsContained) {
   if (!mocks_can_throw) {
     GTEST_SKIP() << exceptions_stay_in_their_module;

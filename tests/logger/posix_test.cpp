@@ -86,6 +86,9 @@ TEST_F(Posix, HalfALineIsTakenBackUnlessOthersHaveAppended) {
   system_now.interruptions = 2;
   EXPECT_EQ(write(log, ""), 0);
   EXPECT_EQ(lines_of("nerova_zel.log"), Lines{""});
+  using std::filesystem::perms;
+  EXPECT_EQ(std::filesystem::status("nerova_zel.log").permissions() & perms::owner_all,
+            perms::owner_read | perms::owner_write);
   system_now.most_written = 4;
   system_now.others_append = true;
   EXPECT_EQ(write(log, "half a line"), 1);

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <fstream>
 
 #include "logger/log_directory.h"
 #include "logger/other_process.h"
@@ -117,9 +118,13 @@ TEST_F(Rotation, FollowsTheNameWhenOthersMoveTheFile) {
   EXPECT_EQ(write(log, "1"), 0);
   std::filesystem::rename("nerova_zel.log", "moved.log");
   EXPECT_EQ(write(log, "2"), 0);
+  std::filesystem::rename("nerova_zel.log", "moved too.log");
+  std::ofstream("nerova_zel.log", std::ios::binary) << "3\n";
+  EXPECT_EQ(write(log, "4"), 0);
   free_log();
   EXPECT_EQ(lines_of("moved.log"), Lines{"1"});
-  EXPECT_EQ(lines_of("nerova_zel.log"), Lines{"2"});
+  EXPECT_EQ(lines_of("moved too.log"), Lines{"2"});
+  EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"3", "4"}));
 }
 
 TEST_F(Rotation, StaysInTheDirectoryOfTheFirstRecord) {
