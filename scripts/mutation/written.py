@@ -170,7 +170,7 @@ class Tree:
 
 def read_mutants(root):
     mutants = []
-    for group in tomllib.loads((root / "tests/mutation/written.toml").read_text())["group"]:
+    for group in tomllib.loads((root / "scripts/mutation/written.toml").read_text())["group"]:
         shared = {key: value for key, value in group.items() if key != "mutants"}
         for text, instead, breaks, *equivalent in group["mutants"]:
             mutants.append({**shared, "text": text, "instead": instead, "breaks": breaks,
