@@ -102,10 +102,11 @@ void declare_transform(CLI::App& app) {
       "Directory for the results, made if missing")
       ->type_name("DIR")
       ->default_str(".");
-  command->add_flag("--overwrite", request.overwrite,
-                    "Replace existing outputs. Without it a frame is skipped whose outputs are all there and newer than "
-                    "its file (for standard input: are there) and the calibration, with whatever other options they "
-                    "were made");
+  command->add_flag(
+      "--overwrite", request.overwrite,
+      "Replace existing outputs. Without it a frame is skipped whose outputs are all there and newer than "
+      "its file (for standard input: are there) and the calibration, with whatever other options they "
+      "were made");
   add_choice<FileFormat>(command, "--format", options->format, formats,
                          "Form of the outputs: png, tiff, or npy for arrays");
   add_choice<AzimuthStyle>(

@@ -3,8 +3,8 @@
  * @brief Entry points of the logger library, which others load at run time and look up by name.
  *
  * Self-contained C99; C calling convention. All entries may be called from any thread and raise nothing; a thread must
- * not be cancelled (pthread_cancel) in one. Strings are zero-terminated, never NULL and not kept by the library beyond the
- * call.
+ * not be cancelled (pthread_cancel) in one. Strings are zero-terminated, never NULL and not kept by the library beyond
+ * the call.
  *
  * The configuration file holds lines `key = value`. A # at the start of a line or after a blank starts a comment. Of a
  * key that is given twice the last one holds. A faulty line is ignored and reported by a record of level 2, whatever

@@ -18,8 +18,8 @@
  * settings and flags are the caller's own again when it returns. It never changes the rounding mode, and results are
  * defined for round to nearest.
  *
- * Cancellation: a thread that is cancelled (pthread_cancel) in one of these functions is cancelled after it has returned;
- * with asynchronous cancellation, as it returns, so that its result is lost.
+ * Cancellation: a thread that is cancelled (pthread_cancel) in one of these functions is cancelled after it has
+ * returned; with asynchronous cancellation, as it returns, so that its result is lost.
  */
 #ifndef NEROVA_ZEL_POLARIZATION_PROCESSOR_H
 #define NEROVA_ZEL_POLARIZATION_PROCESSOR_H
@@ -87,8 +87,8 @@ enum nv_polarization_processor_phase {
 
 /**
  * Makes the library ready for use. Calls are counted: each needs a matching module_terminate. The one that raises the
- * count from 0 binds the optional logger library; the library works silently without it. On Windows a program that keeps
- * the companions outside its own folder calls SetDllDirectory before.
+ * count from 0 binds the optional logger library; the library works silently without it. On Windows a program that
+ * keeps the companions outside its own folder calls SetDllDirectory before.
  *
  * @return 0 always. Should memory run out while the count is raised from 0, the other functions return 2 until it has
  *         fallen to 0 and module_initialize is called again.
@@ -132,8 +132,8 @@ nv_polarization_processor_destroy_polarization_processor(nv_polarization_process
  * Replaces calibration matrices. A matrix is 16 floats, 4 x 4 by rows: row 0 gives the sum of the intensities (twice
  * the power), row 1 the horizontal/vertical difference S1, row 2 the diagonal difference S2; row 3 is kept but never
  * read. Columns weigh the pixel itself, its horizontal, its vertical and its diagonal neighbour. Matrix m serves the
- * pixels that lie under the polarizer at 45 * m degrees; but in a frame with exactly one odd side the bottom-right pixel
- * takes matrix 0. Values are copied bit for bit and not checked.
+ * pixels that lie under the polarizer at 45 * m degrees; but in a frame with exactly one odd side the bottom-right
+ * pixel takes matrix 0. Values are copied bit for bit and not checked.
  *
  * Which pixels use the matrices depends on the route: with a vector plugin all do, with the built-in kernels only
  * those of the last columns and rows; the rest keeps the default calibration.

@@ -41,8 +41,8 @@ NEROVA_INLINE Float cubic_arctangent(Float t, float scale) {
  *   otherwise:    angle = start - cubic(s1 / s2)   start = pi / 2 with the sign of s2
  *
  * Both quotients come from reciprocal estimates; the cubic is odd, so that one subtraction serves both. The angle is
- * halved first, which is exact: its largest constant is then a quarter turn, which an AVX-512 instruction supplies. Samples says
- * how the cases are told apart, depending on what s1 and s2 can be.
+ * halved first, which is exact: its largest constant is then a quarter turn, which an AVX-512 instruction supplies.
+ * Samples says how the cases are told apart, depending on what s1 and s2 can be.
  */
 template <class Samples, class Float>
 NEROVA_INLINE Float azimuth_degrees(Float s1, Float s2) {
