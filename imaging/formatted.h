@@ -5,10 +5,10 @@
 namespace nerova_zel {
 
 /** What printf would print. */
-#if defined(__GNUC__)
-__attribute__((format(gnu_printf, 1, 2)))
+#if defined(__MINGW32__)
+[[gnu::format(gnu_printf, 1, 2)]] std::string formatted(const char* format, ...);
+#else
+[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...);
 #endif
-std::string
-formatted(const char* format, ...);
 
 }  // namespace nerova_zel

@@ -141,8 +141,8 @@ struct ApartStep16 {
 template <bool few_results>
 using StepFor = std::conditional_t<few_results, ApartStep16, Step16>;
 
-/** Up to how many 16-bit outputs two steps are computed at a time, without calibration. */
-constexpr unsigned most_results_of_two_steps(bool pairs) { return pairs ? 2 : 5; }
+/** Up to how many 16-bit outputs two steps are computed at a time, without calibration; more would make large code. */
+constexpr unsigned most_results_of_two_steps(bool pairs) { return pairs ? 0 : 5; }
 
 }  // namespace
 }  // namespace nerova_zel

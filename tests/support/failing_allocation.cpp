@@ -73,6 +73,8 @@ void* operator new(std::size_t size) {
   throw std::bad_alloc();
 }
 
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return allocate(size == 0 ? 1 : size); }
+
 void operator delete(void* memory) noexcept { release(memory); }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept { release(memory); }
