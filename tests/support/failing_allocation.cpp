@@ -79,6 +79,8 @@ void operator delete(void* memory) noexcept { release(memory); }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept { release(memory); }
 
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept { release(memory); }
+
 void nerova_zel::test::watch_allocations(const std::string& /*library_file*/) {}
 
 #endif
