@@ -68,7 +68,7 @@ TEST_F(TimingRecord, HasADecimalPointInEveryLocale) {
   expect_exact();
   EXPECT_STREQ(std::localeconv()->decimal_point, ",");
 #if !defined(_WIN32)
-  const locale_t of_the_thread = newlocale(LC_ALL_MASK, "de_DE.UTF-8", nullptr);
+  const locale_t of_the_thread = duplocale(LC_GLOBAL_LOCALE);
   std::setlocale(LC_ALL, "C");
   uselocale(of_the_thread);
   expect_exact();
