@@ -36,7 +36,8 @@ class TiffMemory {
   tmsize_t write(const void* data, tmsize_t count);
   std::uint64_t size() const { return output_ != nullptr ? output_->size() : input_->size(); }
 
-  static int on_error(TIFF* tiff, void* self, const char* module, const char* format, va_list arguments);
+  [[gnu::format(printf, 4, 0)]] static int on_error(TIFF* tiff, void* self, const char* module, const char* format,
+                                                    va_list arguments);
   static int on_warning(TIFF* tiff, void* self, const char* module, const char* format, va_list arguments);
 
   const Bytes* input_ = nullptr;
