@@ -48,11 +48,11 @@ bool ordinary_weights(const TransformParameters& parameters, MatrixRow matrices)
   constexpr float smallest = 0x1p-40F;
   const float largest = 0x1p13F * std::min(1.0F, parameters.input_maximum / parameters.output_maximum);
   for (int parity = 0; parity < 4; ++parity) {
-    const float* const weights = matrices[parity]->m;
-    if (!std::all_of(weights, weights + 12, [=](float weight) {
-          return weight == 0.0F || (std::abs(weight) >= smallest && std::abs(weight) < largest);
-        })) {
-      return false;
+    for (int i = 0; i < 12; ++i) {
+      const float magnitude = std::abs(matrices[parity]->m[i]);
+      if (magnitude != 0.0F && !(magnitude >= smallest && magnitude < largest)) {
+        return false;
+      }
     }
   }
   return true;
