@@ -24,6 +24,7 @@ class PngReader {
     }
     png_set_read_fn(png_, this, &read);
     png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // checked later, for a better sentence
+    png_set_chunk_malloc_max(png_, png_alloc_size_t{8} << 20U);   // a chunk's length is believed before it is read
   }
   ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
   PngReader(const PngReader&) = delete;
