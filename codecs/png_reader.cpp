@@ -24,7 +24,6 @@ class PngReader {
     }
     png_set_read_fn(png_, this, &read);
     png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // checked later, for a better sentence
-    png_set_chunk_malloc_max(png_, png_alloc_size_t{8} << 20U);   // a chunk's length is believed before it is read
   }
   ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
   PngReader(const PngReader&) = delete;
@@ -128,6 +127,11 @@ class PngReader {
     }
     std::memcpy(room, self.bytes_.data() + self.at_, count);
     self.at_ += count;
+    // libpng would take memory for a chunk's length before it reads the chunk.
+    const bool is_header = (png_get_io_state(png) & PNG_IO_CHUNK_HDR) != 0 && count == 8;
+    if (is_header && png_get_uint_32(room) > self.bytes_.size() - self.at_) {
+      png_error(png, "it ends too early");
+    }
   }
 
   [[noreturn]] static void on_error(png_structp png, png_const_charp message) {
