@@ -101,9 +101,6 @@ if(NEROVA_FUZZ)
   # No coverage either: the code has no decisions that an input could lead to.
   set(nerova_lanes_flags -O1 -g1 "SHELL:-mllvm -asan-stack=0" -fno-sanitize=fuzzer-no-link
     -fno-sanitize=null,object-size,pointer-overflow)
-elseif(NEROVA_COVERAGE)
-  # Not counted: nearly all of its decisions are taken when it is compiled, and counting each instantiation takes long.
-  list(APPEND nerova_lanes_flags -fno-profile-arcs -fno-test-coverage)
 elseif(NEROVA_SANITIZE)
   # The second flag makes GCC leave the wide registers clean.
   set(nerova_lanes_flags -O1 -fexpensive-optimizations -g0 -fno-sanitize=all)
