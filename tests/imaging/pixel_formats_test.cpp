@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "frames/colour_formats.h"
 #include "support/guarded_buffer.h"
 
 namespace nerova_zel::test {
@@ -64,6 +65,20 @@ TEST(PixelFormats, AnyNumberOfPixelsComesBackAndNothingElseIsTouched) {
       ASSERT_TRUE(std::equal(pixels.begin(), pixels.end(), unpacked));
       ASSERT_TRUE(output.surroundings_intact());
     }
+  }
+}
+
+TEST(PixelFormats, ColourNamesAreThoseOfCameras) {
+  const std::vector<ColourFormat> known = colour_formats();
+  for (const auto& [name, format, pattern] :
+       {ColourFormat{"BayerRGPolarized8", PixelFormat::mono8, ColourPattern::rggb},
+        {"BayerBGPolarized10p", PixelFormat::mono10p, ColourPattern::bggr},
+        {"BayerGRPolarized12p", PixelFormat::mono12p, ColourPattern::grbg},
+        {"BayerGBPolarized16", PixelFormat::mono16, ColourPattern::gbrg}}) {
+    const auto found = std::find_if(known.begin(), known.end(), [&](const auto& one) { return one.name == name; });
+    ASSERT_NE(found, known.end()) << name;
+    EXPECT_EQ(found->format, format) << name;
+    EXPECT_EQ(found->pattern, pattern) << name;
   }
 }
 
