@@ -60,7 +60,9 @@ bool add_product(const std::string& name, Products& products) {
 
 void add_all(Products& products) {
   for (const OutputDescription& description : output_table) {
-    products.outputs.insert(description.output);
+    if (description.source == OutputSource::library) {
+      products.outputs.insert(description.output);
+    }
   }
   if (can_draw()) {
     for (const auto& [name, kind] : picture_names) {
@@ -91,7 +93,7 @@ ImageView view_of(Output output, const OutputImages& images) {
   const OutputDescription& description = describe(output);
   const int channels = static_cast<int>(description.channels);
   if (description.element == OutputElement::float32) {
-    return {Element::float32, images.width(), images.height(), channels, images.stokes()};
+    return {Element::float32, images.width(), images.height(), channels, images.floats(output)};
   }
   return {Element::uint16, images.width(), images.height(), channels, images.values(output)};
 }
@@ -149,12 +151,16 @@ Products parse_products(const std::string& text) {
 std::vector<OutputFile> output_files(const Products& products, FileFormat format, AzimuthStyle style) {
   std::vector<OutputFile> files;
   for (const Output output : products.outputs) {
+    const OutputDescription& description = describe(output);
+    const std::string name = std::string("_") + description.name;
     if (output == Output::stokes && format != FileFormat::npy) {
-      // Floating-point pictures are TIFF, and viewers take one channel.
-      files.push_back({output, "_s1.tiff", 0});
-      files.push_back({output, "_s2.tiff", 1});
+      // Viewers take one channel.
+      files.push_back({output, name + "_s1.tiff", 0});
+      files.push_back({output, name + "_s2.tiff", 1});
+    } else if (description.element == OutputElement::float32 && format != FileFormat::npy) {
+      files.push_back({output, name + ".tiff"});  // PNG has no floating-point numbers
     } else {
-      files.push_back({output, std::string("_") + describe(output).name + extension_of(format)});
+      files.push_back({output, name + extension_of(format)});
     }
   }
   for (const PictureKind kind : products.pictures) {

@@ -27,7 +27,7 @@ struct Products {
 /** Every name that parse_products takes but "all". */
 std::vector<std::string> product_names();
 
-/** A list such as "azimuth,dolp", or "all": everything that this program can make. Throws Failure. */
+/** A list such as "azimuth,dolp", or "all": the library's outputs and all pictures that this program can make. Throws Failure. */
 Products parse_products(const std::string& text);
 
 /** One file of a frame's products. */

@@ -91,10 +91,11 @@ void declare_transform(CLI::App& app) {
   products.insert(products.begin(), "all");
   add_parsed<Products>(
       command, "--outputs", options->products, parse_products,
-      "What to write: all, or a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, "
-      "diagonal, "
-      "azimuth, dolp (16-bit), and to look at sheet (everything on a page), azimuth-picture (the azimuth in "
-      "colour at the frame's size) and azimuth-legend (what its colours mean)")
+      "What to write: a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, diagonal, "
+      "azimuth, dolp (16-bit), s0, s1, s2 (P, S1, S2 as floats in pixel values, not clipped), angle (the angle of "
+      "polarization as floats, 0 to 180 degrees), and to look at sheet (everything on a page), azimuth-picture (the "
+      "azimuth in colour at the frame's size) and azimuth-legend (what its colours mean); all is everything but s0, "
+      "s1, s2 and angle")
       ->type_name(braced(products) + ",...")
       ->default_str("all");
   add_parsed<std::filesystem::path>(

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdint>
 #include <set>
-#include <utility>
 #include <vector>
 
 #include "nerova_zel/polarization_processor.hpp"
@@ -11,33 +10,42 @@
 
 namespace nerova_zel {
 
-/** The output images of a frame, row by row; empty where not wanted. Memory is kept from frame to frame. */
+/**
+ * The output images of a frame, row by row; empty where neither wanted nor needed for another that is. Memory is kept
+ * from frame to frame.
+ */
 class OutputImages {
  public:
-  explicit OutputImages(std::set<Output> wanted) : wanted_(std::move(wanted)) {}
+  explicit OutputImages(std::set<Output> wanted);
 
   /** Makes room for the images of a frame of that size. */
   void allocate(int width, int height);
 
+  /** Whether the library has anything to compute. */
+  bool has_library_outputs() const;
   /** Where the library is to put them. Valid until the next allocate. */
   Outputs buffers(std::uint16_t output_maximum);
+  /** Where another output of floats goes; NULL where it is not wanted. Valid as above. */
+  float* room_for_floats(Output output);
 
   int width() const { return width_; }
   int height() const { return height_; }
 
   /** width * height elements of a 16-bit output; NULL where it is not wanted. */
   const std::uint16_t* values(Output output) const;
+  /** The same of an output of floats, with as many elements for each pixel as it has channels. */
+  const float* floats(Output output) const;
   /** 2 * width * height elements; NULL where they are not wanted. */
-  const float* stokes() const { return stokes_.empty() ? nullptr : stokes_.data(); }
+  const float* stokes() const { return floats(Output::stokes); }
 
  private:
   Buffer<std::uint16_t> room_for(Output output);
 
-  std::set<Output> wanted_;
+  std::set<Output> made_;
   int width_ = 0;
   int height_ = 0;
-  std::vector<float> stokes_;
-  /** By Output; the place of the Stokes pair stays empty. */
+  // By Output; one of the two places of each stays empty.
+  std::array<std::vector<float>, output_table.size()> floats_;
   std::array<std::vector<std::uint16_t>, output_table.size()> values_;
 };
 

@@ -5,10 +5,17 @@
 
 namespace nerova_zel {
 
-/** What the library computes of a frame, in the order of its arguments. */
-enum class Output { stokes, power, hv, diagonal, azimuth, dolp };
+/** What can be computed of a frame: the library's outputs in the order of its arguments, then this module's own. */
+enum class Output { stokes, power, hv, diagonal, azimuth, dolp, s0, s1, s2, angle };
 
 enum class OutputElement { uint16, float32 };
+
+/** What computes an output. */
+enum class OutputSource {
+  library,
+  pixel_rules,   ///< this module, from the frame by the library's per-pixel rules, whatever the route
+  library_pair,  ///< this module, from the library's Stokes pair
+};
 
 /** Everything that follows from an output, once. */
 struct OutputDescription {
@@ -21,16 +28,25 @@ struct OutputDescription {
   OutputElement element;
   /** Elements of a pixel. */
   std::size_t channels;
+  OutputSource source;
 };
 
-constexpr std::array<OutputDescription, 6> output_table = {
-    {{Output::stokes, "stokes", "normalized Stokes pair S1 / P and S2 / P", "1", OutputElement::float32, 2},
-     {Output::power, "power", "total power P", "full scale", OutputElement::uint16, 1},
-     {Output::hv, "hv", "S1 where it is positive", "full scale", OutputElement::uint16, 1},
-     {Output::diagonal, "diagonal", "S2 where it is positive", "full scale", OutputElement::uint16, 1},
+constexpr std::array<OutputDescription, 10> output_table = {
+    {{Output::stokes, "stokes", "normalized Stokes pair S1 / P and S2 / P", "1", OutputElement::float32, 2,
+      OutputSource::library},
+     {Output::power, "power", "total power P", "full scale", OutputElement::uint16, 1, OutputSource::library},
+     {Output::hv, "hv", "S1 where it is positive", "full scale", OutputElement::uint16, 1, OutputSource::library},
+     {Output::diagonal, "diagonal", "S2 where it is positive", "full scale", OutputElement::uint16, 1,
+      OutputSource::library},
      {Output::azimuth, "azimuth", "angle of linear polarization plus 90 degrees", "180 degrees", OutputElement::uint16,
-      1},
-     {Output::dolp, "dolp", "degree of linear polarization", "1", OutputElement::uint16, 1}}};
+      1, OutputSource::library},
+     {Output::dolp, "dolp", "degree of linear polarization", "1", OutputElement::uint16, 1, OutputSource::library},
+     {Output::s0, "s0", "total power P, not clipped", "pixel value", OutputElement::float32, 1,
+      OutputSource::pixel_rules},
+     {Output::s1, "s1", "S1, I0 - I90", "pixel value", OutputElement::float32, 1, OutputSource::pixel_rules},
+     {Output::s2, "s2", "S2, I45 - I135", "pixel value", OutputElement::float32, 1, OutputSource::pixel_rules},
+     {Output::angle, "angle", "angle of linear polarization, 0 to 180; NaN where P is 0", "degree",
+      OutputElement::float32, 1, OutputSource::library_pair}}};
 
 constexpr const OutputDescription& describe(Output output) { return output_table[static_cast<std::size_t>(output)]; }
 

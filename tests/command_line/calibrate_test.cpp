@@ -45,12 +45,12 @@ TEST_F(CalibrateTest, FramesOfABatchAreCalibratedLikeLoneOnes) {
   const std::string options = " --calibration calibration.json --outputs stokes,power --out ";
   ASSERT_EQ(run("transform a0.pgm" + options + "lone").exit_code, 0);
   ASSERT_EQ(run("transform 'a*.pgm'" + options + "batch --jobs 3").exit_code, 0);
-  for (const char* name : {"/a0_s1.tiff", "/a0_s2.tiff", "/a0_power.png"}) {
+  for (const char* name : {"/a0_stokes_s1.tiff", "/a0_stokes_s2.tiff", "/a0_power.png"}) {
     EXPECT_EQ(read(std::string("lone") + name), read(std::string("batch") + name)) << name;
   }
   EXPECT_NE(run("transform 'a*.pgm'" + options + "batch").output.find("5 skipped"), std::string::npos);
   std::filesystem::last_write_time(path("calibration.json"),
-                                   std::filesystem::last_write_time(path("batch/a0_s1.tiff")) + std::chrono::hours(1));
+                                   std::filesystem::last_write_time(path("batch/a0_stokes_s1.tiff")) + std::chrono::hours(1));
   EXPECT_NE(run("transform 'a*.pgm'" + options + "batch").output.find("5 done"), std::string::npos);
   const RunResult told =
       run("transform 'a*.pgm' --library \"" NEROVA_BUILT_IN_ONLY_LIBRARY "\"" + options + "built_in");

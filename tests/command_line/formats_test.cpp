@@ -51,8 +51,8 @@ void FormatsTest::expect_exact(const std::string& name, int bit_depth, const std
   EXPECT_NE(transformed.output.find("Mpixel/s"), std::string::npos) << transformed.output;
 
   const std::string stem = "results/" + name.substr(0, name.find('.'));
-  expect_floats(stem + "_s1.tiff", component(expected.stokes, 0), 37, 30);
-  expect_floats(stem + "_s2.tiff", component(expected.stokes, 1), 37, 30);
+  expect_floats(stem + "_stokes_s1.tiff", component(expected.stokes, 0), 37, 30);
+  expect_floats(stem + "_stokes_s2.tiff", component(expected.stokes, 1), 37, 30);
   for (const auto& [ending, values] : {std::pair{"_power.", &expected.power},
                                        {"_hv.", &expected.hv},
                                        {"_diagonal.", &expected.diagonal},
