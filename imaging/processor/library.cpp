@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "processor/bands.h"
 
 namespace nerova_zel {
 
@@ -83,8 +84,11 @@ Library::Library(const std::string& path)
       module_(load(path_)),
       processor_(checked(path_, [&] { return Processor(entry_points(module_, path_)); })) {}
 
-void Library::transform(const Frame& frame, const Outputs& outputs) const {
-  checked(path_, [&] { processor_.transform(frame, outputs); });
+void Library::transform(const Frame& frame, const Outputs& outputs, int threads) const {
+  checked(path_, [&] {
+    transform_in_bands([this](const Frame& rows, const Outputs& images) { processor_.transform(rows, images); }, frame,
+                       outputs, bands_worth_a_thread(frame.width, frame.height, threads));
+  });
 }
 
 void Library::set_calibration(const Calibration& matrices) {

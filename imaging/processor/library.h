@@ -20,8 +20,8 @@ class Library {
   /** Where it was opened, or the name that the system found it by. */
   const std::string& path() const { return path_; }
 
-  /** Thread-safe. */
-  void transform(const Frame& frame, const Outputs& outputs) const;
+  /** Thread-safe. On more than one thread the frame is computed in bands, with the same bits. */
+  void transform(const Frame& frame, const Outputs& outputs, int threads = 1) const;
 
   /** Not while another thread transforms. */
   void set_calibration(const Calibration& matrices);
