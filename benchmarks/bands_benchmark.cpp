@@ -34,7 +34,7 @@ class Workplace {
   }
 
   void compute(const Library& library, int threads) {
-    library.transform({samples_, width, height, 0, 0, Phase::degrees_90, 12}, images_.buffers(65535), threads);
+    library.transform({samples_, width, height, 0, 0, Phase::degrees_90, 12}, images_.buffers(65535).library, threads);
   }
 
  private:

@@ -28,8 +28,10 @@ struct FrameGeometry {
 
 /**
  * Fills `result` with the pixels less their dark level, rounded and not below 0; a level of another bit depth is scaled
- * as full scale is.
+ * as full scale is. `pixels` and `result` may be the same.
  */
+void without_dark_level(const std::uint16_t* pixels, const FrameSize& size, const FrameGeometry& geometry,
+                        const CameraCalibration& calibration, std::uint16_t* result);
 void without_dark_level(const RawFrame& frame, const FrameGeometry& geometry, const CameraCalibration& calibration,
                         std::vector<std::uint16_t>& result);
 

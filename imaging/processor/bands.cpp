@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <exception>
-#include <system_error>
-#include <thread>
 #include <type_traits>
+
+#include "threads.h"
 
 namespace nerova_zel {
 
@@ -110,31 +109,6 @@ class Seam {
   std::array<std::vector<std::uint16_t>, 5> codes_;
 };
 
-/** Joins on destruction. */
-class Threads {
- public:
-  ~Threads() {
-    for (std::thread& thread : threads_) {
-      thread.join();
-    }
-  }
-
-  /** Runs the work at once where the system has no more threads. */
-  template <class Work>
-  void run(const Work& work) {
-    try {
-      threads_.emplace_back(work);
-    } catch (const std::system_error&) {
-      work();
-    }
-  }
-
-  void reserve(std::size_t count) { threads_.reserve(count); }
-
- private:
-  std::vector<std::thread> threads_;
-};
-
 }  // namespace
 
 std::vector<std::int32_t> band_limits(std::int32_t height, int bands) {
@@ -154,12 +128,22 @@ int bands_worth_a_thread(std::int32_t width, std::int32_t height, int threads) {
   return static_cast<int>(std::max<std::int64_t>(1, std::min<std::int64_t>(threads, bands)));
 }
 
-void transform_in_bands(const TransformCall& transform, const Frame& frame, const Outputs& outputs, int bands) {
+void transform_rows(const TransformCall& transform, const Frame& frame, std::int32_t first_row, std::int32_t end_row,
+                    const Outputs& outputs) {
+  // The last two rows of a call that is not the frame's last are not those of the frame.
+  transform(rows_of(frame, first_row, std::min(end_row + kept_rows, frame.height)), outputs);
+}
+
+void transform_in_bands(const TransformCall& transform, const Frame& frame, const Outputs& outputs, int bands,
+                        const RowsCall& finish) {
   const std::vector<std::int32_t> limits = band_limits(frame.height, bands);
   const std::size_t count = limits.size() - 1;
   // A frame that one call refuses is left to one call.
   if (count < 2 || frame.width < 2 || frame.pixels.data() == nullptr || !bands_are_alike(frame, outputs)) {
     transform(frame, outputs);
+    if (finish) {
+      finish(0, frame.height);
+    }
     return;
   }
   std::vector<Seam> seams;
@@ -167,30 +151,17 @@ void transform_in_bands(const TransformCall& transform, const Frame& frame, cons
   while (seams.size() < count - 1) {
     seams.emplace_back(outputs, frame.width);
   }
-  std::vector<std::exception_ptr> failures(count);
-  const auto compute_band = [&](std::size_t band) {
-    try {
-      transform(rows_of(frame, limits[band], limits[band + 1]), outputs_from_row(outputs, frame.width, limits[band]));
-      if (band < seams.size()) {
-        seams[band].repair(transform, frame, outputs, limits[band + 1]);
-      }
-    } catch (...) {
-      failures[band] = std::current_exception();
+  on_threads(count, [&](std::size_t band) {
+    const std::int32_t first = limits[band];
+    const std::int32_t end = limits[band + 1];
+    transform(rows_of(frame, first, end), outputs_from_row(outputs, frame.width, first));
+    if (band < seams.size()) {
+      seams[band].repair(transform, frame, outputs, end);
     }
-  };
-  {
-    Threads threads;
-    threads.reserve(count - 1);
-    for (std::size_t band = 1; band < count; ++band) {
-      threads.run([&compute_band, band] { compute_band(band); });
+    if (finish) {
+      finish(first, end);
     }
-    compute_band(0);
-  }
-  for (const std::exception_ptr& failure : failures) {
-    if (failure) {
-      std::rethrow_exception(failure);
-    }
-  }
+  });
 }
 
 }  // namespace nerova_zel

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <utility>
 
-#include "processor/linear_stokes.h"
+#include "processor/frame_images.h"
 
 namespace nerova_zel {
 
@@ -34,32 +34,18 @@ const std::vector<std::uint16_t>& FrameTransformer::pixels_to_transform() {
   return calibrated_;
 }
 
-/** What the library does not compute. */
-void FrameTransformer::compute_others(const std::vector<std::uint16_t>& pixels) {
-  const StokesPlanes planes{outputs_.room_for_floats(Output::s0), outputs_.room_for_floats(Output::s1),
-                            outputs_.room_for_floats(Output::s2)};
-  if (planes.s0 != nullptr || planes.s1 != nullptr || planes.s2 != nullptr) {
-    const MosaicFrame mosaic{pixels.data(), frame_.width, frame_.height, settings_.layout, origin_};
-    compute_linear_stokes(mosaic, library_.calibration(), 0, frame_.height, planes);
-  }
-  if (float* const angle = outputs_.room_for_floats(Output::angle)) {
-    angles_of_pairs(outputs_.stokes(), frame_.pixels.size(), angle);
-  }
-}
-
 FrameTransformer::Timing FrameTransformer::transform() {
   const std::vector<std::uint16_t>& pixels = pixels_to_transform();
   const Frame frame{pixels,    frame_.width, frame_.height,
                     origin_.x, origin_.y,    static_cast<Phase>(settings_.layout.phase()),
                     bit_depth_};
-  const Outputs outputs = outputs_.buffers(static_cast<std::uint16_t>(settings_.output_maximum));
+  const ImageBuffers images = outputs_.buffers(static_cast<std::uint16_t>(settings_.output_maximum));
+  const Calibration matrices = library_.calibration();
+  const auto call = [this](const Frame& rows, const Outputs& outputs) { library_.transform(rows, outputs); };
   Timing timing{};
   for (int i = 0; i < settings_.repeat; ++i) {
     const auto start = std::chrono::steady_clock::now();
-    if (outputs_.has_library_outputs()) {
-      library_.transform(frame, outputs);
-    }
-    compute_others(pixels);
+    compute_images(call, matrices, frame, images, 1);
     const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
     if (i == 0) {
       timing = {elapsed.count(), elapsed.count()};

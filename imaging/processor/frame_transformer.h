@@ -55,7 +55,6 @@ class FrameTransformer {
  private:
   /** Without their dark level where a calibration has one. */
   const std::vector<std::uint16_t>& pixels_to_transform();
-  void compute_others(const std::vector<std::uint16_t>& pixels);
   Timing transform();
 
   const TransformSettings& settings_;

@@ -1,6 +1,5 @@
 #include "processor/output_images.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace nerova_zel {
@@ -9,11 +8,6 @@ OutputImages::OutputImages(std::set<Output> wanted) : made_(std::move(wanted)) {
   if (made_.count(Output::angle) != 0) {
     made_.insert(Output::stokes);
   }
-}
-
-bool OutputImages::has_library_outputs() const {
-  return std::any_of(made_.begin(), made_.end(),
-                     [](Output output) { return describe(output).source == OutputSource::library; });
 }
 
 void OutputImages::allocate(int width, int height) {
@@ -50,15 +44,18 @@ Buffer<std::uint16_t> OutputImages::room_for(Output output) {
   return image.empty() ? Buffer<std::uint16_t>() : Buffer<std::uint16_t>(image);
 }
 
-Outputs OutputImages::buffers(std::uint16_t output_maximum) {
+ImageBuffers OutputImages::buffers(std::uint16_t output_maximum) {
   auto& pairs = floats_[static_cast<std::size_t>(Output::stokes)];
-  return {pairs.empty() ? Buffer<float>() : Buffer<float>(pairs),
-          room_for(Output::power),
-          room_for(Output::hv),
-          room_for(Output::diagonal),
-          room_for(Output::azimuth),
-          room_for(Output::dolp),
-          output_maximum};
+  const Outputs library{pairs.empty() ? Buffer<float>() : Buffer<float>(pairs),
+                        room_for(Output::power),
+                        room_for(Output::hv),
+                        room_for(Output::diagonal),
+                        room_for(Output::azimuth),
+                        room_for(Output::dolp),
+                        output_maximum};
+  return {library,
+          {room_for_floats(Output::s0), room_for_floats(Output::s1), room_for_floats(Output::s2)},
+          room_for_floats(Output::angle)};
 }
 
 }  // namespace nerova_zel

@@ -5,7 +5,7 @@
 #include <set>
 #include <vector>
 
-#include "nerova_zel/polarization_processor.hpp"
+#include "processor/frame_images.h"
 #include "processor/outputs.h"
 
 namespace nerova_zel {
@@ -21,12 +21,8 @@ class OutputImages {
   /** Makes room for the images of a frame of that size. */
   void allocate(int width, int height);
 
-  /** Whether the library has anything to compute. */
-  bool has_library_outputs() const;
-  /** Where the library is to put them. Valid until the next allocate. */
-  Outputs buffers(std::uint16_t output_maximum);
-  /** Where another output of floats goes; NULL where it is not wanted. Valid as above. */
-  float* room_for_floats(Output output);
+  /** Where they are to be put. Valid until the next allocate. */
+  ImageBuffers buffers(std::uint16_t output_maximum);
 
   int width() const { return width_; }
   int height() const { return height_; }
@@ -40,6 +36,7 @@ class OutputImages {
 
  private:
   Buffer<std::uint16_t> room_for(Output output);
+  float* room_for_floats(Output output);
 
   std::set<Output> made_;
   int width_ = 0;

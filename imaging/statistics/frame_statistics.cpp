@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "angles.h"
 #include "statistics/pixel_counts.h"
+#include "threads.h"
 
 namespace nerova_zel {
 
@@ -16,12 +18,122 @@ constexpr std::pair<CountedImage, Output> counted_outputs[] = {{CountedImage::po
                                                                {CountedImage::diagonal, Output::diagonal},
                                                                {CountedImage::dolp, Output::dolp}};
 
-void count_limits(CountedImage image, const std::uint16_t* values, std::size_t count, int greatest,
-                  StatisticsSums& sums) {
-  const PixelCounts counts = count_pixels(values, count, greatest);
-  sums.saturated[static_cast<std::size_t>(image)] = counts.saturated;
-  sums.dark[static_cast<std::size_t>(image)] = counts.dark;
+/** Rows that are summed up together. Sums of such steps are added in order: rounding depends on nothing else. */
+constexpr std::int32_t rows_of_step = 16;
+
+/** The first row behind a step. Its last rows are never a single one, which would be no frame. */
+std::int32_t end_of_step(std::int32_t row, std::int32_t height) {
+  return height - row <= rows_of_step + 1 ? height : row + rows_of_step;
 }
+
+/** Pixels and their images, from which sums are made. */
+struct CountedPixels {
+  std::size_t count;
+  const float* stokes;
+  std::array<const std::uint16_t*, counted_images> images;  ///< by CountedImage
+
+  const std::uint16_t* values(CountedImage image) const { return images[static_cast<std::size_t>(image)]; }
+};
+
+/** Sums of every fourth pixel each, so that they wait less for one another and make vectors. */
+struct Sums {
+  static constexpr std::size_t lanes = 4;
+  using Lanes = std::array<double, lanes>;
+  Lanes without_degree{};
+  Lanes without_angle{};
+  Lanes cosines{};
+  Lanes sines{};
+  Lanes angle_weights{};
+  Lanes degrees{};
+  Lanes degree_weights{};
+
+  template <StatisticsWeight weight>
+  void add(const CountedPixels& pixels, std::size_t i, std::size_t lane) {
+    constexpr bool by_power = weight == StatisticsWeight::power;
+    const double s1 = pixels.stokes[2 * i];
+    const double s2 = pixels.stokes[2 * i + 1];
+    const double length = std::sqrt(s1 * s1 + s2 * s2);
+    const bool has_degree = length < std::numeric_limits<double>::infinity();  // a NaN is not
+    const bool has_angle = has_degree && length > 0.0;
+    const double light = by_power ? pixels.values(CountedImage::power)[i] : 1.0;
+    const double degree_weight = has_degree ? light : 0.0;
+    const double angle_weight = by_power ? light * length : 1.0;
+    without_degree[lane] += has_degree ? 0.0 : 1.0;
+    without_angle[lane] += has_angle ? 0.0 : 1.0;
+    degrees[lane] += degree_weight * pixels.values(CountedImage::dolp)[i];
+    degree_weights[lane] += degree_weight;
+    const double share = angle_weight / length;
+    cosines[lane] += has_angle ? share * s1 : 0.0;
+    sines[lane] += has_angle ? share * s2 : 0.0;
+    angle_weights[lane] += has_angle ? angle_weight : 0.0;
+  }
+
+  static double total(const Lanes& sums) { return (sums[0] + sums[1]) + (sums[2] + sums[3]); }
+};
+
+template <StatisticsWeight weight>
+Sums sum_lanes(const CountedPixels& pixels) {
+  Sums sums;
+  std::size_t i = 0;
+  for (; i + Sums::lanes <= pixels.count; i += Sums::lanes) {
+    for (std::size_t lane = 0; lane < Sums::lanes; ++lane) {
+      sums.add<weight>(pixels, i + lane, lane);
+    }
+  }
+  for (; i < pixels.count; ++i) {
+    sums.add<weight>(pixels, i, i % Sums::lanes);
+  }
+  return sums;
+}
+
+StatisticsSums sum_of_step(const CountedPixels& pixels, int full_scale, int output_maximum, StatisticsWeight weight) {
+  StatisticsSums result;
+  result.pixels = pixels.count;
+  for (std::size_t image = 0; image < counted_images; ++image) {
+    const bool is_frame = static_cast<CountedImage>(image) == CountedImage::frame;
+    const PixelCounts counts = count_pixels(pixels.images[image], pixels.count, is_frame ? full_scale : output_maximum);
+    result.saturated[image] = counts.saturated;
+    result.dark[image] = counts.dark;
+  }
+  const Sums sums = weight == StatisticsWeight::power ? sum_lanes<StatisticsWeight::power>(pixels)
+                                                      : sum_lanes<StatisticsWeight::equal>(pixels);
+  result.without_degree = static_cast<std::uint64_t>(Sums::total(sums.without_degree));
+  result.without_angle = static_cast<std::uint64_t>(Sums::total(sums.without_angle));
+  result.cosines = Sums::total(sums.cosines);
+  result.sines = Sums::total(sums.sines);
+  result.angle_weights = Sums::total(sums.angle_weights);
+  result.degrees = Sums::total(sums.degrees);
+  result.degree_weights = Sums::total(sums.degree_weights) * output_maximum;
+  return result;
+}
+
+/** Room for the images of a step. */
+class StepImages {
+ public:
+  explicit StepImages(std::size_t width) : stokes_(2 * width * rows), codes_(4 * width * rows), plane_(width * rows) {}
+
+  Outputs buffers() {
+    Outputs outputs;
+    outputs.normalized_stokes = stokes_.data();
+    outputs.total_power = plane(0);
+    outputs.horizontal_vertical = plane(1);
+    outputs.diagonal = plane(2);
+    outputs.degree_of_linear_polarization = plane(3);
+    return outputs;
+  }
+
+  CountedPixels pixels(const std::uint16_t* frame, std::size_t count) {
+    return {count, stokes_.data(), {frame, plane(0), plane(1), plane(2), plane(3)}};
+  }
+
+ private:
+  static constexpr std::size_t rows = rows_of_step + 3;  // the last step is longer, other calls have two rows more
+  std::uint16_t* plane(std::size_t number) { return codes_.data() + number * plane_; }
+
+  std::vector<float> stokes_;
+  std::vector<std::uint16_t> codes_;
+  std::size_t plane_;
+};
 
 }  // namespace
 
@@ -84,37 +196,47 @@ std::set<Output> statistics_outputs() {
 StatisticsSums sum_up(const RawFrame& frame, int full_scale, const OutputImages& outputs, int output_maximum,
                       StatisticsWeight weight) {
   StatisticsSums sums;
-  sums.pixels = frame.pixels.size();
-  count_limits(CountedImage::frame, frame.pixels.data(), frame.pixels.size(), full_scale, sums);
-  for (const auto& [image, output] : counted_outputs) {
-    count_limits(image, outputs.values(output), frame.pixels.size(), output_maximum, sums);
-  }
-  const float* const stokes = outputs.stokes();
-  const std::uint16_t* const power = outputs.values(Output::power);
-  const std::uint16_t* const dolp = outputs.values(Output::dolp);
-  for (std::size_t i = 0; i < frame.pixels.size(); ++i) {
-    const double s1 = stokes[2 * i];
-    const double s2 = stokes[2 * i + 1];
-    const double length = std::sqrt(s1 * s1 + s2 * s2);
-    if (!std::isfinite(length)) {
-      ++sums.without_degree;
-      ++sums.without_angle;
-      continue;
+  for (std::int32_t row = 0; row < frame.height;) {
+    const std::int32_t end = end_of_step(row, frame.height);
+    const std::size_t first = static_cast<std::size_t>(row) * static_cast<std::size_t>(frame.width);
+    const std::size_t count = static_cast<std::size_t>(end - row) * static_cast<std::size_t>(frame.width);
+    CountedPixels pixels{count, outputs.stokes() + 2 * first, {frame.pixels.data() + first}};
+    for (const auto& [image, output] : counted_outputs) {
+      pixels.images[static_cast<std::size_t>(image)] = outputs.values(output) + first;
     }
-    const bool by_power = weight == StatisticsWeight::power;
-    const double light = by_power ? power[i] : 1.0;
-    sums.degrees += light * dolp[i];
-    sums.degree_weights += light * output_maximum;
-    if (length == 0.0) {
-      ++sums.without_angle;
-      continue;
-    }
-    const double angle_weight = by_power ? light * length : 1.0;
-    sums.cosines += angle_weight * (s1 / length);
-    sums.sines += angle_weight * (s2 / length);
-    sums.angle_weights += angle_weight;
+    sums += sum_of_step(pixels, full_scale, output_maximum, weight);
+    row = end;
   }
   return sums;
+}
+
+StatisticsSums statistics_of(const TransformCall& transform, const Frame& frame, StatisticsWeight weight, int threads) {
+  constexpr int output_maximum = 65535;
+  const int full_scale = (1 << frame.bit_depth) - 1;
+  const auto width = static_cast<std::size_t>(frame.width);
+  std::vector<std::int32_t> limits = {0};
+  while (limits.back() < frame.height) {
+    limits.push_back(end_of_step(limits.back(), frame.height));
+  }
+  const std::size_t steps = limits.size() - 1;
+  std::vector<StatisticsSums> sums(steps);
+  const auto count =
+      std::min(steps, static_cast<std::size_t>(bands_worth_a_thread(frame.width, frame.height, threads)));
+  on_threads(count, [&](std::size_t thread) {
+    StepImages images(width);
+    for (std::size_t step = steps * thread / count; step < steps * (thread + 1) / count; ++step) {
+      const std::int32_t row = limits[step];
+      transform_rows(transform, frame, row, limits[step + 1], images.buffers());
+      const std::size_t pixels = width * static_cast<std::size_t>(limits[step + 1] - row);
+      sums[step] = sum_of_step(images.pixels(frame.pixels.data() + width * static_cast<std::size_t>(row), pixels),
+                               full_scale, output_maximum, weight);
+    }
+  });
+  StatisticsSums all;
+  for (const StatisticsSums& step : sums) {
+    all += step;
+  }
+  return all;
 }
 
 }  // namespace nerova_zel

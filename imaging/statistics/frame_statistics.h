@@ -6,6 +6,7 @@
 #include <set>
 
 #include "frames/raw_frame.h"
+#include "processor/bands.h"
 #include "processor/output_images.h"
 
 namespace nerova_zel {
@@ -56,5 +57,12 @@ std::set<Output> statistics_outputs();
 /** Of a frame with `full_scale`, and its outputs with `output_maximum`. */
 StatisticsSums sum_up(const RawFrame& frame, int full_scale, const OutputImages& outputs, int output_maximum,
                       StatisticsWeight weight);
+
+/**
+ * The same of a frame whose images nobody keeps, which takes neither their memory nor the time to write it. The output
+ * maximum is 65535. Up to `threads` threads compute it; their number does not change a bit. Throws what `transform`
+ * throws.
+ */
+StatisticsSums statistics_of(const TransformCall& transform, const Frame& frame, StatisticsWeight weight, int threads);
 
 }  // namespace nerova_zel

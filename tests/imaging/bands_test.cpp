@@ -1,12 +1,15 @@
 // Frames computed in bands against the same in one call, bit for bit: whatever the size, the bands and the route.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <mutex>
 #include <set>
 #include <thread>
 
 #include "processor/bands.h"
+#include "processor/frame_images.h"
 #include "processor/library.h"
+#include "statistics/frame_statistics.h"
 #include "support/frame_images.h"
 
 namespace nerova_zel::test {
@@ -18,7 +21,7 @@ Frame frame_of(const std::vector<std::uint16_t>& samples, int width, int height,
   frame.pixels = samples;
   frame.width = width;
   frame.height = height;
-  frame.origin_x = number % 3 - 1;
+  frame.origin_x = (number + 1) % 3 - 1;
   frame.origin_y = number % 2;
   frame.phase = static_cast<Phase>(number % 4);
   frame.bit_depth = 12;
@@ -56,6 +59,49 @@ TEST(Bands, GiveTheBitsOfOneCall) {
                              outputs_of(banded, number), bands);
           ASSERT_TRUE(banded == whole) << width << " x " << height << " in " << bands << ", case " << number;
         }
+      }
+    }
+  }
+}
+
+/** What is computed beside the library's images, by threads or without. */
+struct OtherImages {
+  explicit OtherImages(std::size_t pixels) : s0(pixels), s1(pixels), s2(pixels), angle(pixels) {}
+  ImageBuffers buffers(const Outputs& library) { return {library, {s0.data(), s1.data(), s2.data()}, angle.data()}; }
+  bool operator==(const OtherImages& other) const {
+    const auto same = [](const std::vector<float>& a, const std::vector<float>& b) {
+      return std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
+    };
+    return same(s0, other.s0) && same(s1, other.s1) && same(s2, other.s2) && same(angle, other.angle);
+  }
+
+  std::vector<float> s0, s1, s2, angle;
+};
+
+// Without room for pairs they are computed in steps of rows, and statistics always are.
+TEST(Bands, OtherImagesAndStatisticsAreThoseOfTheWholeFrame) {
+  for (const char* const path : {NEROVA_TESTED_LIBRARIES}) {
+    const Library library(path);
+    const auto transform = [&](const Frame& rows, const Outputs& outputs) { library.transform(rows, outputs); };
+    int number = 0;
+    for (const auto& [width, height] : std::vector<std::pair<int, int>>{
+             {3, 2}, {64, 3}, {65, 16}, {2, 17}, {64, 18}, {65, 33}, {64, 35}, {2049, 130}, {1024, 261}}) {
+      const std::vector<std::uint16_t> samples = mixed_samples(static_cast<std::size_t>(width * height));
+      const Frame frame = frame_of(samples, width, height, ++number * 6);  // at an origin that other images can have
+      FrameImages images(samples.size());
+      OtherImages whole(samples.size());
+      compute_images(transform, library.calibration(), frame, whole.buffers(outputs_of(images, 0)), 1);
+      OtherImages alone(samples.size());
+      compute_images(transform, library.calibration(), frame, alone.buffers({}), 3);
+      EXPECT_TRUE(alone == whole) << width << " x " << height;
+
+      OutputImages outputs(statistics_outputs());
+      outputs.allocate(width, height);
+      library.transform(frame, outputs.buffers(65535).library);
+      for (const StatisticsWeight weight : {StatisticsWeight::equal, StatisticsWeight::power}) {
+        const StatisticsSums kept = sum_up({width, height, 12, 16, samples}, 4095, outputs, 65535, weight);
+        const StatisticsSums passed = statistics_of(transform, frame, weight, 1 + number % 3);
+        EXPECT_EQ(std::memcmp(&kept, &passed, sizeof(kept)), 0) << width << " x " << height;
       }
     }
   }
