@@ -21,29 +21,26 @@ constexpr ColourPlane cells[4][2][2] = {
 /** How many of the sensor's columns (or rows) before `position` are of the cells with number `cell`. */
 int pixels_before(int position, int cell) { return position / 4 * 2 + std::clamp(position % 4 - 2 * cell, 0, 2); }
 
-/** The `count` columns (or rows) from `origin` on that belong to the cells with one number, on the plane's own sensor.
- */
+/** Columns (or rows) on the sensor of a plane. */
 struct Span {
   int begin;
   int end;
 
-  Span(int origin, int count, int cell)
-      : begin(pixels_before(origin, cell)), end(pixels_before(origin + count, cell)) {}
   int size() const { return end - begin; }
 };
 
-/** The part of a span that the spans of both cells have. */
-struct CommonSpan {
-  int begin;
-  int end;
+/** Those of the cells with one number among `count` of the sensor's from `origin` on. */
+Span span_of(int origin, int count, int cell) {
+  return {pixels_before(origin, cell), pixels_before(origin + count, cell)};
+}
 
-  CommonSpan(int origin, int count) : begin(0), end(0) {
-    const Span first(origin, count, 0);
-    const Span second(origin, count, 1);
-    begin = std::max(first.begin, second.begin);
-    end = std::max(begin, std::min(first.end, second.end));
-  }
-};
+/** The columns (or rows) that the spans of both cells have. */
+Span common_span(int origin, int count) {
+  const Span first = span_of(origin, count, 0);
+  const Span second = span_of(origin, count, 1);
+  const int begin = std::max(first.begin, second.begin);
+  return {begin, std::max(begin, std::min(first.end, second.end))};
+}
 
 constexpr std::size_t pair_bytes = 2 * sizeof(std::uint16_t);
 
@@ -116,17 +113,17 @@ ColourPlane ColourMosaic::plane_at(int x, int y) const {
 
 FrameSize ColourMosaic::plane_size(ColourPlane plane) const {
   const Cell cell = cell_of(plane);
-  return {Span(origin_.x, size_.width, cell.x).size(), Span(origin_.y, size_.height, cell.y).size()};
+  return {span_of(origin_.x, size_.width, cell.x).size(), span_of(origin_.y, size_.height, cell.y).size()};
 }
 
 Origin ColourMosaic::plane_origin(ColourPlane plane) const {
   const Cell cell = cell_of(plane);
-  return {Span(origin_.x, size_.width, cell.x).begin, Span(origin_.y, size_.height, cell.y).begin};
+  return {span_of(origin_.x, size_.width, cell.x).begin, span_of(origin_.y, size_.height, cell.y).begin};
 }
 
 Region ColourMosaic::common_region(ColourPlane plane) const {
-  const CommonSpan columns(origin_.x, size_.width);
-  const CommonSpan rows(origin_.y, size_.height);
+  const Span columns = common_span(origin_.x, size_.width);
+  const Span rows = common_span(origin_.y, size_.height);
   const Origin origin = plane_origin(plane);
   return {columns.begin - origin.x, rows.begin - origin.y, {columns.end - columns.begin, rows.end - rows.begin}};
 }

@@ -17,6 +17,11 @@ double received(const StokesVector& light, const PixelPolarizer& polarizer, int 
 }  // namespace
 
 std::vector<std::uint16_t> simulate_frame(const SimulatedScene& scene, const CameraSettings& camera) {
+  return simulate_frame([&scene](int x, int y) { return scene.light_at(x + 0.5, y + 0.5); }, camera);
+}
+
+std::vector<std::uint16_t> simulate_frame(const std::function<StokesVector(int x, int y)>& light,
+                                          const CameraSettings& camera) {
   const double full_scale = (1 << camera.bit_depth) - 1;
   std::mt19937_64 generator(camera.seed);
   std::vector<std::uint16_t> pixels;
@@ -25,7 +30,7 @@ std::vector<std::uint16_t> simulate_frame(const SimulatedScene& scene, const Cam
     for (int x = 0; x < camera.width; ++x) {
       const int angle = camera.layout.angle_at(camera.origin_x + x, camera.origin_y + y);
       const PixelPolarizer& polarizer = camera.polarizers[static_cast<std::size_t>(angle / 45)];
-      double signal = received(scene.light_at(x + 0.5, y + 0.5), polarizer, angle);
+      double signal = received(light(x, y), polarizer, angle);
       // Photo-electrons arrive independently: their number is Poisson distributed.
       if (camera.full_well > 0.0 && signal > 0.0) {
         std::poisson_distribution<std::int64_t> electrons(signal * camera.full_well);

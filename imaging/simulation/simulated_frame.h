@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -41,6 +42,10 @@ struct CameraSettings {
 
 /** Raw mosaic frame, width * height pixels, row by row. The same settings give the same frame. */
 std::vector<std::uint16_t> simulate_frame(const SimulatedScene& scene, const CameraSettings& camera);
+
+/** The same of any light, which is asked for the centre of each pixel by column and row. */
+std::vector<std::uint16_t> simulate_frame(const std::function<StokesVector(int x, int y)>& light,
+                                          const CameraSettings& camera);
 
 /**
  * The light that the output pixel (x, y) of a transform stands for: at the centre of the 2 x 2 neighbourhood it is

@@ -61,6 +61,11 @@ SimulatedScene::SimulatedScene(int width, int height, const SceneSettings& setti
 }
 
 StokesVector SimulatedScene::light_at(double x, double y) const {
+  const StokesVector light = whole_light_at(x, y);
+  return {settings_.light * light.s0, settings_.light * light.s1, settings_.light * light.s2};
+}
+
+StokesVector SimulatedScene::whole_light_at(double x, double y) const {
   if (settings_.uniform_light) {
     return *settings_.uniform_light;
   }
@@ -101,7 +106,7 @@ StokesVector SimulatedScene::wheel_light(double x, double y) const {
   if (from_spoke_edge < frame || std::abs(distance - ring_centre) > 0.2) {
     return {0.02, 0.0, 0.0};
   }
-  const double along = 0.9;
+  const double along = 0.9 * (settings_.tint ? 0.55 + 0.45 * std::cos(axis - *settings_.tint * pi / 180.0) : 1.0);
   const double across = along / (outer ? settings_.outer_extinction : settings_.inner_extinction);
   return two_beams(0.5 * surroundings * along, 0.5 * surroundings * across, axis);
 }

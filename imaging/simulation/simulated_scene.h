@@ -27,6 +27,13 @@ struct SceneSettings {
   /** Extinction ratios (transmittance along over transmittance across) of the wheel's two rings, at least 1. */
   double outer_extinction = 1000.0;
   double inner_extinction = 3.0;
+  /**
+   * For a scene in one colour: the position in degrees of the sector that passes it whole; those farther around the
+   * wheel pass less, down to a tenth on the other side. Without it sectors are colourless.
+   */
+  std::optional<double> tint;
+  /** Share of all light that is seen. */
+  double light = 1.0;
   /** The same light everywhere in place of all that. */
   std::optional<StokesVector> uniform_light;
 };
@@ -43,6 +50,7 @@ class SimulatedScene {
   StokesVector light_at(double x, double y) const;
 
  private:
+  StokesVector whole_light_at(double x, double y) const;
   StokesVector sphere_light(double x, double y) const;
   StokesVector wheel_light(double x, double y) const;
 

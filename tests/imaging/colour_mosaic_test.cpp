@@ -15,7 +15,7 @@ namespace {
 
 /** From the name: the greens are told apart by the colour that they share rows with. */
 std::string colour_at(const std::string& pattern, int sensor_x, int sensor_y) {
-  const auto row = static_cast<std::size_t>(sensor_y / 2 % 2 * 2);
+  const std::size_t row = sensor_y / 2 % 2 == 0 ? 0 : 2;
   const char colour = pattern[row + static_cast<std::size_t>(sensor_x / 2 % 2)];
   if (colour != 'G') {
     return {colour};
@@ -51,7 +51,7 @@ void check_planes(const std::string& name, ColourPattern pattern, const Origin& 
         // The polarizer over the pixel is that of the plane's mosaic at its place.
         ASSERT_EQ((corner.x + at % half.width) % 2, (origin.x + x) % 2);
         ASSERT_EQ((corner.y + at / half.width) % 2, (origin.y + y) % 2);
-        expected[i].push_back(frame[static_cast<std::size_t>(y * size.width + x)]);
+        expected[i].push_back(*(frame.begin() + std::ptrdiff_t{y} * size.width + x));
       }
     }
     ASSERT_EQ(expected[i].size(), static_cast<std::size_t>(half.width * half.height));

@@ -6,56 +6,26 @@
 
 #include "angles.h"
 #include "imaging/library_outputs.h"
+#include "imaging/sampled_light.h"
 
 namespace nerova_zel::test {
 namespace {
 
 constexpr std::uint16_t output_maximum = 65535;
 
-/** What the samples of one output pixel can have lost against the light at their centre, in pixel values. */
-struct SamplingError {
-  double s;      ///< of the vector (S1, S2)
-  double power;  ///< of P
-};
-
-/**
- * Differences of the light between the centre and each of the four samples, and rounding to whole pixel values. In
- * every fourth column some routes of the library take the samples to the left in place of those to the right.
- */
-SamplingError sampling_error(const SimulatedScene& scene, const CameraSettings& camera, int x, int y, double rounding) {
-  const double full_scale = (1 << camera.bit_depth) - 1;
-  const StokesVector centre = true_light(scene, camera, x, y);
-  const int right = std::min(x + 1, camera.width - 1);
-  const int top = std::min(y, camera.height - 2);
-  double of_angle[4] = {};
-  for (const int row : {top, top + 1}) {
-    for (int column = x % 4 == 3 || x == right ? x - 1 : x; column <= right; ++column) {
-      const int angle = camera.layout.angle_at(camera.origin_x + column, camera.origin_y + row);
-      const double difference =
-          scene.light_at(column + 0.5, row + 0.5).behind_polarizer(angle) - centre.behind_polarizer(angle);
-      double& error = of_angle[angle / 45];
-      error = std::max(error, rounding + full_scale * std::abs(difference));
-    }
-  }
-  return {std::hypot(of_angle[0] + of_angle[2], of_angle[1] + of_angle[3]),
-          0.5 * (of_angle[0] + of_angle[1] + of_angle[2] + of_angle[3])};
+/** A frame of a grey sensor. */
+SampledLight sampled_light(const SimulatedScene& scene, const CameraSettings& camera) {
+  return {camera.width,
+          camera.height,
+          static_cast<double>((1 << camera.bit_depth) - 1),
+          [&camera](int x, int y) { return camera.layout.angle_at(camera.origin_x + x, camera.origin_y + y); },
+          [&scene](int x, int y) { return scene.light_at(x + 0.5, y + 0.5); },
+          [&scene, &camera](int x, int y) { return true_light(scene, camera, x, y); }};
 }
 
-/** Angle of linear polarization that an azimuth output stands for, less the true one; -90 to 90 degrees. */
-double azimuth_error(std::uint16_t azimuth, const StokesVector& truth) {
-  return std::remainder(azimuth * 180.0 / output_maximum - 90.0 - truth.angle_degrees(), 180.0);
-}
-
-// Without noise every single pixel obeys a bound that follows from how it came about: S1 and S2 are off by no more than
-// the light differs between the four samples and their centre, plus half a pixel value of rounding each; that turns the
-// angle by at most asin(error / |S|) / 2. The library adds its documented 0.16 degrees to the angle, and to the degree
-// twice the relative error 1.5 * 2^-12 of the reciprocal estimate (in P and in 1 / P); outputs are rounded.
 class PhysicsOfRoute : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(PhysicsOfRoute, EveryPixelIsWithinItsBound) {
-  constexpr double azimuth_approximation = 0.16;
-  constexpr double estimates = 2.0 * 1.5 / 4096.0 + 1e-6;
-  constexpr double half_code = 0.5 / output_maximum;
   // Of the 16 combinations those in which every layout and every parity of the origin occurs.
   struct Mosaic {
     int layout;
@@ -71,36 +41,14 @@ TEST_P(PhysicsOfRoute, EveryPixelIsWithinItsBound) {
     camera.layout = MosaicLayout(layout);
     camera.origin_x = origin_x;
     camera.origin_y = origin_y;
-    const double full_scale = (1 << camera.bit_depth) - 1;
     const SimulatedScene scene(camera.width, camera.height, {});
     const LibraryOutputs outputs =
         transform_by_library(camera, simulate_frame(scene, camera), output_maximum, GetParam());
-    int outside = 0;
-    int sharply_bounded = 0;
-    std::size_t at = 0;
-    for (int y = 0; y < camera.height; ++y) {
-      for (int x = 0; x < camera.width; ++x, ++at) {
-        const StokesVector truth = true_light(scene, camera, x, y);
-        const SamplingError error = sampling_error(scene, camera, x, y, 0.5);
-        const double power = truth.s0 * full_scale;
-        const double s = truth.degree() * power;
-        if (error.s < s) {
-          const double bound =
-              0.5 * std::asin(error.s / s) * degrees_per_radian + azimuth_approximation + 180.0 * half_code;
-          outside += std::abs(azimuth_error(outputs.azimuth[at], truth)) > bound ? 1 : 0;
-          sharply_bounded += bound < 1.0 ? 1 : 0;
-        }
-        if (error.power < power) {
-          const double degree = outputs.dolp[at] / static_cast<double>(output_maximum);
-          const double least = (s - error.s) / (power + error.power) * (1.0 - estimates) - half_code;
-          const double most = (s + error.s) / (power - error.power) * (1.0 + estimates) + half_code;
-          outside += degree < std::min(1.0, least) || degree > most ? 1 : 0;
-        }
-      }
-    }
-    EXPECT_EQ(outside, 0);
+    const BoundCheck check =
+        check_bounds(sampled_light(scene, camera), outputs.azimuth.data(), outputs.dolp.data(), output_maximum);
+    EXPECT_EQ(check.outside, 0);
     // The bounds say something: on an eighth of the picture and more the angle is held to a degree.
-    EXPECT_GT(sharply_bounded, camera.width * camera.height / 8);
+    EXPECT_GT(check.sharply_bounded, camera.width * camera.height / 8);
   }
 }
 
@@ -122,6 +70,7 @@ TEST(Physics, NoiseIsThatOfThePhotons) {
   camera.origin_x = 1;
   const SimulatedScene scene(camera.width, camera.height, {});
   const LibraryOutputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum);
+  const SampledLight sampled = sampled_light(scene, camera);
   double azimuth_squares = 0.0;
   double degree_squares = 0.0;
   int azimuths = 0;
@@ -131,12 +80,12 @@ TEST(Physics, NoiseIsThatOfThePhotons) {
     for (int x = 0; x < camera.width; ++x, ++at) {
       const StokesVector truth = true_light(scene, camera, x, y);
       const double degree = truth.degree();
-      if (degree < 0.3 || sampling_error(scene, camera, x, y, 0.0).s > 5.0) {
+      if (degree < 0.3 || sampling_error(sampled, x, y, 0.0).s > 5.0) {
         continue;  // hardly polarized, or at an edge
       }
       const double photons = truth.s0 * camera.full_well;
       const double azimuth_deviation = degrees_per_radian / (2.0 * degree * std::sqrt(photons));
-      azimuth_squares += std::pow(azimuth_error(outputs.azimuth[at], truth) / azimuth_deviation, 2);
+      azimuth_squares += std::pow(azimuth_error(outputs.azimuth[at], output_maximum, truth) / azimuth_deviation, 2);
       ++azimuths;
       if (degree < 0.8) {  // degrees near 1 are cut off there
         const double degree_deviation = std::sqrt((1.0 - 0.5 * degree * degree) / photons);

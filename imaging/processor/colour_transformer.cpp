@@ -1,0 +1,141 @@
+#include "processor/colour_transformer.h"
+
+#include <chrono>
+#include <utility>
+
+#include "failure.h"
+#include "frames/colour_interpolation.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr std::size_t green1 = static_cast<std::size_t>(ColourPlane::green1);
+constexpr std::size_t green2 = static_cast<std::size_t>(ColourPlane::green2);
+
+void resize(RawFrame& plane, const FrameSize& size, const RawFrame& frame) {
+  plane.width = size.width;
+  plane.height = size.height;
+  plane.bit_depth = frame.bit_depth;
+  plane.storage_bits = frame.storage_bits;
+  plane.pixels.resize(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
+}
+
+/** Where every plane begins when it is cut to what all have; this does not depend on the frame's size. */
+Origin common_origin(const Origin& origin) {
+  const ColourMosaic mosaic(ColourPattern::rggb, origin, {8, 8});
+  const Origin plane = mosaic.plane_origin(ColourPlane::red);
+  const Region common = mosaic.common_region(ColourPlane::red);
+  return {plane.x + common.x, plane.y + common.y};
+}
+
+}  // namespace
+
+ColourPlane ColourSettings::plane(std::size_t i) const { return colour_planes[merge_green && i > 1 ? i + 1 : i]; }
+
+const char* ColourSettings::name(std::size_t i) const {
+  return merge_green && plane(i) == ColourPlane::green1 ? "G" : name_of(plane(i));
+}
+
+// Pixels of both greens are averaged before the matrices are applied: exact where the two calibrations are equal, and
+// wrong by the product of their difference and that of the greens where they are not.
+std::optional<CameraCalibration> ColourSettings::calibration(std::size_t i) const {
+  if (!calibrations) {
+    return std::nullopt;
+  }
+  CameraCalibration result = (*calibrations)[static_cast<std::size_t>(plane(i))];
+  if (merge_green && plane(i) == ColourPlane::green1) {
+    const CameraCalibration& other = (*calibrations)[green2];
+    const double scale = static_cast<double>((1 << result.bit_depth) - 1) / ((1 << other.bit_depth) - 1);
+    for (std::size_t m = 0; m < result.matrices.size(); ++m) {
+      for (std::size_t k = 0; k < result.matrices[m].size(); ++k) {
+        result.matrices[m][k] = 0.5F * (result.matrices[m][k] + other.matrices[m][k]);
+      }
+      result.dark_levels[m] = 0.5 * (result.dark_levels[m] + scale * other.dark_levels[m]);
+    }
+  }
+  return result;
+}
+
+ColourLibraries::ColourLibraries(const std::string& path, const ColourSettings& settings) {
+  const std::size_t count = settings.calibrations ? settings.plane_count() : 1;
+  for (std::size_t i = 0; i < count; ++i) {
+    libraries_.push_back(std::make_unique<Library>(path));
+    if (settings.calibrations) {
+      libraries_.back()->set_calibration(settings.calibration(i)->matrices);
+    }
+  }
+}
+
+ColourTransformer::ColourTransformer(const TransformSettings& settings, const ColourSettings& colour,
+                                     const ColourLibraries& libraries, const std::set<Output>& wanted)
+    : settings_(settings), colour_(colour), origin_(settings.origin) {
+  if (settings_.region) {
+    origin_.x += settings_.region->x;
+    origin_.y += settings_.region->y;
+  }
+  for (std::size_t i = 0; i < colour_.plane_count(); ++i) {
+    TransformSettings of_plane = settings_;
+    of_plane.region.reset();
+    of_plane.origin = colour_.full_size ? origin_ : common_origin(origin_);
+    of_plane.calibration = colour_.calibration(i);
+    planes_.push_back(std::make_unique<Plane>(of_plane, libraries.of(i), wanted));
+  }
+}
+
+FrameTransformer::Timing ColourTransformer::run(const std::string& name) {
+  if (settings_.region) {
+    crop(frame_, *settings_.region, name);
+  }
+  const auto start = std::chrono::steady_clock::now();
+  take_apart(name);
+  const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
+  FrameTransformer::Timing sum{elapsed.count(), elapsed.count()};
+  for (const auto& plane : planes_) {
+    const FrameTransformer::Timing timing = plane->transformer.run(name);
+    sum.first_ms += timing.first_ms;
+    sum.best_ms += timing.best_ms;
+  }
+  return sum;
+}
+
+void ColourTransformer::take_apart(const std::string& name) {
+  const ColourMosaic mosaic(colour_.pattern, origin_, {frame_.width, frame_.height});
+  const FrameSize usable = colour_.full_size ? mosaic.size() : mosaic.common_region(ColourPlane::red).size;
+  const int least = colour_.full_size ? 4 : 2;
+  if (usable.width < least || usable.height < least) {
+    throw Failure(name + " is " + std::to_string(frame_.width) + " x " + std::to_string(frame_.height) +
+                  " pixels, too small for its colours to have a mosaic of 2 x 2 pixels each at the same place.");
+  }
+  PerPlane<std::uint16_t*> pixels{};
+  for (const ColourPlane plane : colour_planes) {
+    RawFrame& raw = raw_[static_cast<std::size_t>(plane)];
+    resize(raw, mosaic.plane_size(plane), frame_);
+    pixels[static_cast<std::size_t>(plane)] = raw.pixels.data();
+  }
+  mosaic.split(frame_.pixels.data(), pixels);
+  for (const ColourPlane plane : colour_planes) {
+    RawFrame& raw = raw_[static_cast<std::size_t>(plane)];
+    if (colour_.full_size) {
+      RawFrame whole;
+      resize(whole, mosaic.size(), frame_);
+      interpolate_plane(mosaic, plane, raw.pixels.data(), whole.pixels.data());
+      raw = std::move(whole);
+    } else {
+      crop(raw, mosaic.common_region(plane), name);
+    }
+  }
+  if (colour_.merge_green) {
+    merge_greens();
+  }
+  for (std::size_t i = 0; i < planes_.size(); ++i) {
+    std::swap(planes_[i]->transformer.frame(), raw_[static_cast<std::size_t>(colour_.plane(i))]);
+  }
+}
+
+void ColourTransformer::merge_greens() {
+  std::vector<std::uint16_t>& green = raw_[green1].pixels;
+  average_images(green.data(), raw_[green2].pixels.data(), green.size(), green.data());
+}
+
+}  // namespace nerova_zel
