@@ -78,7 +78,7 @@ def by_python(work, stream, directory, outputs, frames, jobs):
 
 def by_tool(tool, stream, directory, outputs, jobs):
     subprocess.run([tool, "transform", stream, "--raw", f"{WIDTH}x{HEIGHT}", "--pixel-format", "Mono12", "--outputs",
-                    ",".join(outputs), "--format", "npy", "--out", directory, "--jobs", str(jobs)],
+                    ",".join(outputs), "--format", "npy", "--output", directory, "--jobs", str(jobs)],
                    check=True, stdout=subprocess.DEVNULL)
 
 

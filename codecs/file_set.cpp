@@ -105,6 +105,13 @@ void FileSet::make_directory(const fs::path& directory) {
   }
 }
 
+void FileSet::check_free(const fs::path& path) const {
+  std::error_code error;
+  if (earlier_ == Earlier::refused && fs::exists(fs::symlink_status(path, error))) {
+    fail(path, "a file of that name is there already");
+  }
+}
+
 void FileSet::write(const fs::path& path, const Bytes& bytes) { write(path, {{bytes.data(), bytes.size()}}); }
 
 void FileSet::write(const fs::path& path, std::initializer_list<ByteView> parts) {
@@ -112,6 +119,7 @@ void FileSet::write(const fs::path& path, std::initializer_list<ByteView> parts)
   if (fs::is_directory(path, error)) {
     fail(path, "a directory has that name");
   }
+  check_free(path);
   PartialFile partial(path);
   errno = 0;
   if (!partial.open()) {
@@ -126,6 +134,9 @@ void FileSet::write(const fs::path& path, std::initializer_list<ByteView> parts)
 }
 
 void FileSet::commit() {
+  for (const Entry& entry : entries_) {
+    check_free(entry.path);
+  }
   Replaced replaced;
   for (Entry& entry : entries_) {
     replaced.keep(entry.path);

@@ -23,7 +23,10 @@ struct ByteView {
  */
 class FileSet {
  public:
-  FileSet() = default;
+  /** What becomes of a file that has the name of one of the set. */
+  enum class Earlier { replaced, refused };
+
+  explicit FileSet(Earlier earlier = Earlier::replaced) : earlier_(earlier) {}
   ~FileSet();
   FileSet(const FileSet&) = delete;
   FileSet& operator=(const FileSet&) = delete;
@@ -39,12 +42,15 @@ class FileSet {
   void commit();
 
  private:
+  void check_free(const std::filesystem::path& path) const;
+
   struct Entry {
     std::filesystem::path path;
     PartialFile partial;
   };
   std::vector<Entry> entries_;
   std::vector<std::filesystem::path> made_directories_;
+  const Earlier earlier_;
   bool committed_ = false;
 };
 

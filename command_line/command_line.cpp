@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <memory>
+#include <sstream>
 #include <string>
 
 #include "commands/calibrate_command.h"
@@ -10,7 +12,11 @@
 #include "commands/stats_command.h"
 #include "commands/transform_command.h"
 #include "failure_text.h"
+#include "help_page.h"
 #include "messages.h"
+#include "results.h"
+#include "usage_error.h"
+#include "usage_text.h"
 #include "version_text.h"
 
 namespace nerova_zel {
@@ -26,12 +32,13 @@ int complain(const std::string& sentence, int code) {
 }
 
 void declare_commands(CLI::App& app) {
+  app.formatter(std::make_shared<HelpPage>());  // before the commands, which take it from here
   app.require_subcommand(1);
   app.set_version_flag("--version", version_text, "Print the version, and what will compute frames on this computer");
   app.footer(
       "Examples:\n"
       "  nerova-polarize simulate frame.png --bit-depth 12\n"
-      "  nerova-polarize transform frame.png --bit-depth 12 --out pictures\n\n"
+      "  nerova-polarize transform frame.png --bit-depth 12 --output pictures\n\n"
       "Each command has its own --help, with more of them.");
   declare_transform(app);
   declare_stats(app);
@@ -43,17 +50,22 @@ void declare_commands(CLI::App& app) {
 }  // namespace
 
 int run_command_line(int argc, const char* const* argv) {
+  set_verbosity(Verbosity::usual);
   try {
     CLI::App app("Pictures of polarization from the raw frames of a polarization camera", "nerova-polarize");
     declare_commands(app);
     try {
       app.parse(argc, argv);
-    } catch (const CLI::Success& help) {
-      return app.exit(help);
+    } catch (const CLI::Success& wanted) {
+      std::ostringstream text;
+      app.exit(wanted, text, text);
+      print_result(text.str());
     } catch (const CLI::ParseError& error) {
-      return complain(error.what() + std::string("; see nerova-polarize --help."), exit_usage);
+      return complain(describe_parse_error(app, error), exit_usage);
     }
     return 0;
+  } catch (const UsageError&) {
+    return complain(describe_current_failure(), exit_usage);
   } catch (...) {
     return complain(describe_current_failure(), exit_failure);
   }

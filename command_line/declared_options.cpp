@@ -7,14 +7,23 @@ namespace nerova_zel {
 std::vector<DeclaredOption> declared_options(const CLI::App& app) {
   std::vector<DeclaredOption> options;
   for (const CLI::Option* option : app.get_options()) {
+    if (option->get_group().empty()) {
+      continue;
+    }
     DeclaredOption declared;
     if (!option->get_lnames().empty()) {
       declared.name = "--" + option->get_lnames().front();
     }
+    if (!option->get_snames().empty()) {
+      declared.short_name = "-" + option->get_snames().front();
+    }
     if (option->get_positional()) {
       declared.positional = option->get_name(true, false);
     }
-    declared.description = option->get_description();
+    const std::string& text = option->get_description();
+    const std::size_t line = text.find('\n');
+    declared.description = text.substr(0, line);
+    declared.details = line == std::string::npos ? "" : text.substr(line + 1);
     declared.is_required = option->get_required();
     declared.takes_many = option->get_items_expected_max() > 1;
     if (option->get_items_expected_max() > 0) {

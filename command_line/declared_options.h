@@ -10,11 +10,16 @@ namespace nerova_zel {
 struct DeclaredOption {
   /** "--name"; empty for a positional argument. */
   std::string name;
+  /** "-n"; empty for most. */
+  std::string short_name;
   /** Of a positional argument. */
   std::string positional;
   /** What to call the value; empty for a flag. */
   std::string value;
+  /** Without a full stop. */
   std::string description;
+  /** What the manual page says beyond it, in sentences. */
+  std::string details;
   std::string default_value;
   /** What the value may be, if that is a choice. */
   std::vector<std::string> choices;
@@ -26,7 +31,7 @@ struct DeclaredOption {
   bool is_flag() const { return value.empty(); }
 };
 
-/** In the order of declaration, --help first. */
+/** In the order of declaration, --help first; without those that are not to be shown. */
 std::vector<DeclaredOption> declared_options(const CLI::App& app);
 
 /** Every command of the program. */

@@ -4,12 +4,12 @@
 #include <cctype>
 #include <filesystem>
 
-#include "failure.h"
 #include "input_bytes.h"
 #include "pgm_file.h"
 #include "picture_file.h"
 #include "png_file.h"
 #include "tiff_file.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -52,8 +52,8 @@ void check_frame_extension(const std::string& path) {
       return;
     }
   }
-  throw Failure("cannot tell the form of " + path +
-                " from its name; it should end in .png, .tif, .tiff, .pgm or .raw.");
+  throw UsageError("cannot tell the form of " + path +
+                   " from its name; it should end in .png, .tif, .tiff, .pgm or .raw.");
 }
 
 Bytes encode_frame(const std::vector<std::uint16_t>& pixels, int width, int height, int bit_depth,

@@ -15,7 +15,8 @@ RawFrame read_picture(const std::string& path);
 
 /**
  * The file's bytes for a raw mosaic frame, in the form that `path` names by its extension: .png, .tif, .tiff, .pgm or
- * .raw (headerless, low byte first). One byte per pixel up to a bit depth of 8, else two. Throws Failure or CodecError.
+ * .raw (headerless, low byte first). One byte per pixel up to a bit depth of 8, else two. Throws UsageError or
+ * CodecError.
  */
 Bytes encode_frame(const std::vector<std::uint16_t>& pixels, int width, int height, int bit_depth,
                    const std::string& path);
@@ -23,7 +24,7 @@ Bytes encode_frame(const std::vector<std::uint16_t>& pixels, int width, int heig
 /** ".png" of "Frame.PNG"; empty when there is none. */
 std::string lower_case_extension(const std::string& path);
 
-/** Throws the Failure of encode_frame for an unknown extension before any work is done. */
+/** Throws the UsageError of encode_frame for an unknown extension before any work is done. */
 void check_frame_extension(const std::string& path);
 
 }  // namespace nerova_zel

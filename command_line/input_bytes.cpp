@@ -1,15 +1,12 @@
 #include "input_bytes.h"
 
+#include <unistd.h>
+
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 
-#if defined(_WIN32)
-#include <fcntl.h>
-#include <io.h>
-#endif
-
+#include "batch/interruption.h"
 #include "codec_error.h"
 #include "failure.h"
 #include "file_bytes.h"
@@ -39,15 +36,24 @@ void read_part_of_file(const std::string& path, const std::string& meant, std::u
 }
 
 void read_standard_input(std::size_t count, Bytes& bytes) {
-#if defined(_WIN32)
-  _setmode(_fileno(stdin), _O_BINARY);
-#endif
   bytes.resize(count);
-  bytes.resize(std::fread(bytes.data(), 1, count, stdin));
-  if (std::ferror(stdin) != 0) {
-    throw CodecError(CodecError::Reason::not_readable,
-                     std::string("cannot read standard input: ") + std::strerror(errno));
+  std::size_t present = 0;
+  while (present < count) {
+    if (!Interruption::wait_to_read(STDIN_FILENO)) {
+      present = 0;  // what is there of a frame is no frame
+      break;
+    }
+    const ssize_t got = read(STDIN_FILENO, bytes.data() + present, count - present);
+    if (got == 0) {
+      break;
+    }
+    if (got < 0 && errno != EINTR && errno != EAGAIN) {
+      throw CodecError(CodecError::Reason::not_readable,
+                       std::string("cannot read standard input: ") + std::strerror(errno));
+    }
+    present += got > 0 ? static_cast<std::size_t>(got) : 0;
   }
+  bytes.resize(present);
 }
 
 }  // namespace nerova_zel

@@ -17,7 +17,7 @@ Bytes read_file(const std::string& path, const std::string& meant);
 void read_part_of_file(const std::string& path, const std::string& meant, std::uint64_t offset, std::size_t count,
                        Bytes& bytes);
 
-/** So many bytes of standard input, or fewer where it ends, into `bytes`. */
+/** So many bytes of standard input, or fewer where it ends, into `bytes`; none after an interruption. */
 void read_standard_input(std::size_t count, Bytes& bytes);
 
 }  // namespace nerova_zel

@@ -30,6 +30,7 @@ void describe(std::ostringstream& page, const DeclaredOption& option) {
   if (option.name.empty()) {
     page << "\\fI" << roff(option.positional) << "\\fR";
   } else {
+    page << (option.short_name.empty() ? "" : "\\fB" + roff(option.short_name) + "\\fR, ");
     page << "\\fB" << roff(option.name) << "\\fR";
     if (!option.is_flag()) {
       page << " \\fI" << roff(option.value) << "\\fR";
@@ -41,11 +42,13 @@ void describe(std::ostringstream& page, const DeclaredOption& option) {
   if (option.takes_many) {
     page << " ...";
   }
-  page << "\n" << roff(option.description) << ".";
-  if (!option.default_value.empty()) {
-    page << "\nDefault: " << roff(option.default_value) << ".";
+  page << "\n" << roff(option.description) << ".\n";
+  if (!option.details.empty()) {
+    page << roff(option.details) << "\n";
   }
-  page << "\n";
+  if (!option.default_value.empty()) {
+    page << "Default: " << roff(option.default_value) << (option.default_value.back() == '.' ? "\n" : ".\n");
+  }
 }
 
 /** Lines of a footer that show commands. */

@@ -10,8 +10,9 @@
 namespace nerova_zel {
 
 // What CLI11 does not declare in one go. Type names say what a value may be: {a,b} one of these, {a,b},... a list of
-// them, FILE and DIR paths. Help, completions and manual page are made from the declarations. A value that makes no
-// sense is a Failure that names the option.
+// them, FILE and DIR paths. The first line of a description is for help and completions, what follows for the manual
+// page, too: all are made from the declarations. A value that makes no
+// sense is a UsageError that names the option.
 
 /** "{a,b,c}". */
 std::string braced(const std::vector<std::string>& names);
@@ -19,7 +20,7 @@ std::string braced(const std::vector<std::string>& names);
 /** "a, b or c"; with more than five "one of a, b, c". */
 std::string spoken(const std::vector<std::string>& names);
 
-/** An option whose value is made from its text; `parse` throws Failure. */
+/** An option whose value is made from its text; `parse` throws UsageError. */
 template <class Value>
 CLI::Option* add_parsed(CLI::App* command, const std::string& name, Value& value,
                         const std::function<Value(const std::string&)>& parse, const std::string& help) {
@@ -27,7 +28,7 @@ CLI::Option* add_parsed(CLI::App* command, const std::string& name, Value& value
       name, [&value, parse](const std::string& text) { value = parse(text); }, help);
 }
 
-/** Throws the Failure for a value that is none of the names. */
+/** Throws the UsageError for a value that is none of the names. */
 [[noreturn]] void refuse_choice(const std::string& option, const std::string& text,
                                 const std::vector<std::string>& names);
 
@@ -43,19 +44,29 @@ CLI::Option* add_choice(CLI::App* command, const std::string& name, Holder& valu
       default_name = known;
     }
   }
-  const auto choose = [&value, table, name, names](const std::string& text) {
+  const std::string long_name = name.substr(name.find("--"));
+  const auto choose = [&value, table, long_name, names](const std::string& text) {
     for (const auto& [known, meaning] : table) {
       if (text == known) {
         value = meaning;
         return;
       }
     }
-    refuse_choice(name, text, names);
+    refuse_choice(long_name, text, names);
   };
   return command->add_option_function<std::string>(name, choose, help)
       ->type_name(braced(names))
       ->default_str(default_name);
 }
+
+/** Lets the command take the option by a name that it had in earlier versions, too, which no document mentions. */
+void add_former_name(CLI::App* command, const std::string& former, CLI::Option* option);
+
+/** Accepts an option that earlier versions had and that changes nothing any more. */
+void add_former_flag(CLI::App* command, const std::string& former);
+
+/** -q and -v, which set the verbosity at once. */
+void add_verbosity(CLI::App* command);
 
 /** Lets the option take whole numbers from `least` to `greatest`. */
 CLI::Option* limit(CLI::Option* option, long long least, long long greatest);

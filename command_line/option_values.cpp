@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "failure.h"
 #include "number_text.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -33,8 +33,8 @@ std::optional<std::pair<int, int>> two_numbers(const std::string& text, char sep
 FrameSize parse_size(const std::string& option, const std::string& text) {
   const auto numbers = two_numbers(text, 'x', 2, most_pixels);
   if (!numbers || numbers->second > most_pixels / numbers->first) {
-    throw Failure(option + " " + text + " is not a size; it should read like 2448x2048, at least 2x2 and at most " +
-                  std::to_string(most_pixels) + " pixels in all.");
+    throw UsageError(option + " " + text + " is not a size; it should read like 2448x2048, at least 2x2 and at most " +
+                     std::to_string(most_pixels) + " pixels in all.");
   }
   return {numbers->first, numbers->second};
 }
@@ -42,7 +42,7 @@ FrameSize parse_size(const std::string& option, const std::string& text) {
 Origin parse_origin(const std::string& text) {
   const auto numbers = two_numbers(text, ',', 0, 1'000'000'000);
   if (!numbers) {
-    throw Failure("--origin " + text + " is not a place on the sensor; it should read like 0,0 or 101,64.");
+    throw UsageError("--origin " + text + " is not a place on the sensor; it should read like 0,0 or 101,64.");
   }
   return {numbers->first, numbers->second};
 }
@@ -54,7 +54,7 @@ Region parse_region(const std::string& text) {
   const auto size =
       second == std::string::npos ? std::nullopt : two_numbers(text.substr(second + 1), ',', 2, most_pixels);
   if (!corner || !size) {
-    throw Failure("--roi " + text + " is not a region; it should read X,Y,W,H like 100,64,800,600, at least 2 x 2.");
+    throw UsageError("--roi " + text + " is not a region; it should read X,Y,W,H like 100,64,800,600, at least 2 x 2.");
   }
   return {corner->first, corner->second, {size->first, size->second}};
 }
@@ -75,8 +75,8 @@ std::array<double, 4> parse_four(const std::string& option, const std::string& t
   if (!good || values.size() != 4) {
     std::ostringstream range;
     range << least << " to " << greatest;
-    throw Failure(option + " " + text + " makes no sense; it takes one number from " + range.str() +
-                  ", or four with commas between for the polarizers 0, 45, 90 and 135.");
+    throw UsageError(option + " " + text + " makes no sense; it takes one number from " + range.str() +
+                     ", or four with commas between for the polarizers 0, 45, 90 and 135.");
   }
   return {values[0], values[1], values[2], values[3]};
 }

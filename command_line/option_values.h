@@ -7,7 +7,7 @@
 
 namespace nerova_zel {
 
-// Each reads the value of an option and throws Failure, naming the option, when it makes no sense.
+// Each reads the value of an option and throws UsageError, naming the option, when it makes no sense.
 
 /** "WxH", both at least 2, and at most 2^28 pixels in all. */
 FrameSize parse_size(const std::string& option, const std::string& text);

@@ -76,15 +76,21 @@ std::string zsh_action(const DeclaredOption& option) {
   return head + (is_path(option) ? "_files" : " ");
 }
 
-std::string zsh_specification(const DeclaredOption& option) {
+std::string zsh_action_of_value(const DeclaredOption& option) { return option.is_flag() ? "" : zsh_action(option); }
+
+/** `exclusion` is what cannot follow; by default an option's other name. */
+std::string zsh_specification(const DeclaredOption& option, const std::string& exclusion = "") {
   if (option.name.empty()) {
     return (option.takes_many ? "*" : "") + zsh_action(option);
   }
-  const std::string description = "[" + zsh_description(option.description) + "]";
-  if (option.is_flag()) {
-    return option.name + description;
+  std::string names = option.name + (option.is_flag() ? "" : "=");
+  std::string head = option.takes_many ? "*" : exclusion;
+  if (!option.short_name.empty()) {
+    // Both names, of which either excludes the other; the braces are the shell's.
+    head = exclusion.empty() ? "(" + option.short_name + " " + option.name + ")" : exclusion;
+    names = "'{" + option.short_name + (option.is_flag() ? "" : "+") + "," + names + "}'";
   }
-  return (option.takes_many ? "*" : "") + option.name + "=" + description + zsh_action(option);
+  return head + names + "[" + zsh_description(option.description) + "]" + zsh_action_of_value(option);
 }
 
 }  // namespace
@@ -110,7 +116,11 @@ std::string bash_completion(const CLI::App& app) {
   for (const CLI::App* command : commands) {
     for (const DeclaredOption& option : declared_options(*command)) {
       if (!option.name.empty() && !option.is_flag()) {
-        script << "    " << command->get_name() << "," << option.name << ") " << bash_action(option) << " ;;\n";
+        script << "    " << command->get_name() << "," << option.name;
+        if (!option.short_name.empty()) {
+          script << "|" << command->get_name() << "," << option.short_name;
+        }
+        script << ") " << bash_action(option) << " ;;\n";
       }
     }
   }
@@ -152,7 +162,7 @@ std::string zsh_completion(const CLI::App& app) {
          << "  typeset -A opt_args\n"
          << "  _arguments -C";
   for (const DeclaredOption& option : declared_options(app)) {
-    script << " \\\n    '(- *)" << zsh_specification(option) << "'";
+    script << " \\\n    '" << zsh_specification(option, "(- *)") << "'";
   }
   script << " \\\n    '1:command:->command' \\\n    '*::argument:->argument'\n"
          << "  case $state in\n"

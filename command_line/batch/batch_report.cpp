@@ -10,7 +10,9 @@
 #endif
 
 #include "failure.h"
+#include "formatted.h"
 #include "messages.h"
+#include "results.h"
 
 namespace nerova_zel {
 
@@ -29,9 +31,12 @@ std::string frames(std::uint64_t count) { return std::to_string(count) + (count 
 BatchReport::BatchReport(std::optional<std::uint64_t> total, bool lone_frame, Detail detail)
     : total_(total),
       lone_frame_(lone_frame),
-      bar_(!lone_frame),
-      detail_(detail),
-      lines_(detail == Detail::full && !(bar_.is_shown() && output_is_terminal())) {}
+      bar_(!lone_frame && verbosity() == Verbosity::usual),
+      writes_files_(detail == Detail::full),
+      detail_(verbosity() == Verbosity::quiet ? Detail::nothing : detail),
+      lines_(detail_ == Detail::full && !(bar_.is_shown() && output_is_terminal())) {}
+
+void BatchReport::add_note(const std::string& sentence) { general_notes_.push_back(sentence); }
 
 void BatchReport::add(std::uint64_t index, FrameReport report) {
   const std::lock_guard<std::mutex> lock(mutex_);
@@ -55,14 +60,19 @@ void BatchReport::print(const FrameReport& report) {
     lone_failure_ = report.line;
     return;
   }
-  if (failed || !report.note.empty()) {
+  if (failed) {
     bar_.erase();
-    std::fflush(stdout);
-    std::fprintf(messages(), "nerova-polarize: %s\n", (failed ? report.line : report.note).c_str());
+    std::fprintf(messages(), "nerova-polarize: %s\n", report.line.c_str());
+    return;
   }
-  if (!failed && lines_) {
-    std::printf("%s\n", report.line.c_str());
-    std::fflush(stdout);
+  std::vector<std::string> notes = std::exchange(general_notes_, {});
+  notes.insert(notes.end(), report.notes.begin(), report.notes.end());
+  for (const std::string& sentence : notes) {
+    bar_.erase();
+    note(sentence);
+  }
+  if (lines_) {
+    print_result(report.line + "\n");
   }
 }
 
@@ -83,14 +93,15 @@ void BatchReport::finish(bool interrupted) {
     throw Failure("standard input is empty; it should hold frames.");
   }
   if (detail_ == Detail::full) {
-    std::printf("%s: %llu done, %llu skipped, %llu failed; %.2f s, %.1f frames/s, %.0f Mpixel/s\n",
-                frames(finished_).c_str(), static_cast<unsigned long long>(done_),
-                static_cast<unsigned long long>(skipped_), static_cast<unsigned long long>(failed_), seconds(),
-                static_cast<double>(done_) / seconds(), static_cast<double>(pixels_) / 1e6 / seconds());
-    std::fflush(stdout);
+    print_result(formatted("%s: %llu done, %llu skipped, %llu failed; %.2f s, %.1f frames/s, %.0f Mpixel/s\n",
+                           frames(finished_).c_str(), static_cast<unsigned long long>(done_),
+                           static_cast<unsigned long long>(skipped_), static_cast<unsigned long long>(failed_),
+                           seconds(), static_cast<double>(done_) / seconds(),
+                           static_cast<double>(pixels_) / 1e6 / seconds()));
   }
   if (interrupted) {
-    throw Failure("interrupted; the same command goes on with the frames that are left.");
+    throw Failure(std::string("interrupted") +
+                  (writes_files_ ? "; the same command with --resume does the frames that are left." : "."));
   }
   if (failed_ > 0) {
     throw Failure(std::to_string(failed_) + " of " + frames(finished_) + " failed, as said above.");

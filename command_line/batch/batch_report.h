@@ -4,6 +4,8 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "batch/frame_job.h"
 #include "batch/progress_bar.h"
@@ -25,6 +27,10 @@ class BatchReport {
   /** A lone frame has no bar, no summary, and its failure is for the caller to tell. */
   BatchReport(std::optional<std::uint64_t> total, bool lone_frame, Detail detail);
 
+  /** Something to know about all frames, which is said with the first of them. Before frames are added. */
+  void add_note(const std::string& sentence);
+
+  /** Throws Failure when standard output cannot be written. */
   void add(std::uint64_t index, FrameReport report);
 
   /** To be called when all is over: prints the summary; throws Failure if not all frames are done. */
@@ -42,6 +48,7 @@ class BatchReport {
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   std::mutex mutex_;
   ProgressBar bar_;
+  const bool writes_files_;
   const Detail detail_;
   /** Not where they would get between the bar. */
   const bool lines_;
@@ -54,6 +61,7 @@ class BatchReport {
   std::uint64_t failed_ = 0;
   std::uint64_t pixels_ = 0;
   std::string lone_failure_;
+  std::vector<std::string> general_notes_;
 };
 
 }  // namespace nerova_zel

@@ -1,6 +1,7 @@
 #include "batch/batch_runner.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <mutex>
 #include <thread>
@@ -23,12 +24,13 @@ class Work {
     try {
       const std::unique_ptr<FrameJob> job = make_job_();
       FrameTicket ticket;
-      while (!Interruption::is_requested() && frames_.next(ticket, job->bytes())) {
+      while (!is_over_ && !Interruption::is_requested() && frames_.next(ticket, job->bytes())) {
         report_.add(ticket.index, job->run(ticket));
       }
     } catch (...) {
       const std::lock_guard<std::mutex> lock(mutex_);
       failure_ = std::current_exception();
+      is_over_ = true;
     }
   }
 
@@ -44,6 +46,8 @@ class Work {
   BatchReport& report_;
   std::mutex mutex_;
   std::exception_ptr failure_;
+  /** What went wrong concerns all frames. */
+  std::atomic<bool> is_over_{false};
 };
 
 }  // namespace

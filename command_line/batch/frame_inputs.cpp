@@ -5,7 +5,7 @@
 
 #include "batch/frame_reader.h"
 #include "batch/input_files.h"
-#include "failure.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -32,7 +32,7 @@ std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
   for (const std::string& argument : arguments) {
     if (argument == "-") {
       if (!headerless || !headerless->format) {
-        throw Failure("standard input is a stream of headerless pixels; say --raw WxH and --pixel-format.");
+        throw UsageError("standard input is a stream of headerless pixels; say --raw WxH and --pixel-format.");
       }
       if (seen.insert(argument).second) {
         inputs.push_back({argument, std::nullopt, "stdin"});

@@ -13,7 +13,7 @@ FrameReport FrameJob::run(const FrameTicket& ticket) {
     if (sentence.find(name) == std::string::npos) {
       sentence = name + ": " + sentence;
     }
-    return {FrameReport::Result::failed, sentence, "", 0};
+    return {FrameReport::Result::failed, sentence, {}, 0};
   }
 }
 

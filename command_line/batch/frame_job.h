@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "batch/frame_sequence.h"
 
@@ -13,8 +14,8 @@ struct FrameReport {
   Result result = Result::failed;
   /** What to tell the user; of a failure, its sentence. */
   std::string line;
-  /** Something to know about a frame that is done, or empty. */
-  std::string note;
+  /** Sentences about a frame that is done. */
+  std::vector<std::string> notes;
   /** Pixels transformed. */
   std::uint64_t pixels = 0;
 };

@@ -1,6 +1,12 @@
 #include "batch/interruption.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <initializer_list>
 
@@ -11,15 +17,32 @@ namespace {
 std::atomic<int> noted{0};
 static_assert(std::atomic<int>::is_always_lock_free, "signal handlers must not wait");
 
+/**
+ * A byte in this pipe wakes whoever waits for input, in whatever thread: a signal would only interrupt the thread that
+ * the system gives it to. -1 where there is none.
+ */
+std::array<std::atomic<int>, 2> bell{-1, -1};
+
 extern "C" void note_signal(int signal) {
+  const int reason = errno;
   noted = signal;
   std::signal(signal, SIG_DFL);
+  if (bell[1] >= 0) {
+    const ssize_t ignored = write(bell[1], "", 1);
+    static_cast<void>(ignored);
+  }
+  errno = reason;
 }
 
 }  // namespace
 
 Interruption::Interruption() {
   noted = 0;
+  int ends[2] = {-1, -1};
+  if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0) {  // else a read is only interrupted by what is read
+    bell[0] = ends[0];
+    bell[1] = ends[1];
+  }
   for (const int signal : {SIGINT, SIGTERM}) {
     if (std::signal(signal, note_signal) == SIG_IGN) {
       std::signal(signal, SIG_IGN);  // as whoever started the program wants it
@@ -33,9 +56,25 @@ Interruption::~Interruption() {
       std::signal(signal, SIG_IGN);
     }
   }
+  for (std::atomic<int>& end : bell) {
+    close(end.exchange(-1));
+  }
 }
 
 bool Interruption::is_requested() { return noted != 0; }
+
+bool Interruption::wait_to_read(int descriptor) {
+  std::array<pollfd, 2> waiting = {{{descriptor, POLLIN, 0}, {bell[0], POLLIN, 0}}};
+  while (bell[0] >= 0 && !is_requested()) {
+    if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) {
+      break;  // reading will say what is wrong
+    }
+    if (waiting[0].revents != 0 && waiting[1].revents == 0) {
+      break;
+    }
+  }
+  return !is_requested();
+}
 
 void Interruption::obey() {
   const int signal = noted;

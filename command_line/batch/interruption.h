@@ -16,6 +16,12 @@ class Interruption {
   /** Whether one was noted. Thread-safe. */
   static bool is_requested();
 
+  /**
+   * Waits until a descriptor can be read from, or is at its end; false when an interruption is noted first, or was. At
+   * once true when no object lives. Thread-safe.
+   */
+  static bool wait_to_read(int descriptor);
+
   /** Ends the program as the noted interruption would have; returns when there was none. */
   static void obey();
 };

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <map>
 
-#include "failure.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -53,8 +53,8 @@ void check_output_names(const std::vector<FrameInput>& inputs, const std::string
                         const std::vector<std::string>& endings) {
   OutputStems stems;
   const auto refuse = [](const FrameInput& one, const FrameInput& other) {
-    throw Failure("the outputs of " + one.name() + " and " + other.name() +
-                  " would have the same names; transform them into different folders (--out).");
+    throw UsageError("the outputs of " + one.name() + " and " + other.name() +
+                     " would have the same names; transform them into different folders (--output).");
   };
   for (const FrameInput& input : inputs) {
     if (const FrameInput* other = stems.claim(input)) {
@@ -78,8 +78,8 @@ void check_output_names(const std::vector<FrameInput>& inputs, const std::string
         continue;
       }
       if (const FrameInput* owner = stems.owner(name.substr(0, name.size() - ending.size()))) {
-        throw Failure("an output of " + owner->name() + " would overwrite the frame " + input.path +
-                      "; choose another folder with --out.");
+        throw UsageError("an output of " + owner->name() + " would overwrite the frame " + input.path +
+                         "; choose another folder with --output.");
       }
     }
   }

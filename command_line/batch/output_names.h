@@ -8,7 +8,7 @@
 namespace nerova_zel {
 
 /**
- * Throws Failure if outputs of two inputs would have one name, or an output that of an input. `endings` are what the
+ * Throws UsageError if outputs of two inputs would have one name, or an output that of an input. `endings` are what the
  * names of outputs in `directory` end in ("_power.png").
  */
 void check_output_names(const std::vector<FrameInput>& inputs, const std::string& directory,

@@ -1,7 +1,6 @@
 #include "commands/calibrate_command.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -19,6 +18,9 @@
 #include "formatted.h"
 #include "frame_files.h"
 #include "messages.h"
+#include "option_declarations.h"
+#include "results.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -37,7 +39,9 @@ struct CalibrateOptions {
   Origin origin{};
   std::optional<int> bit_depth;
   bool steady_source = false;
-  std::string file = "calibration.json";
+  std::string file;
+  bool force = false;
+  bool layout_is_given = false;
 };
 
 CalibrationSeries read_series(const CalibrateOptions& options) {
@@ -49,7 +53,12 @@ CalibrationSeries read_series(const CalibrateOptions& options) {
     const std::vector<SourceFile> listed = read_source_list(*options.list);
     sources.insert(sources.end(), listed.begin(), listed.end());
   }
-  check_sources(sources);
+  if (const std::string reason = why_sources_do_not_suffice(sources); !reason.empty()) {
+    if (options.list) {
+      throw Failure(reason);
+    }
+    throw UsageError(reason);
+  }
   const std::optional<HeaderlessLayout> headerless = options.headerless.layout();
   CalibrationSeries series(options.layout, options.origin);
   for (const SourceFile& source : sources) {
@@ -65,40 +74,51 @@ CalibrationSeries read_series(const CalibrateOptions& options) {
 
 void report(const CalibrateOptions& options, const CalibrationSeries& series, const PolarizerFit& fit,
             const std::string& plot) {
-  const auto [dimmest, brightest] = std::minmax_element(fit.source.begin(), fit.source.end());
-  std::printf("%zu frames, source %.0f..%.0f pixel values%s\n", series.size(), *dimmest, *brightest,
-              options.dark ? formatted(", dark level %.1f", series.dark_level()).c_str() : "");
-  std::printf("polarizer  angle error (degrees)  extinction ratio    gain  residual (rms)\n");
-  for (std::size_t k = 0; k < 4; ++k) {
-    std::printf("%9zu  %8s +- %-9.3f  %16s  %6.4f  %12.4f %%\n", 45 * k, angle_error_text(fit, k).c_str(),
-                fit.uncertainties[k].angle_degrees, extinction_text(fit, k).c_str(), fit.responses[k].gain(),
-                100.0 * fit.residual_of(k));
+  if (verbosity() == Verbosity::quiet) {
+    return;
   }
-  std::printf("calibration in %s, %s\n", options.file.c_str(), plot.c_str());
-  std::fflush(stdout);
+  const auto [dimmest, brightest] = std::minmax_element(fit.source.begin(), fit.source.end());
+  std::string text = formatted("%zu frames, source %.0f..%.0f pixel values%s\n", series.size(), *dimmest, *brightest,
+                               options.dark ? formatted(", dark level %.1f", series.dark_level()).c_str() : "");
+  text += "polarizer  angle error (degrees)  extinction ratio    gain  residual (rms)\n";
+  for (std::size_t k = 0; k < 4; ++k) {
+    text += formatted("%9zu  %8s +- %-9.3f  %16s  %6.4f  %12.4f %%\n", 45 * k, angle_error_text(fit, k).c_str(),
+                      fit.uncertainties[k].angle_degrees, extinction_text(fit, k).c_str(), fit.responses[k].gain(),
+                      100.0 * fit.residual_of(k));
+  }
+  print_result(text + "calibration in " + options.file + ", " + plot + "\n");
 }
 
 void run_calibrate(const CalibrateOptions& options) {
   if (lower_case_extension(options.file) != extension) {
-    throw Failure("--out " + options.file + " should end in " + extension + "; the plot takes its name with .png.");
+    throw UsageError("--output " + options.file + " should end in " + extension +
+                     "; the plot takes its name with .png.");
+  }
+  const fs::path plot_file = fs::path(options.file).replace_extension(".png");
+  if (!options.force) {
+    for (const fs::path& path : {fs::path(options.file), plot_file}) {
+      refuse_existing(path, "--force replaces it");
+    }
   }
   const CalibrationSeries series = read_series(options);
   for (const std::string& doubt : series.check_light()) {
     note(doubt);
   }
+  if (!options.layout_is_given) {
+    note(layout_assumption(options.layout));
+  }
   const PolarizerFit fit = series.fit(options.steady_source);
   for (const std::string& doubt : series.doubtful_frames(fit, options.steady_source)) {
     note(doubt);
   }
-  FileSet files;
+  FileSet files(options.force ? FileSet::Earlier::replaced : FileSet::Earlier::refused);
   const std::string text = encode_calibration(series.calibration(fit), fit);
   files.write(options.file, {{text.data(), text.size()}});
   std::string plot = "and no plot: this program was built without OpenCV";
   if (can_draw()) {
-    const fs::path path = fs::path(options.file).replace_extension(".png");
     const std::string name = fs::path(options.file).filename().string();
-    files.write(path, encode_drawing(draw_calibration(fit, series.angles(), name)));
-    plot = "plot in " + path.string();
+    files.write(plot_file, encode_drawing(draw_calibration(fit, series.angles(), name)));
+    plot = "plot in " + plot_file.string();
   }
   files.commit();
   report(options, series, fit, plot);
@@ -108,31 +128,41 @@ void run_calibrate(const CalibrateOptions& options) {
 
 void declare_calibrate(CLI::App& app) {
   const auto options = std::make_shared<CalibrateOptions>();
-  CLI::App* command = app.add_subcommand(
-      "calibrate", "Find the calibration of a camera from frames of a uniform source behind a linear polarizer");
+  CLI::App* command =
+      app.add_subcommand("calibrate", "Find a camera's calibration from frames of a source behind a linear polarizer");
   command
       ->add_option("--frame", options->frames,
-                   "ANGLE:FILE of a frame; repeat it for four angles or more. Angles are degrees from the image's "
-                   "horizontal axis, counter-clockwise as seen in the image")
+                   "A frame and its angle; repeat it for four angles or more\n"
+                   "Angles are degrees from the image's horizontal axis, counter-clockwise as seen in the image.")
       ->type_name("ANGLE:FILE")
       ->allow_extra_args(false);
-  command->add_option("--list", options->list, "Text file with a line ANGLE,FILE for each frame")->type_name("FILE");
+  command
+      ->add_option("--list", options->list,
+                   "Text file with a line ANGLE,FILE for each frame\n"
+                   "Semicolons or tabs may stand for the commas, a first line may name the columns, and lines that "
+                   "begin with # are comments. Files lie relative to the list.")
+      ->type_name("FILE");
   command->add_option("--dark", options->dark, "Frame without light, for the dark level")->type_name("FILE");
-  options->headerless.declare(command, "The files are headerless pixels of this size, WxH, a frame each",
-                              "How headerless pixels lie in bytes, by the names that transform takes");
-  add_layout(command, options->layout);
+  options->headerless.declare(command, "Files are headerless pixels of this size, a frame each",
+                              "How headerless pixels lie in bytes");
+  add_layout(command, options->layout, &options->layout_is_given);
   add_origin(command, options->origin, "frames' top-left pixel");
-  add_bit_depth(command, options->bit_depth,
-                "Significant bits of a pixel; 8 or 16 by the file, for PGM by its greatest value");
+  add_bit_depth(command, options->bit_depth, "Significant bits of a pixel; else as the file says");
   command->add_flag("--steady-source", options->steady_source,
-                    "Take the source as equally bright in all frames; else its brightness is fitted for each");
-  command->add_option("FILE,--out", options->file, "Calibration to write, .json; its plot goes beside it as .png")
-      ->type_name("FILE")
-      ->capture_default_str();
+                    "Take the source as equally bright in all frames\n"
+                    "Else its brightness is fitted for each.");
+  CLI::Option* file = command
+                          ->add_option("FILE,-o,--output", options->file,
+                                       "Calibration to write, .json; its plot goes beside it as .png")
+                          ->type_name("FILE")
+                          ->required();
+  add_former_name(command, "--out", file);
+  command->add_flag("--force", options->force, "Replace an earlier calibration and its plot");
+  add_verbosity(command);
   command->footer(
       "Examples:\n"
-      "  nerova-polarize calibrate --list angles.csv --dark dark.png --bit-depth 12 --out camera.json\n"
-      "  nerova-polarize calibrate --frame 0:a.png --frame 45:b.png --frame 90:c.png --frame 135:d.png");
+      "  nerova-polarize calibrate --list angles.csv --dark dark.png --bit-depth 12 --output camera.json\n"
+      "  nerova-polarize calibrate --frame 0:a.png --frame 45:b.png --frame 90:c.png --frame 135:d.png c.json");
   command->callback([options] { run_calibrate(*options); });
 }
 

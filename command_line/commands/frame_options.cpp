@@ -10,6 +10,7 @@
 #include "number_text.h"
 #include "option_declarations.h"
 #include "option_values.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -19,31 +20,34 @@ constexpr int most_jobs = 1024;
 
 }  // namespace
 
-void add_layout(CLI::App* command, MosaicLayout& layout) {
+void add_layout(CLI::App* command, MosaicLayout& layout, bool* is_given) {
   std::vector<std::string> names;
   for (const int degrees : mosaic_layouts) {
     names.push_back(std::to_string(degrees));
   }
-  const auto parse = [names](const std::string& text) {
+  const auto parse = [names, is_given](const std::string& text) {
     const auto known = std::find(names.begin(), names.end(), text);
     if (known == names.end()) {
       if (!parse_number(text)) {
-        throw CLI::ConversionError("--layout", std::vector<std::string>{text});
+        throw UsageError("--layout " + text + " is no number; it must be " + spoken(names) + ".");
       }
-      throw Failure("--layout " + text + " is no polarizer of the mosaic; it must be " + spoken(names) + ".");
+      throw UsageError("--layout " + text + " is no polarizer of the mosaic; it must be " + spoken(names) + ".");
+    }
+    if (is_given != nullptr) {
+      *is_given = true;
     }
     return MosaicLayout(mosaic_layouts[static_cast<std::size_t>(known - names.begin())]);
   };
-  add_parsed<MosaicLayout>(
-      command, "--layout", layout, parse,
-      "Angle of the top-left pixel when the origin is even, which names the whole 2 x 2 pattern: 0 [0,135/45,90], "
-      "45 [45,90/0,135], 90 [90,45/135,0], 135 [135,0/90,45]")
+  add_parsed<MosaicLayout>(command, "--layout", layout, parse,
+                           "Angle of the polarizer of the top-left pixel\n"
+                           "It is that of the sensor's pixel 0,0 and names the whole 2 x 2 pattern: 0 [0,135/45,90], "
+                           "45 [45,90/0,135], 90 [90,45/135,0], 135 [135,0/90,45].")
       ->type_name(braced(names))
       ->default_str(std::to_string(layout.angle_at(0, 0)));
 }
 
 void add_origin(CLI::App* command, Origin& origin, const std::string& frame) {
-  add_parsed<Origin>(command, "--origin", origin, parse_origin, "Sensor coordinates X,Y of the " + frame)
+  add_parsed<Origin>(command, "--origin", origin, parse_origin, "Sensor coordinates of the " + frame)
       ->type_name("X,Y")
       ->default_str("0,0");
 }
@@ -61,7 +65,7 @@ void HeaderlessOptions::declare(CLI::App* command, const std::string& raw_help, 
 std::optional<HeaderlessLayout> HeaderlessOptions::layout() const {
   if (!size_) {
     if (format_) {
-      throw Failure("--pixel-format is for headerless pixels; say their size with --raw WxH.");
+      throw UsageError("--pixel-format is for headerless pixels; say their size with --raw WxH.");
     }
     return std::nullopt;
   }
@@ -71,36 +75,40 @@ std::optional<HeaderlessLayout> HeaderlessOptions::layout() const {
 void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
   command
       ->add_option("FRAME", request.frames,
-                   "8- or 16-bit grey PNG, TIFF or binary PGM, or headerless pixels (--raw); any number of files, "
-                   "folders (their frames by name), patterns with * and ? in quotes, or - for headerless frames from "
-                   "standard input")
+                   "Grey PNG, TIFF, PGM or NPY files, or headerless ones (--raw); folders; patterns; - (stdin)\n"
+                   "Pixels of 8 or 16 bits. Of a folder its frames are taken, by name. Patterns with * and ? go in "
+                   "quotes. Headerless frames can come from standard input, as -.")
       ->type_name("FILE")
       ->required();
   headerless_.declare(command,
-                      "Files hold headerless pixels, frames of this size, WxH. Without --pixel-format a file is one "
-                      "frame: one byte a pixel, or two with the low byte first, as its length says",
-                      "How headerless pixels lie in bytes, in files of any number of frames: Mono8, Mono10, Mono12, "
-                      "Mono16 (16 bits, low byte first), Mono10p, Mono12p (streams of bits), Mono12Packed. Frames of a "
-                      "file of several are told apart by number: STEM_000000_power.png");
-  add_layout(command, request.layout);
+                      "Files hold headerless pixels, frames of this size\n"
+                      "Without --pixel-format a file is one frame: one byte a pixel, or two with the low byte first, "
+                      "as its length says.",
+                      "How headerless pixels lie in bytes\n"
+                      "Files hold any number of frames then, which are told apart by number: STEM_000000_power.png. "
+                      "Mono8, Mono10, Mono12 and Mono16 (16 bits, low byte first), Mono10p and Mono12p (streams of "
+                      "bits), Mono12Packed.");
+  add_layout(command, request.layout, &request.layout_is_given);
   add_origin(command, request.origin, "frame's top-left pixel");
   const auto parse = [](const std::string& text) { return std::optional(parse_region(text)); };
   add_parsed<std::optional<Region>>(command, "--roi", request.region, parse,
-                                    "Only the region X,Y,W,H of the frame, as if the camera had read out no more")
+                                    "Only this region of the frame, as if the camera had read out no more")
       ->type_name("X,Y,W,H");
   add_bit_depth(command, request.bit_depth,
-                "Significant bits of a pixel; else by the pixel format, for PGM by the greatest value, otherwise 8 "
-                "or 16 by the file");
-  limit(command->add_option("--jobs", jobs_, "How many frames to work on at once; else as many as there are cores")
+                "Significant bits of a pixel; else as the file says\n"
+                "A pixel format says it, and a PGM file by its greatest value; otherwise 8 or 16 bits are taken, as "
+                "many as the file has room for.");
+  limit(command->add_option("-j,--jobs", jobs_, "Frames to work on at once; else as many as there are cores")
             ->type_name("N"),
         1, most_jobs);
   command->add_option("--calibration", request.calibration_file, "Calibration file that calibrate has written")
       ->type_name("FILE");
   command
       ->add_option("--library", request.library,
-                   "The polarization processor library; else the one beside this program (../lib or where it was "
-                   "installed), then by the system")
+                   "The polarization processor library\n"
+                   "Else the one beside this program (../lib or where it was installed), then by the system.")
       ->type_name("FILE");
+  add_verbosity(command);
 }
 
 void FrameOptions::finish(FrameRequest& request) const {
@@ -110,6 +118,10 @@ void FrameOptions::finish(FrameRequest& request) const {
     request.calibration = parse_calibration({bytes.begin(), bytes.end()}, request.calibration_file);
   }
   request.jobs = jobs_.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));
+}
+
+std::string layout_assumption(const MosaicLayout& layout) {
+  return "layout " + std::to_string(layout.angle_at(0, 0)) + " assumed; --layout says another.";
 }
 
 void use_calibration(Library& library, const FrameRequest& request) {

@@ -12,6 +12,8 @@ namespace nerova_zel {
 
 /** What the commands that transform frames have in common. */
 struct FrameRequest : TransformSettings {
+  /** Whether the user said the layout. */
+  bool layout_is_given = false;
   /** As the user named them. */
   std::vector<std::string> frames;
   std::optional<HeaderlessLayout> headerless;
@@ -22,7 +24,7 @@ struct FrameRequest : TransformSettings {
 };
 
 /** Options of a sensor and of headerless pixels, which calibrate takes too. All refer to what must outlive parsing. */
-void add_layout(CLI::App* command, MosaicLayout& layout);
+void add_layout(CLI::App* command, MosaicLayout& layout, bool* is_given = nullptr);
 void add_origin(CLI::App* command, Origin& origin, const std::string& frame);
 void add_bit_depth(CLI::App* command, std::optional<int>& bit_depth, const std::string& help);
 
@@ -52,6 +54,9 @@ class FrameOptions {
   HeaderlessOptions headerless_;
   std::optional<int> jobs_;
 };
+
+/** What the user is told who did not say the layout. */
+std::string layout_assumption(const MosaicLayout& layout);
 
 /** Has the library use the request's calibration, if any, and says so where it will not do for a whole frame. */
 void use_calibration(Library& library, const FrameRequest& request);

@@ -8,6 +8,7 @@
 #include "npy_file.h"
 #include "png_file.h"
 #include "tiff_file.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -136,14 +137,14 @@ Products parse_products(const std::string& text) {
     if (name == "all") {
       add_all(products);
     } else if (!add_product(name, products)) {
-      throw Failure("--outputs knows no \"" + name + "\"; " + choice());
+      throw UsageError("--outputs knows no \"" + name + "\"; " + choice());
     }
   }
   if (products.outputs.empty() && products.pictures.empty()) {
-    throw Failure("--outputs is empty; " + choice());
+    throw UsageError("--outputs is empty; " + choice());
   }
   if (!products.pictures.empty() && !can_draw()) {
-    throw Failure("--outputs " + text + " asks for pictures to look at, and this program was built without OpenCV.");
+    throw UsageError("--outputs " + text + " asks for pictures to look at, and this program was built without OpenCV.");
   }
   return products;
 }
@@ -167,6 +168,13 @@ std::vector<OutputFile> output_files(const Products& products, FileFormat format
     files.push_back({kind, ending_of(kind, style)});
   }
   return files;
+}
+
+void refuse_existing(const std::filesystem::path& path, const std::string& remedy) {
+  std::error_code error;
+  if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) {
+    throw Failure(path.string() + " is there already; " + remedy + ".");
+  }
 }
 
 Bytes encode_drawing(const Picture& picture) {

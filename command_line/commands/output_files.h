@@ -27,7 +27,8 @@ struct Products {
 /** Every name that parse_products takes but "all". */
 std::vector<std::string> product_names();
 
-/** A list such as "azimuth,dolp", or "all": the library's outputs and all pictures that this program can make. Throws Failure. */
+/** A list such as "azimuth,dolp", or "all": the library's outputs and all pictures that this program can make. Throws
+ * Failure. */
 Products parse_products(const std::string& text);
 
 /** One file of a frame's products. */
@@ -41,6 +42,9 @@ struct OutputFile {
 
 /** The files of the products; pictures for looking at are PNG whatever the format. */
 std::vector<OutputFile> output_files(const Products& products, FileFormat format, AzimuthStyle style);
+
+/** Throws Failure if there is a file of that name; `remedy` ends the sentence. */
+void refuse_existing(const std::filesystem::path& path, const std::string& remedy);
 
 /** A PNG file. Throws CodecError. */
 Bytes encode_drawing(const Picture& picture);

@@ -3,20 +3,22 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <optional>
 
 #include "angles.h"
 #include "calibration/polarizer_fit.h"
 #include "commands/frame_options.h"
-#include "failure.h"
 #include "file_set.h"
+#include "formatted.h"
 #include "frame_files.h"
+#include "messages.h"
 #include "option_declarations.h"
 #include "option_values.h"
+#include "results.h"
 #include "simulation/simulated_frame.h"
 #include "tiff_file.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -25,7 +27,8 @@ namespace {
 namespace fs = std::filesystem;
 
 struct SimulateOptions {
-  std::string file = "simulated.png";
+  std::string file;
+  bool no_clobber = false;
   FrameSize size{2448, 2048};
   CameraSettings camera;
   Origin origin{};
@@ -53,7 +56,7 @@ CameraSettings camera_of(const SimulateOptions& options) {
   check_frame_extension(options.file);
   CameraSettings camera = options.camera;
   if (!(camera.dark_level >= 0.0 && camera.dark_level < (1 << camera.bit_depth))) {
-    throw Failure("--dark-level must be 0 or more, and less than the pixel values there are.");
+    throw UsageError("--dark-level must be 0 or more, and less than the pixel values there are.");
   }
   camera.width = options.size.width;
   camera.height = options.size.height;
@@ -100,7 +103,7 @@ std::string next_command(const SimulateOptions& options) {
 void run_simulate(const SimulateOptions& options) {
   const CameraSettings camera = camera_of(options);
   const SimulatedScene scene(camera.width, camera.height, scene_of(options));
-  FileSet files;
+  FileSet files(options.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
   const fs::path file(options.file);
   files.write(file,
               encode_frame(simulate_frame(scene, camera), camera.width, camera.height, camera.bit_depth, options.file));
@@ -108,10 +111,11 @@ void run_simulate(const SimulateOptions& options) {
     write_truth(files, *options.truth_directory, scene, camera, file.stem().string());
   }
   files.commit();
-  std::cout << options.file << ": " << camera.width << " x " << camera.height << ", " << camera.bit_depth
-            << "-bit, layout " << camera.layout.angle_at(0, 0) << "; transform it with: " << next_command(options)
-            << '\n'
-            << std::flush;
+  if (verbosity() != Verbosity::quiet) {
+    print_result(formatted("%s: %d x %d, %d-bit, layout %d; transform it with: %s\n", options.file.c_str(),
+                           camera.width, camera.height, camera.bit_depth, camera.layout.angle_at(0, 0),
+                           next_command(options).c_str()));
+  }
 }
 
 /** Numbers for the four polarizers. */
@@ -128,26 +132,32 @@ void add_four(CLI::App* command, const std::string& name, PerPolarizer& values, 
 void declare_simulate(CLI::App& app) {
   const auto options = std::make_shared<SimulateOptions>();
   CameraSettings& camera = options->camera;
-  CLI::App* command = app.add_subcommand(
-      "simulate", "Make a raw mosaic frame of a glossy sphere and a wheel of polarizers, with known polarization");
-  command->add_option("FILE,--out", options->file, "Frame to write: .png, .tif, .tiff, .pgm, or .raw without header")
-      ->type_name("FILE")
-      ->capture_default_str();
+  CLI::App* command =
+      app.add_subcommand("simulate", "Make a raw frame of a glossy sphere and a wheel of polarizers, with known truth");
+  CLI::Option* file =
+      command->add_option("FILE,-o,--output", options->file, "Frame to write: .png, .tiff, .pgm, or headerless .raw")
+          ->type_name("FILE")
+          ->required();
+  add_former_name(command, "--out", file);
+  command->add_flag("--no-clobber", options->no_clobber, "Refuse to replace files");
   add_parsed<FrameSize>(
       command, "--size", options->size, [](const std::string& text) { return parse_size("--size", text); },
-      "WxH in pixels")
+      "Columns and rows")
       ->type_name("WxH")
       ->default_str("2448x2048");
   add_layout(command, camera.layout);
   add_origin(command, options->origin, "frame's top-left pixel");
-  limit(command->add_option("--bit-depth", camera.bit_depth, "1 to 16; one byte per pixel up to 8, else two")
+  limit(command
+            ->add_option("--bit-depth", camera.bit_depth,
+                         "Significant bits: 1 to 16; one byte per pixel up to 8, else two")
             ->type_name("BITS")
             ->capture_default_str(),
         1, 16);
   limit(
       command
           ->add_option("--photons", camera.full_well,
-                       "Photo-electrons that fill a pixel, for shot noise; a usual sensor holds 10000; 0 for none")
+                       "Photo-electrons that fill a pixel, for shot noise; 0 for none\n"
+                       "A usual sensor holds 10000.")
           ->type_name("N")
           ->capture_default_str(),
       [](double photons) { return photons >= 0.0 && photons <= 1e12; }, "0 (no shot noise) to 1e12");
@@ -162,19 +172,20 @@ void declare_simulate(CLI::App& app) {
   limit(
       command
           ->add_option("--source-angle", options->source_angle,
-                       "In place of the scene, a uniform source behind a linear polarizer at this angle in degrees")
+                       "In place of the scene, a uniform source behind a polarizer at this angle")
           ->type_name("DEGREES"),
       [](double angle) { return std::abs(angle) <= 360.0; }, "-360 to 360 degrees");
   limit(
       command
           ->add_option("--source-power", options->source_power,
-                       "Light of that source, as a share of what fills a pixel behind an aligned polarizer; 0 for a "
-                       "dark frame")
+                       "Light of that source; 0 for a dark frame\n"
+                       "As a share of what fills a pixel behind an aligned polarizer.")
           ->type_name("SHARE")
           ->capture_default_str(),
       [](double power) { return power >= 0.0 && power <= 10.0; }, "0 (no light) to 10");
   add_four(command, "--angle-errors", options->angle_errors, -20.0, 20.0, "DEGREES", "0",
-           "Degrees by which the sensor's polarizers are turned: one number, or four for 0,45,90,135");
+           "How far the sensor's polarizers are turned: one number, or four\n"
+           "Four are for the polarizers 0,45,90,135.");
   add_four(command, "--extinction", options->extinctions, 1.0, HUGE_VAL, "NUMBER", "inf",
            "Extinction ratios of the sensor's polarizers, likewise");
   add_four(command, "--gains", options->gains, 0.01, 10.0, "NUMBER", "1",
@@ -184,9 +195,10 @@ void declare_simulate(CLI::App& app) {
       ->capture_default_str();
   command
       ->add_option("--truth", options->truth_directory,
-                   "Directory for the true angle (degrees) and degree as float TIFF, for each output pixel at the "
-                   "centre of the 2 x 2 pixels it is computed from")
+                   "Folder for the true angle (degrees) and degree, as float TIFF\n"
+                   "Of each output pixel it is that at the centre of the 2 x 2 pixels that it is computed from.")
       ->type_name("DIR");
+  add_verbosity(command);
   command->footer(
       "Examples:\n"
       "  nerova-polarize simulate frame.png --bit-depth 12 --photons 10000 --truth truth\n"

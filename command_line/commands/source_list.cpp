@@ -8,6 +8,7 @@
 #include "failure.h"
 #include "input_bytes.h"
 #include "number_text.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
@@ -42,7 +43,8 @@ bool same_angle(double first, double second) { return std::abs(std::remainder(fi
 SourceFile parse_source(const std::string& text) {
   const std::optional<SourceFile> source = split(text, ':');
   if (!source) {
-    throw Failure("--frame " + text + " makes no sense; it should read like 30:frame.png, with the angle in degrees.");
+    throw UsageError("--frame " + text +
+                     " makes no sense; it should read like 30:frame.png, with the angle in degrees.");
   }
   return *source;
 }
@@ -69,11 +71,10 @@ std::vector<SourceFile> read_source_list(const std::string& path) {
   return sources;
 }
 
-void check_sources(const std::vector<SourceFile>& sources) {
+std::string why_sources_do_not_suffice(const std::vector<SourceFile>& sources) {
   if (sources.size() < least_frames || sources.size() > most_frames) {
-    throw Failure("calibration takes " + std::to_string(least_frames) + " to " + std::to_string(most_frames) +
-                  " frames, and " + std::to_string(sources.size()) + (sources.size() == 1 ? " is" : " are") +
-                  " given.");
+    return "calibration takes " + std::to_string(least_frames) + " to " + std::to_string(most_frames) +
+           " frames, and " + std::to_string(sources.size()) + (sources.size() == 1 ? " is" : " are") + " given.";
   }
   std::vector<double> angles;
   for (std::size_t i = 0; i < sources.size(); ++i) {
@@ -86,15 +87,16 @@ void check_sources(const std::vector<SourceFile>& sources) {
     }
     for (std::size_t k = 0; k < i; ++k) {
       if (sources[k].path == sources[i].path) {
-        throw Failure(sources[i].path + " is given twice; each frame counts once, at the angle it was taken at.");
+        return sources[i].path + " is given twice; each frame counts once, at the angle it was taken at.";
       }
     }
   }
   if (angles.size() < least_frames) {
-    throw Failure("the frames show only " + std::to_string(angles.size()) +
-                  (angles.size() == 1 ? " angle" : " different angles") +
-                  ", counted within half a turn; calibration takes four or more.");
+    return "the frames show only " + std::to_string(angles.size()) +
+           (angles.size() == 1 ? " angle" : " different angles") +
+           ", counted within half a turn; calibration takes four or more.";
   }
+  return "";
 }
 
 }  // namespace nerova_zel

@@ -20,7 +20,7 @@ SourceFile parse_source(const std::string& text);
  */
 std::vector<SourceFile> read_source_list(const std::string& path);
 
-/** At least four, and at four different angles; none twice. Throws Failure. */
-void check_sources(const std::vector<SourceFile>& sources);
+/** At least four are needed, at four different angles, and none twice: a sentence, or nothing where all is well. */
+std::string why_sources_do_not_suffice(const std::vector<SourceFile>& sources);
 
 }  // namespace nerova_zel

@@ -1,7 +1,6 @@
 #include "commands/stats_command.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -14,6 +13,7 @@
 #include "commands/frame_options.h"
 #include "formatted.h"
 #include "option_declarations.h"
+#include "results.h"
 #include "statistics/frame_statistics.h"
 
 namespace nerova_zel {
@@ -76,7 +76,7 @@ class StatisticsJob : public FrameJob {
     const StatisticsSums sums = sum_up(transformer_.frame(), transformer_.full_scale(), transformer_.outputs(),
                                        request_.output_maximum, weight_);
     log_.add(ticket.index, {ticket.name(), sums});
-    return {FrameReport::Result::done, "", "", sums.pixels};
+    return {FrameReport::Result::done, "", {}, sums.pixels};
   }
 
   const FrameRequest& request_;
@@ -89,24 +89,24 @@ std::string text_of(const std::optional<double>& value, int decimals) {
   return value ? formatted("%.*f", decimals, *value) : "none";
 }
 
-void print_counts(const char* title, const std::array<std::uint64_t, counted_images>& counts, std::uint64_t pixels) {
-  std::printf("  %-9s", title);
+std::string counts_text(const char* title, const std::array<std::uint64_t, counted_images>& counts,
+                        std::uint64_t pixels) {
+  std::string line = formatted("  %-9s", title);
   for (std::size_t i = 0; i < counted_images; ++i) {
-    std::printf("  %s %.2f %%", name_of(static_cast<CountedImage>(i)),
-                100.0 * static_cast<double>(counts[i]) / static_cast<double>(std::max<std::uint64_t>(1, pixels)));
+    line += formatted("  %s %.2f %%", name_of(static_cast<CountedImage>(i)),
+                      100.0 * static_cast<double>(counts[i]) / static_cast<double>(std::max<std::uint64_t>(1, pixels)));
   }
-  std::printf("\n");
+  return line + "\n";
 }
 
-void print(const std::string& name, const StatisticsSums& sums) {
-  std::printf("%s: %llu pixels\n", name.c_str(), static_cast<unsigned long long>(sums.pixels));
-  std::printf("  angle      %s degrees, deviation %s, resultant %s; %llu pixels without\n",
-              text_of(sums.mean_angle(), 3).c_str(), text_of(sums.angle_deviation(), 3).c_str(),
-              text_of(sums.resultant(), 4).c_str(), static_cast<unsigned long long>(sums.without_angle));
-  std::printf("  degree     %s; %llu pixels without\n", text_of(sums.mean_degree(), 5).c_str(),
-              static_cast<unsigned long long>(sums.without_degree));
-  print_counts("saturated", sums.saturated, sums.pixels);
-  print_counts("dark", sums.dark, sums.pixels);
+std::string text_of(const std::string& name, const StatisticsSums& sums) {
+  return formatted("%s: %llu pixels\n", name.c_str(), static_cast<unsigned long long>(sums.pixels)) +
+         formatted("  angle      %s degrees, deviation %s, resultant %s; %llu pixels without\n",
+                   text_of(sums.mean_angle(), 3).c_str(), text_of(sums.angle_deviation(), 3).c_str(),
+                   text_of(sums.resultant(), 4).c_str(), static_cast<unsigned long long>(sums.without_angle)) +
+         formatted("  degree     %s; %llu pixels without\n", text_of(sums.mean_degree(), 5).c_str(),
+                   static_cast<unsigned long long>(sums.without_degree)) +
+         counts_text("saturated", sums.saturated, sums.pixels) + counts_text("dark", sums.dark, sums.pixels);
 }
 
 nlohmann::ordered_json json_of(const std::optional<double>& value) {
@@ -129,19 +129,21 @@ nlohmann::ordered_json json_of(const StatisticsSums& sums) {
   return object;
 }
 
-void print_text(const StatisticsLog& log, bool summary) {
+std::string as_text(const StatisticsLog& log, bool summary) {
   const std::size_t count = log.frames().size();
+  std::string text;
   if (!summary) {
     for (const auto& [index, frame] : log.frames()) {
-      print(frame.name, frame.sums);
+      text += text_of(frame.name, frame.sums);
     }
   }
   if (summary || count > 1) {
-    print("all " + std::to_string(count) + (count == 1 ? " frame" : " frames"), log.all());
+    text += text_of("all " + std::to_string(count) + (count == 1 ? " frame" : " frames"), log.all());
   }
+  return text;
 }
 
-void print_json(const StatisticsLog& log, bool summary, const char* weight, std::uint64_t failed) {
+std::string as_json(const StatisticsLog& log, bool summary, const char* weight, std::uint64_t failed) {
   nlohmann::ordered_json document;
   document["weight"] = weight;
   document["frames_done"] = log.frames().size();
@@ -156,7 +158,7 @@ void print_json(const StatisticsLog& log, bool summary, const char* weight, std:
   }
   document["all"] = json_of(log.all());
   // File names need not be UTF-8.
-  std::printf("%s\n", document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+  return document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 void run_stats(StatsOptions& options) {
@@ -166,17 +168,19 @@ void run_stats(StatsOptions& options) {
   Library library(request.library);
   use_calibration(library, request);
   BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::nothing);
+  if (!request.layout_is_given) {
+    report.add_note(layout_assumption(request.layout));
+  }
   StatisticsLog log;
   const Interruption interruption;
   run_batch(
       frames, request.jobs, [&] { return std::make_unique<StatisticsJob>(request, library, options.weight, log); },
       report);
   if (options.json) {
-    print_json(log, options.summary, name_of(options.weight), report.failed());
+    print_result(as_json(log, options.summary, name_of(options.weight), report.failed()));
   } else if (!log.frames().empty()) {
-    print_text(log, options.summary);
+    print_result(as_text(log, options.summary));
   }
-  std::fflush(stdout);
   report.finish(Interruption::is_requested());
 }
 
@@ -185,16 +189,14 @@ void run_stats(StatsOptions& options) {
 void declare_stats(CLI::App& app) {
   const auto options = std::make_shared<StatsOptions>();
   CLI::App* command =
-      app.add_subcommand("stats",
-                         "Print mean angle and degree of polarization, and how many pixels are saturated or "
-                         "dark, of frames and of all together");
+      app.add_subcommand("stats", "Print means of angle and degree, and how many pixels are saturated or dark");
   options->frames.declare(command, options->request);
   add_choice<StatisticsWeight>(
       command, "--weight", options->weight, weights,
-      "What a pixel counts for in means: equal, or power for its light, so that the means are those of all "
-      "light together");
-  command->add_flag("--summary", options->summary, "Only all frames together");
-  command->add_flag("--json", options->json, "As a JSON document");
+      "What a pixel counts for in means\n"
+      "equal: as much as any other. power: for its light, so that the means are those of all light together.");
+  command->add_flag("--summary", options->summary, "Print only what is of all frames together");
+  command->add_flag("--json", options->json, "Print a JSON document");
   command->footer(
       "Examples:\n"
       "  nerova-polarize stats frame.png --bit-depth 12 --roi 800,600,200,200\n"

@@ -1,5 +1,6 @@
 #include "commands/transform_command.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "batch/batch_runner.h"
@@ -9,13 +10,15 @@
 #include "commands/transform_job.h"
 #include "failure.h"
 #include "file_set.h"
+#include "frame_files.h"
+#include "messages.h"
 #include "option_declarations.h"
+#include "processor/route.h"
+#include "usage_error.h"
 
 namespace nerova_zel {
 
 namespace {
-
-constexpr int repeat_of_lone_frame = 5;
 
 constexpr std::array<std::pair<const char*, FileFormat>, 3> formats = {
     {{"png", FileFormat::png}, {"tiff", FileFormat::tiff}, {"npy", FileFormat::npy}}};
@@ -32,9 +35,10 @@ std::vector<std::pair<const char*, AzimuthStyle>> style_names() {
 struct TransformOptions {
   FrameOptions frames;
   TransformRequest request;
-  Products products = parse_products("all");
+  std::optional<std::filesystem::path> directory;
+  std::optional<std::string> product_list;
   FileFormat format = FileFormat::png;
-  std::optional<int> repeat;
+  int benchmark = 0;  ///< transforms of each frame
 };
 
 void limit_scale_end(CLI::Option* option) {
@@ -51,23 +55,55 @@ std::vector<std::string> endings(const std::vector<OutputFile>& files) {
   return all;
 }
 
+bool looks_like_file(const std::string& extension) {
+  return extension == ".png" || extension == ".tif" || extension == ".tiff" || extension == ".npy";
+}
+
+/** The folder for the results. Without --output it is the working directory, if the user named what to put there. */
+std::filesystem::path directory_of(const TransformOptions& options) {
+  if (!options.directory) {
+    if (options.product_list.value_or("all").find("all") != std::string::npos) {
+      throw UsageError("--output DIR is missing, the folder for the results.");
+    }
+    return ".";
+  }
+  const std::string extension = lower_case_extension(options.directory->string());
+  std::error_code error;
+  if (!std::filesystem::is_directory(*options.directory, error) && looks_like_file(extension)) {
+    throw UsageError("--output " + options.directory->string() + " reads like a file; transform takes a folder there.");
+  }
+  return *options.directory;
+}
+
+void remark_route(Library& library) {
+  if (verbosity() == Verbosity::verbose) {
+    remark("library " + library.path() + ", " + route_of(library));
+  }
+}
+
 void run_transform(TransformOptions& options) {
   TransformRequest& request = options.request;
+  request.directory = directory_of(options);
   options.frames.finish(request);
   if (request.calibration) {
     request.calibrated = std::filesystem::last_write_time(request.calibration_file);
   }
-  request.needed = options.products.needed_outputs();
-  request.files = output_files(options.products, options.format, request.picture_style.azimuth);
+  const Products products = parse_products(options.product_list.value_or("all"));
+  request.needed = products.needed_outputs();
+  request.files = output_files(products, options.format, request.picture_style.azimuth);
+  request.repeat = std::max(1, options.benchmark);
   FrameSequence frames(find_inputs(request.frames, request.headerless), request.headerless);
   check_output_names(frames.inputs(), request.directory.string(), endings(request.files));
-  request.repeat = options.repeat.value_or(frames.is_lone_frame() ? repeat_of_lone_frame : 1);
   Library library(request.library);
+  remark_route(library);
   use_calibration(library, request);
+  const Interruption interruption;
   FileSet directory;  // goes again if no frame succeeds
   directory.make_directory(request.directory);
   BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::full);
-  const Interruption interruption;
+  if (!request.layout_is_given) {
+    report.add_note(layout_assumption(request.layout));
+  }
   run_batch(
       frames, request.jobs, [&] { return std::make_unique<TransformJob>(request, library); }, report);
   if (report.done() > 0) {
@@ -89,49 +125,57 @@ void declare_transform(CLI::App& app) {
         1, 65535);
   std::vector<std::string> products = product_names();
   products.insert(products.begin(), "all");
-  add_parsed<Products>(
-      command, "--outputs", options->products, parse_products,
-      "What to write: a list of stokes (S1/P and S2/P: two float TIFFs, or one array), power, hv, diagonal, "
-      "azimuth, dolp (16-bit), s0, s1, s2 (P, S1, S2 as floats in pixel values, not clipped), angle (the angle of "
-      "polarization as floats, 0 to 180 degrees), and to look at sheet (everything on a page), azimuth-picture (the "
-      "azimuth in colour at the frame's size) and azimuth-legend (what its colours mean); all is everything but s0, "
-      "s1, s2 and angle")
+  command
+      ->add_option_function<std::string>(
+          "--outputs",
+          [options](const std::string& text) {
+            parse_products(text);  // refuses at once what makes no sense
+            options->product_list = text;
+          },
+          "What to write\n"
+          "stokes: S1/P and S2/P, two float TIFFs, or one array. power, hv, diagonal, azimuth, dolp: 16 bits. s0, s1, "
+          "s2: P, S1, S2 as floats in pixel values, not clipped. angle: the angle of polarization as floats, 0 to 180 "
+          "degrees. To look at: sheet (everything on a page), azimuth-picture (the azimuth in colour at the frame's "
+          "size) and "
+          "azimuth-legend (what its colours mean). all is everything but s0, s1, s2 and angle.")
       ->type_name(braced(products) + ",...")
       ->default_str("all");
-  add_parsed<std::filesystem::path>(
-      command, "--out", request.directory, [](const std::string& text) { return text; },
-      "Directory for the results, made if missing")
-      ->type_name("DIR")
-      ->default_str(".");
-  command->add_flag(
-      "--overwrite", request.overwrite,
-      "Replace existing outputs. Without it a frame is skipped whose outputs are all there and newer than "
-      "its file (for standard input: are there) and the calibration, with whatever other options they "
-      "were made");
-  add_choice<FileFormat>(command, "--format", options->format, formats,
-                         "Form of the outputs: png, tiff, or npy for arrays");
+  CLI::Option* directory = add_parsed<std::optional<std::filesystem::path>>(
+                               command, "-o,--output", options->directory,
+                               [](const std::string& text) { return std::filesystem::path(text); },
+                               "Folder for the results, made if missing\n"
+                               "Earlier results of the same names are replaced. It can be left out where --outputs "
+                               "names what to write into the working directory.")
+                               ->type_name("DIR");
+  add_former_name(command, "--out", directory);
+  command->add_flag("--no-clobber", request.no_clobber, "Refuse frames of which there are results already");
+  command->add_flag("--resume", request.resume,
+                    "Skip frames whose results are all there, newer, and made in the same way\n"
+                    "They must be newer than the frame and the calibration (for standard input it is enough that they "
+                    "are there), and made by the same options, calibration and version.");
+  add_former_flag(command, "--overwrite");
+  add_choice<FileFormat>(command, "-f,--format", options->format, formats, "Form of the outputs; npy is for arrays");
   add_choice<AzimuthStyle>(
       command, "--azimuth-style", request.picture_style.azimuth, style_names(),
-      "How azimuth pictures show more than the angle: plain not at all, light by the degree as saturation, "
-      "dark by the degree as brightness, composite by the degree as saturation and the power as brightness");
-  limit_scale_end(
-      command->add_option("--degree-max", request.picture_style.ends.degree,
-                          "In pictures, the degree at which colour scales end; chosen for each frame if not given"));
+      "How azimuth pictures show more than the angle\n"
+      "plain: not at all. light: the degree as saturation. dark: the degree as brightness. composite: the degree as "
+      "saturation and the power as brightness.");
+  limit_scale_end(command->add_option("--degree-max", request.picture_style.ends.degree,
+                                      "In pictures, the degree at which scales end; else chosen for each frame"));
   limit_scale_end(
       command->add_option("--power-max", request.picture_style.ends.power,
-                          "In pictures, the power at which colour scales end, as a share of full scale; likewise"));
-  limit(command
-            ->add_option("--repeat", options->repeat,
-                         "How often to transform a frame, for the time of the best; else 5 for a single frame, 1 for "
-                         "many")
-            ->type_name("N"),
-        1, 100'000);
+                          "In pictures, the power at which scales end, as a share of full scale; likewise"));
+  CLI::Option* benchmark = limit(
+      command->add_flag("--benchmark{5}", options->benchmark, "Print the time of the best of 5 transforms; =N for N")
+          ->type_name("N"),
+      1, 100'000);
+  add_former_name(command, "--repeat", benchmark);
   command->footer(
       "Examples:\n"
-      "  nerova-polarize transform frame.png --bit-depth 12 --out pictures\n"
-      "  nerova-polarize transform frame.png --calibration camera.json --outputs azimuth,dolp --format npy\n"
-      "  nerova-polarize transform run.raw --raw 2448x2048 --pixel-format Mono12p --out run\n"
-      "  recorder | nerova-polarize transform - --raw 2448x2048 --pixel-format Mono12 --out run");
+      "  nerova-polarize transform frame.png --bit-depth 12 --output pictures\n"
+      "  nerova-polarize transform frame.png --calibration camera.json --outputs azimuth,dolp -f npy\n"
+      "  nerova-polarize transform run.raw --raw 2448x2048 --pixel-format Mono12p --output run\n"
+      "  recorder | nerova-polarize transform - --raw 2448x2048 --pixel-format Mono12 --output run");
   command->callback([options] { run_transform(*options); });
 }
 

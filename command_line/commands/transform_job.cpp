@@ -4,6 +4,7 @@
 
 #include "batch/frame_reader.h"
 #include "formatted.h"
+#include "messages.h"
 #include "statistics/pixel_counts.h"
 
 namespace nerova_zel {
@@ -12,16 +13,22 @@ namespace fs = std::filesystem;
 
 FrameReport TransformJob::work(const FrameTicket& ticket) {
   const std::string name = ticket.name();
-  if (!request_.overwrite && is_finished(ticket)) {
-    return {
-        FrameReport::Result::skipped,
-        name + ": skipped, its outputs are in " + request_.directory.string() + " already; --overwrite replaces them",
-        "", 0};
+  if (request_.resume && is_finished(ticket)) {
+    return {FrameReport::Result::skipped, name + ": skipped, its outputs are in " + request_.directory.string(), {}, 0};
+  }
+  if (request_.no_clobber) {
+    for (const OutputFile& file : request_.files) {
+      refuse_existing(path_of(ticket, file), "--no-clobber keeps it");
+    }
   }
   read_frame(ticket, request_.headerless, bytes(), transformer_.frame());
   const FrameTransformer::Timing timing = transformer_.run(name);
   write(ticket);
   return describe(name, timing);
+}
+
+fs::path TransformJob::path_of(const FrameTicket& ticket, const OutputFile& file) const {
+  return request_.directory / (ticket.input->output_stem(ticket.number) + file.ending);
 }
 
 /** Whether all outputs are there, and made since the frame and the calibration were. */
@@ -31,9 +38,8 @@ bool TransformJob::is_finished(const FrameTicket& ticket) const {
   if (!ticket.input->is_standard_input()) {
     made = std::max(made, fs::last_write_time(ticket.input->path, error));
   }
-  const std::string stem = ticket.input->output_stem(ticket.number);
   return !error && std::all_of(request_.files.begin(), request_.files.end(), [&](const OutputFile& file) {
-    const fs::path path = request_.directory / (stem + file.ending);
+    const fs::path path = path_of(ticket, file);
     return fs::is_regular_file(path, error) && fs::last_write_time(path, error) > made && !error;
   });
 }
@@ -47,7 +53,7 @@ void TransformJob::write(const FrameTicket& ticket) {
                                transformer_.frame(),
                                transformer_.outputs()};
   FramePictures pictures(content, request_.picture_style);
-  FileSet files;
+  FileSet files(request_.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
   write_output_files(files, request_.directory, ticket.input->output_stem(ticket.number), request_.files,
                      transformer_.outputs(), pictures);
   files.commit();
@@ -62,16 +68,18 @@ FrameReport TransformJob::describe(const std::string& name, const FrameTransform
   report.result = FrameReport::Result::done;
   report.pixels = frame.pixels.size();
   if (counts.above > 0) {
-    report.note = formatted("note: %.1f %% of the pixels of %s exceed %d, the full scale of %d bits.",
-                            percent * counts.above, name.c_str(), full_scale, transformer_.bit_depth());
+    report.notes.push_back(formatted("%.1f %% of the pixels of %s exceed %d, the full scale of %d bits.",
+                                     percent * counts.above, name.c_str(), full_scale, transformer_.bit_depth()));
   }
   const double megapixels = static_cast<double>(frame.pixels.size()) / 1e6;
-  report.line = formatted("%s: %d x %d, %d-bit, %.1f %% saturated; transform %.2f ms (%.0f Mpixel/s)", name.c_str(),
-                          frame.width, frame.height, transformer_.bit_depth(), percent * counts.saturated,
-                          timing.best_ms, megapixels / timing.best_ms * 1e3);
+  report.line = formatted("%s: %d x %d, %d-bit, %.1f %% saturated", name.c_str(), frame.width, frame.height,
+                          transformer_.bit_depth(), percent * counts.saturated);
   if (request_.repeat > 1) {
-    report.line += formatted(" at best of %d, %.2f ms (%.0f Mpixel/s) at first", request_.repeat, timing.first_ms,
+    report.line += formatted("; transform %.2f ms (%.0f Mpixel/s) at best of %d, %.2f ms (%.0f Mpixel/s) at first",
+                             timing.best_ms, megapixels / timing.best_ms * 1e3, request_.repeat, timing.first_ms,
                              megapixels / timing.first_ms * 1e3);
+  } else if (verbosity() == Verbosity::verbose) {
+    report.line += formatted("; transform %.2f ms (%.0f Mpixel/s)", timing.best_ms, megapixels / timing.best_ms * 1e3);
   }
   report.line += formatted("; %zu %s in %s", request_.files.size(), request_.files.size() == 1 ? "file" : "files",
                            request_.directory.string().c_str());

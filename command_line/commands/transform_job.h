@@ -20,7 +20,10 @@ struct TransformRequest : FrameRequest {
   std::vector<OutputFile> files;
   std::filesystem::path directory = ".";
   PictureStyle picture_style;
-  bool overwrite = false;
+  /** Frames are left out whose outputs are there and would be the same. */
+  bool resume = false;
+  /** Frames fail of which outputs are there. */
+  bool no_clobber = false;
 };
 
 /** Writes the outputs of frames. */
@@ -32,6 +35,7 @@ class TransformJob : public FrameJob {
 
  private:
   FrameReport work(const FrameTicket& ticket) override;
+  std::filesystem::path path_of(const FrameTicket& ticket, const OutputFile& file) const;
   bool is_finished(const FrameTicket& ticket) const;
   void write(const FrameTicket& ticket);
   FrameReport describe(const std::string& name, const FrameTransformer::Timing& timing) const;

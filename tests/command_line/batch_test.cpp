@@ -61,7 +61,7 @@ class BatchTest : public ToolTest {
   }
 
   CameraSettings camera_;
-  const std::string options_ = " --raw 37x5 --pixel-format Mono12p --layout 45 --format npy --out results ";
+  const std::string options_ = " --raw 37x5 --pixel-format Mono12p --layout 45 --format npy -o results ";
 };
 
 TEST_F(BatchTest, EveryFrameOfAStreamGivesItsOwnArrays) {
@@ -90,7 +90,7 @@ TEST_F(BatchTest, BadFramesAreReportedInTheirPlaceAndTheRestIsDone) {
   write("in/good2_not.pgm", "P5 37 5 4095\ntoo short");
   write("in/notes.txt", "not a frame, and not taken for one");
   const RunResult result =
-      run_together("transform 'in/g*.pgm' missing.png in --jobs 2 --outputs azimuth --out results/deeper");
+      run_together("transform 'in/g*.pgm' missing.png in --jobs 2 --outputs azimuth -o results/deeper");
   const std::string& told = result.output;
   EXPECT_EQ(result.exit_code, 1);
   std::size_t before = 0;
@@ -127,15 +127,15 @@ TEST_F(BatchTest, OnlyWhatIsMissingOrOutdatedIsDoneAgain) {
   const std::string right = read(finished);
   write(finished, "of someone else");
   fs::remove(path("results/run_000002_hv.npy"));
-  const RunResult resumed = run(command);
+  const RunResult resumed = run(command + " --resume");
   EXPECT_EQ(resumed.exit_code, 0) << resumed.errors;
   EXPECT_NE(resumed.output.find("1 done, 3 skipped, 0 failed"), std::string::npos) << resumed.output;
   EXPECT_NE(resumed.output.find("run.raw frame 2: 37 x 5"), std::string::npos) << resumed.output;
   EXPECT_EQ(read(finished), "of someone else");
-  EXPECT_EQ(run(command + " --overwrite").exit_code, 0);
+  EXPECT_EQ(run(command).exit_code, 0);
   EXPECT_EQ(read(finished), right);
   fs::last_write_time(path("run.raw"), fs::last_write_time(path(finished)) + std::chrono::hours(1));
-  EXPECT_NE(run(command).output.find("4 done, 0 skipped"), std::string::npos);
+  EXPECT_NE(run(command + " --resume").output.find("4 done, 0 skipped"), std::string::npos);
 }
 
 TEST_F(BatchTest, NothingIsOverwrittenByAnotherFrame) {
@@ -145,16 +145,16 @@ TEST_F(BatchTest, NothingIsOverwrittenByAnotherFrame) {
   write("run.raw", stream(2));
   write("run_000000.raw", stream(1));
   const auto before = listing();
-  const std::vector<std::string> clashes = {"f.pgm one/f.pgm", "f.pgm f_power.png --out one/..",
+  const std::vector<std::string> clashes = {"f.pgm one/f.pgm -o one/..", "f.pgm f_power.png -o one/..",
                                             "run.raw run_000000.raw" + options_};
   for (const std::string& inputs : clashes) {
     SCOPED_TRACE(inputs);
     const RunResult refused = run("transform " + inputs);
-    EXPECT_EQ(refused.exit_code, 1);
-    EXPECT_NE(refused.errors.find("--out"), std::string::npos) << refused.errors;
+    EXPECT_EQ(refused.exit_code, 2);
+    EXPECT_NE(refused.errors.find("--output"), std::string::npos) << refused.errors;
     EXPECT_EQ(listing(), before);
   }
-  EXPECT_EQ(run("transform f.pgm f_power.pgm ./f.pgm --outputs power --out results").exit_code, 0);
+  EXPECT_EQ(run("transform f.pgm f_power.pgm ./f.pgm --outputs power -o results").exit_code, 0);
 }
 
 // What lies right of or below a region is mirrored in its last column and row; everywhere else, since the phase follows
@@ -171,8 +171,7 @@ TEST_F(BatchTest, ARegionHasWhatTheWholeFrameHasThere) {
   for (const auto& [x, y] : {std::pair{0, 0}, {1, 0}, {0, 1}, {7, 5}, {44, 31}}) {
     const std::string region = std::to_string(x) + "," + std::to_string(y) + ",17,9";
     SCOPED_TRACE(region);
-    ASSERT_EQ(run("transform whole.pgm --overwrite --layout 45 --origin 3,0 --format npy --roi " + region).exit_code,
-              0);
+    ASSERT_EQ(run("transform whole.pgm -o . --layout 45 --origin 3,0 --format npy --roi " + region).exit_code, 0);
     const auto azimuth = elements<std::uint16_t>(read("whole_azimuth.npy"), {9, 17});
     const auto dolp = elements<std::uint16_t>(read("whole_dolp.npy"), {9, 17});
     ASSERT_EQ(azimuth.size(), 17U * 9U);

@@ -29,7 +29,7 @@ class CalibrateTest : public ToolTest {
 };
 
 TEST_F(CalibrateTest, AListOfFramesMakesAFileAPlotAndAReport) {
-  const RunResult result = run("calibrate --list list.csv --dark dark.pgm --out c.json");
+  const RunResult result = run("calibrate --list list.csv --dark dark.pgm --layout 90 -o c.json");
   EXPECT_EQ(result.exit_code, 0) << result.errors;
   EXPECT_EQ(result.errors, "");
   EXPECT_NE(result.output.find("5 frames, source "), std::string::npos) << result.output;
@@ -41,8 +41,8 @@ TEST_F(CalibrateTest, AListOfFramesMakesAFileAPlotAndAReport) {
 
 // Frames that share a library and are worked on at once must not differ from lone ones.
 TEST_F(CalibrateTest, FramesOfABatchAreCalibratedLikeLoneOnes) {
-  ASSERT_EQ(run("calibrate --list list.csv --dark dark.pgm").exit_code, 0);
-  const std::string options = " --calibration calibration.json --outputs stokes,power --out ";
+  ASSERT_EQ(run("calibrate calibration.json --list list.csv --dark dark.pgm").exit_code, 0);
+  const std::string options = " --calibration calibration.json --layout 90 --resume --outputs stokes,power -o ";
   ASSERT_EQ(run("transform a0.pgm" + options + "lone").exit_code, 0);
   ASSERT_EQ(run("transform 'a*.pgm'" + options + "batch --jobs 3").exit_code, 0);
   for (const char* name : {"/a0_stokes_s1.tiff", "/a0_stokes_s2.tiff", "/a0_power.png"}) {
@@ -58,23 +58,25 @@ TEST_F(CalibrateTest, FramesOfABatchAreCalibratedLikeLoneOnes) {
 }
 
 TEST_F(CalibrateTest, ListsAndFramesThatDoNotSuffice) {
-  const std::string four = "calibrate --frame 0:a0.pgm --frame 40:a40.pgm --frame 75:a75.pgm";
-  expect_refusal("calibrate", {"0 are given"});
-  expect_refusal(four, {"3 are given"});
-  expect_refusal(four + " --frame 180:a110.pgm", {"3 different angles", "half a turn"});
-  expect_refusal(four + " --frame 135:a75.pgm", {"a75.pgm is given twice"});
-  expect_refusal(four + " --frame up:a110.pgm", {"--frame up:a110.pgm", "30:frame.png"});
-  expect_refusal(four + " --frame 135", {"--frame 135"});
-  expect_refusal(four + " --frame nan:a110.pgm", {"--frame nan:a110.pgm"});
-  write("bad.csv", "0,a0.pgm\n45;a40.pgm\n");
-  expect_refusal("calibrate --list bad.csv", {"line 2 of bad.csv"});
-  expect_refusal("calibrate --list nowhere.csv", {"nowhere.csv", "No such file"});
-  expect_refusal("calibrate --list list.csv --layout 0", {"pass light at", "--layout or --origin is wrong"});
-  expect_refusal("calibrate --list list.csv --bit-depth 10", {"pixel value", "--bit-depth"});
-  expect_refusal("calibrate --raw 16x16 --pixel-format Mono16 --list list.csv", {"a0.pgm holds more than one frame"});
-  expect_refusal("transform a0.pgm --calibration list.csv", {"list.csv is not JSON"});
-  std::filesystem::create_directory(path("calibration.png"));
-  expect_refusal("calibrate --list list.csv", {"calibration.png", "a directory has that name"});
+  const std::string four = "calibrate c.json --frame 0:a0.pgm --frame 40:a40.pgm --frame 75:a75.pgm";
+  expect_refusal("calibrate c.json", {"0 are given"}, 2);
+  expect_refusal(four, {"3 are given"}, 2);
+  expect_refusal(four + " --frame 180:a110.pgm", {"3 different angles", "half a turn"}, 2);
+  expect_refusal(four + " --frame 135:a75.pgm", {"a75.pgm is given twice"}, 2);
+  expect_refusal(four + " --frame up:a110.pgm", {"--frame up:a110.pgm", "30:frame.png"}, 2);
+  expect_refusal(four + " --frame 135", {"--frame 135"}, 2);
+  expect_refusal(four + " --frame nan:a110.pgm", {"--frame nan:a110.pgm"}, 2);
+  write("bad.csv", "0,a0.pgm\n45:a40.pgm\n");
+  expect_refusal("calibrate c.json --list bad.csv", {"line 2 of bad.csv"});
+  expect_refusal("calibrate c.json --list nowhere.csv", {"nowhere.csv", "No such file"});
+  expect_refusal("calibrate c.json --list list.csv --layout 0", {"pass light at", "--layout or --origin is wrong"});
+  expect_refusal("calibrate c.json --list list.csv --bit-depth 10", {"pixel value", "--bit-depth"});
+  expect_refusal("calibrate c.json --raw 16x16 --pixel-format Mono16 --list list.csv",
+                 {"a0.pgm holds more than one frame"});
+  expect_refusal("transform a0.pgm -o r --calibration list.csv", {"list.csv is not JSON"});
+  std::filesystem::create_directory(path("c.png"));
+  expect_refusal("calibrate c.json --list list.csv", {"c.png is there already", "--force"});
+  expect_refusal("calibrate c.json --list list.csv --layout 90 --force", {"c.png", "a directory has that name"});
 }
 
 }  // namespace

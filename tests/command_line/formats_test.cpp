@@ -45,10 +45,9 @@ void FormatsTest::expect_exact(const std::string& name, int bit_depth, const std
                                   std::to_string(bit_depth));
   ASSERT_EQ(simulated.exit_code, 0) << simulated.errors;
   const RunResult transformed =
-      run("transform " + name + sensor + "--output-max 4095 --out results --format " + format + " " + options);
+      run("transform " + name + sensor + "--output-max 4095 -o results --format " + format + " " + options);
   ASSERT_EQ(transformed.exit_code, 0) << transformed.errors;
   EXPECT_EQ(transformed.errors, "");
-  EXPECT_NE(transformed.output.find("Mpixel/s"), std::string::npos) << transformed.output;
 
   const std::string stem = "results/" + name.substr(0, name.find('.'));
   expect_floats(stem + "_stokes_s1.tiff", component(expected.stokes, 0), 37, 30);
@@ -98,7 +97,7 @@ TEST_F(FormatsTest, TruthIsThatOfTheScene) {
 
 TEST_F(FormatsTest, WritesWhatIsWantedAndNoMore) {
   ASSERT_EQ(run("simulate s.png --size 64x48").exit_code, 0);
-  ASSERT_EQ(run("transform s.png --bit-depth 12 --outputs dolp,sheet --out new/results --repeat 1").exit_code, 0);
+  ASSERT_EQ(run("transform s.png --bit-depth 12 --outputs dolp,sheet -o new/results").exit_code, 0);
   EXPECT_EQ(listing(), (std::set<std::string>{"new", "new/results", "new/results/s_dolp.png", "new/results/s_sheet.png",
                                               "s.png"}));
 }

@@ -30,9 +30,9 @@ TEST_F(ProgramTest, ExitCodesAndStreamsAreThoseOfTheCommands) {
   EXPECT_EQ(shell("\"$tool\" simulate s.png --size 16x16 > out 2> errors"), 0);
   EXPECT_EQ(read("errors"), "");
   EXPECT_EQ(shell("\"$tool\" transform s.png --bit-depth 12 --outputs dolp >> out 2> errors"), 0);
-  EXPECT_EQ(shell("\"$tool\" transform missing.png > out 2> errors"), 1);
+  EXPECT_EQ(shell("\"$tool\" transform missing.png -o r > out 2> errors"), 1);
   EXPECT_EQ(read("errors").rfind("nerova-polarize: cannot read missing.png", 0), 0U);
-  EXPECT_EQ(shell("\"$tool\" transform s.png --sharpen > out 2> errors"), 2);
+  EXPECT_EQ(shell("\"$tool\" transform s.png --outputs dolp --sharpen > out 2> errors"), 2);
   EXPECT_EQ(read("out"), "");
 }
 
@@ -58,7 +58,7 @@ TEST_F(ProgramTest, AnInterruptionEndsTheFrameInWorkAndLeavesTheRest) {
   write("script.sh",
         "mkfifo pipe\n"
         "\"$1\" transform -"
-        " --raw 37x5 --pixel-format Mono12p --format npy --out results "
+        " --raw 37x5 --pixel-format Mono12p --format npy -o results "
         "--outputs stokes,hv --jobs 1 < pipe > told 2>&1 &\n"
         "exec 3> pipe\n"
         "cat two.raw >&3\n"

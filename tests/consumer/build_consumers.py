@@ -105,7 +105,7 @@ def main():
         tool = tree / "bin" / "nerova-polarize"
         if tool.exists():  # It finds the library by itself.
             run(tool, "simulate", place / "frame.png", "--size", "64x64", stdout=subprocess.DEVNULL)
-            run(tool, "transform", place / "frame.png", "--out", place / "pictures", stdout=subprocess.DEVNULL)
+            run(tool, "transform", place / "frame.png", "--output", place / "pictures", stdout=subprocess.DEVNULL)
             for document in ("man/man1/nerova-polarize.1", "bash-completion/completions/nerova-polarize",
                              "zsh/vendor-completions/_nerova-polarize"):
                 assert (tree / "share" / document).stat().st_size > 0, document
