@@ -132,11 +132,17 @@ function(nerova_add_objects name set)
   set_property(GLOBAL APPEND PROPERTY nerova_objects_${set} ${name})
 endfunction()
 
-# nerova_library_rules(target description def): what all shared libraries that are shipped have in common. They export
-# the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
+# nerova_library_rules(target description def): what the processor's library and its companions have in common: ordinary
+# code, and the rules for all shared libraries.
 function(nerova_library_rules target description def)
   target_compile_options(${target} PRIVATE ${nerova_ordinary_flags} ${nerova_guarded_stack})
   set_property(GLOBAL APPEND PROPERTY nerova_objects_ordinary ${target})
+  nerova_shared_library_rules(${target} "${description}" ${def})
+endfunction()
+
+# nerova_shared_library_rules(target description def): what all shared libraries that are shipped have in common. They
+# export the names in the .def file on Windows and in exports.map beside the sources elsewhere, and nothing else.
+function(nerova_shared_library_rules target description def)
   if(WIN32)
     target_sources(${target} PRIVATE ${def})
     set(NEROVA_FILE_DESCRIPTION ${description})

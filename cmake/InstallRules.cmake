@@ -12,6 +12,13 @@ set(companions
   nerova_zel_logger
   nerova_zel_polarization_processor_vector_avx2
   nerova_zel_polarization_processor_vector_avx512)
+if(TARGET nerova_zel_imaging)
+  set_target_properties(nerova_zel_imaging PROPERTIES EXPORT_NAME imaging)
+  install(TARGETS nerova_zel_imaging EXPORT nerova_polarization_processor
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 install(TARGETS ${companions}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
@@ -19,9 +26,14 @@ install(FILES ${PROJECT_SOURCE_DIR}/logger/nerova_zel_logger.cfg.sample
   DESTINATION ${CMAKE_INSTALL_DATADIR}/nerova_zel COMPONENT runtime)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/nerova_zel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(WIN32)
-  install(FILES $<TARGET_PROPERTY:nerova_zel_polarization_processor,NEROVA_SHORT_IMPORT_LIBRARY>
-    DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  foreach(library IN ITEMS nerova_zel_polarization_processor ${companions})
+  set(linked nerova_zel_polarization_processor)
+  if(TARGET nerova_zel_imaging)
+    list(APPEND linked nerova_zel_imaging)
+  endif()
+  foreach(library IN LISTS linked)
+    install(FILES $<TARGET_PROPERTY:${library},NEROVA_SHORT_IMPORT_LIBRARY> DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endforeach()
+  foreach(library IN ITEMS ${linked} ${companions})
     get_target_property(folder ${library} SOURCE_DIR)
     install(FILES ${folder}/${library}.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endforeach()

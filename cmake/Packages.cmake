@@ -29,11 +29,11 @@ else()
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME lib${NEROVA_PACKAGE_NAME})
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
   set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}
- The library, its code for AVX2 and AVX-512, and its logger.")
+ The library, its code for AVX2 and AVX-512, its logger, and imaging for other languages.")
   if(NEROVA_32_BIT)
     # Built where the packages of this architecture are not known; from the versions of the symbols that are used.
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
-    set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 5.2)")
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 11)")
   else()
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
   endif()

@@ -117,7 +117,7 @@ PolarizerResponse response_of(const AnalyzerMatrix& responses, Eigen::Index pola
 
 /** First-order propagation of the covariance of a response's three numbers to its angle and leakage. */
 ResponseUncertainty propagate(const PolarizerResponse& response, const Eigen::Matrix3d& covariance) {
-  const double swing = std::hypot(response.cosine, response.sine);
+  const double swing = length_of(response.cosine, response.sine);
   const double c = response.cosine / swing;
   const double s = response.sine / swing;
   const double greatest = response.unpolarized + swing;
@@ -134,7 +134,7 @@ double root_mean_square(double squares, std::size_t count) { return std::sqrt(sq
 double PolarizerResponse::angle_degrees() const { return 0.5 * degrees_per_radian * std::atan2(sine, cosine); }
 
 double PolarizerResponse::leakage() const {
-  const double swing = std::hypot(cosine, sine);
+  const double swing = length_of(cosine, sine);
   return (unpolarized - swing) / (unpolarized + swing);
 }
 

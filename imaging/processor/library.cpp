@@ -1,11 +1,10 @@
 #include "processor/library.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <vector>
 
 #include "failure.h"
 #include "processor/bands.h"
+#include "processor/route.h"
 
 namespace nerova_zel {
 
@@ -100,26 +99,7 @@ Calibration Library::calibration() const {
 }
 
 bool Library::calibrates_every_pixel() {
-  constexpr std::int32_t width = 16;
-  constexpr std::int32_t height = 4;
-  const std::vector<std::uint16_t> pixels(std::size_t{width} * height, 1000);
-  std::vector<std::uint16_t> power(pixels.size());
-  Frame frame;
-  frame.pixels = pixels;
-  frame.width = width;
-  frame.height = height;
-  Outputs outputs;
-  outputs.total_power = power;
-  Calibration trial{};
-  for (CalibrationMatrix& matrix : trial) {
-    std::fill_n(matrix.begin(), 4, 10.0F);  // ten times the default weights of the power
-  }
-  const Calibration kept = calibration();
-  set_calibration(trial);
-  transform(frame, outputs);
-  set_calibration(kept);
-  // 2000 by the default calibration and 20000 by this one; no later pixel is farther from the last column and row.
-  return power.front() > 10000;
+  return checked(path_, [&] { return nerova_zel::calibrates_every_pixel(processor_); });
 }
 
 }  // namespace nerova_zel

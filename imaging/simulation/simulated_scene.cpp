@@ -36,7 +36,7 @@ StokesVector two_beams(double along, double across, double angle) {
 
 }  // namespace
 
-double StokesVector::degree() const { return s0 > 0.0 ? std::hypot(s1, s2) / s0 : 0.0; }
+double StokesVector::degree() const { return s0 > 0.0 ? length_of(s1, s2) / s0 : 0.0; }
 
 double StokesVector::angle_degrees() const {
   const double angle = 0.5 * std::atan2(s2, s1) * 180.0 / pi;
@@ -69,10 +69,10 @@ StokesVector SimulatedScene::whole_light_at(double x, double y) const {
   if (settings_.uniform_light) {
     return *settings_.uniform_light;
   }
-  if (std::hypot(x - sphere_x_, y - sphere_y_) < radius_) {
+  if (length_of(x - sphere_x_, y - sphere_y_) < radius_) {
     return sphere_light((x - sphere_x_) / radius_, (sphere_y_ - y) / radius_);
   }
-  if (std::hypot(x - wheel_x_, y - wheel_y_) < radius_) {
+  if (length_of(x - wheel_x_, y - wheel_y_) < radius_) {
     return wheel_light((x - wheel_x_) / radius_, (wheel_y_ - y) / radius_);
   }
   return {0.30 + 0.12 * x / width_ + 0.08 * y / height_, 0.0, 0.0};
@@ -97,7 +97,7 @@ StokesVector SimulatedScene::sphere_light(double x, double y) const {
 StokesVector SimulatedScene::wheel_light(double x, double y) const {
   constexpr double sector = pi / 8.0;
   constexpr double frame = 0.012;
-  const double distance = std::hypot(x, y);
+  const double distance = length_of(x, y);
   const double position = std::atan2(y, x);
   const double axis = std::round(position / sector) * sector;
   const double from_spoke_edge = distance * std::sin(0.5 * sector - std::abs(position - axis));

@@ -165,7 +165,7 @@ std::optional<double> StatisticsSums::resultant() const {
   if (!(angle_weights > 0.0)) {
     return std::nullopt;
   }
-  return std::min(1.0, std::hypot(cosines, sines) / angle_weights);
+  return std::min(1.0, length_of(cosines, sines) / angle_weights);
 }
 
 std::optional<double> StatisticsSums::angle_deviation() const {

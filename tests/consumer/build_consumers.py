@@ -11,7 +11,7 @@ import sys
 import tempfile
 import zipfile
 
-LIBRARIES = {"nerova_zel_polarization_processor", "nerova_zel_logger",
+LIBRARIES = {"nerova_zel_polarization_processor", "nerova_zel_logger", "nerova_zel_imaging",
              "nerova_zel_polarization_processor_vector_avx2", "nerova_zel_polarization_processor_vector_avx512"}
 
 

@@ -1,0 +1,145 @@
+/* The C interface of imaging as a C program sees it: what it refuses, with which code and sentence, and that its
+ * answers agree with one another. What they are is tested in C++. Ends with the number of the failed line. */
+#include <math.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "nerova_zel/imaging.h"
+
+#define CHECK(condition)                                                                    \
+  do {                                                                                      \
+    if (!(condition)) {                                                                     \
+      fprintf(stderr, "line %d: %s (%s)\n", __LINE__, #condition, nv_imaging_error_text()); \
+      exit(1);                                                                              \
+    }                                                                                       \
+  } while (0)
+
+enum { width = 96, height = 64, count = width * height };
+
+static nv_imaging_scene even_scene(double angle) {
+  nv_imaging_scene scene = {
+      width, height, 0, 0, 90, 12, 1, 0, {0.5, 0, 0}, 0, 40, {1, -1, 0.5, 0}, {50, 60, 70, 80}, {1, 1.1, 0.9, 1}, 1};
+  scene.light[1] = 0.5 * cos(angle / 28.647889756541161);
+  scene.light[2] = 0.5 * sin(angle / 28.647889756541161);
+  return scene;
+}
+
+static void check_formats(void) {
+  static const unsigned char bytes[6] = {0x12, 0x34, 0x56, 0x12, 0x34, 0x56};
+  uint16_t pixels[4] = {0};
+  const char* name = NULL;
+  int32_t bits = 0;
+  int32_t formats = 0;
+  do {
+    CHECK(nv_imaging_pixel_format_name(formats++, &name) == 0);
+    CHECK(name == NULL || (nv_imaging_pixel_format(name, &bits, NULL) == 0 && bits >= 8));
+  } while (name != NULL);
+  CHECK(formats > 7);
+  CHECK(nv_imaging_unpack("Mono12p", bytes, 6, 2, 2, pixels, 1) == 0);
+  CHECK(pixels[0] == 0x412 && pixels[1] == 0x563 && pixels[2] == 0x412 && pixels[3] == 0x563);
+  CHECK(nv_imaging_unpack("Mono12p", bytes, 5, 2, 2, pixels, 1) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(strstr(nv_imaging_error_text(), "3 bytes each, but 5 bytes are there") != NULL);
+  CHECK(nv_imaging_unpack("Mono12p", bytes, 6, (size_t)-1 / 2, 1, pixels, 1) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(nv_imaging_unpack("Mono13", bytes, 6, 2, 2, pixels, 1) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(nv_imaging_split_colours(pixels, 4, 6, "RGGB", pixels) == NV_IMAGING_ERROR_ARGUMENT);
+}
+
+static void check_images(nv_polarization_processor* processor) {
+  static uint16_t pixels[count], azimuth[count], dolp[count], from_angle[count];
+  static float truth[3][count], angle[count];
+  static unsigned char rgb[2][3 * count];
+  nv_imaging_scene scene = even_scene(30.0);
+  CHECK(nv_imaging_simulate(&scene, pixels, truth[0], truth[1], truth[2]) == 0);
+  CHECK(fabs((double)truth[0][7] - 0.5) < 1e-6);
+  nv_imaging_frame frame = {pixels, width, height, 0, 0, 90, 12};
+  nv_imaging_images images = {0};
+  images.azimuth = azimuth;
+  images.dolp = dolp;
+  images.angle = angle;
+  images.output_maximum = 65535;
+  CHECK(nv_imaging_transform(processor, &frame, &images, 2) == 0);
+  nv_imaging_colours* colours = NULL;
+  CHECK(nv_imaging_create_colours("light", 65535, 1.0, 1.0, &colours) == 0);
+  CHECK(nv_imaging_paint(colours, azimuth, NULL, NULL, count, rgb[0]) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(nv_imaging_paint(colours, azimuth, dolp, NULL, count, rgb[0]) == 0);
+  angle[5] = NAN;
+  CHECK(nv_imaging_azimuth_of_angles(angle, count, 65535, from_angle) == 0);
+  CHECK(from_angle[5] == 0);
+  CHECK(abs(from_angle[9] - azimuth[9]) < 65); /* 0.16 degrees */
+  nv_imaging_destroy_colours(colours);
+  CHECK(nv_imaging_create_colours("loud", 65535, 1.0, 1.0, &colours) == NV_IMAGING_ERROR_ARGUMENT);
+
+  nv_imaging_statistics all, half, both = {0};
+  const int32_t left[4] = {0, 0, width / 2, height};
+  CHECK(nv_imaging_compute_statistics(processor, &frame, NULL, NV_IMAGING_WEIGHT_EQUAL, 1, &all) == 0);
+  CHECK(nv_imaging_compute_statistics(processor, &frame, left, NV_IMAGING_WEIGHT_EQUAL, 1, &half) == 0);
+  CHECK(all.pixels == count && half.pixels == count / 2 && fabs(all.mean_angle - half.mean_angle) < 1.0);
+  CHECK(nv_imaging_add_statistics(&both, &half) == 0 && memcmp(&both, &half, sizeof(both)) == 0);
+  const int32_t beyond[4] = {1, 0, width, height};
+  CHECK(nv_imaging_compute_statistics(processor, &frame, beyond, 0, 1, &half) == NV_IMAGING_ERROR_ARGUMENT);
+
+  images.dolp = azimuth; /* two images in one place */
+  CHECK(nv_imaging_transform(processor, &frame, &images, 1) == NV_POLARIZATION_PROCESSOR_ERROR_OUTPUTS_EQUAL);
+  CHECK(nv_imaging_transform(NULL, &frame, &images, 1) == NV_POLARIZATION_PROCESSOR_ERROR_NULL_HANDLE);
+  frame.layout = 30;
+  CHECK(nv_imaging_transform(processor, &frame, &images, 1) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(strcmp(nv_imaging_error_text(), "the layout must be 0, 45, 90 or 135") == 0);
+}
+
+static void check_calibration(void) {
+  static uint16_t pixels[count];
+  const nv_imaging_frame frame = {pixels, width, height, 0, 0, 90, 12};
+  nv_imaging_scene scene = even_scene(0.0);
+  nv_imaging_series* series = NULL;
+  nv_imaging_calibration* fitted = NULL;
+  nv_imaging_calibration* again = NULL;
+  CHECK(nv_imaging_create_series(90, 0, 0, &series) == 0);
+  CHECK(nv_imaging_fit(series, 0, &fitted) == NV_IMAGING_ERROR_ARGUMENT);
+  for (int i = 0; i < 6; ++i) {
+    scene = even_scene(30.0 * i);
+    CHECK(nv_imaging_simulate(&scene, pixels, NULL, NULL, NULL) == 0);
+    CHECK(nv_imaging_add_to_series(series, "frame", 30.0 * i, &frame) == 0);
+  }
+  pixels[3] = 5000; /* more than 12 bits */
+  CHECK(nv_imaging_set_dark_frame(series, "dark", &frame) == NV_IMAGING_ERROR_DATA);
+  memset(scene.light, 0, sizeof(scene.light));
+  CHECK(nv_imaging_simulate(&scene, pixels, NULL, NULL, NULL) == 0);
+  CHECK(nv_imaging_set_dark_frame(series, "dark", &frame) == 0);
+  CHECK(nv_imaging_fit(series, 0, &fitted) == 0);
+  nv_imaging_destroy_series(series);
+
+  const char* text = NULL;
+  size_t length = 0;
+  size_t frames = 0;
+  float matrices[2][64];
+  double dark[4], residuals[24];
+  nv_imaging_polarizer polarizers[4];
+  CHECK(nv_imaging_calibration_values(fitted, matrices[0], dark, NULL, polarizers, &frames) == 0 && frames == 6);
+  CHECK(fabs(polarizers[1].angle_error + 1.0) < 0.05 && fabs(dark[2] - 40.0) < 0.01);
+  CHECK(nv_imaging_calibration_residuals(fitted, residuals, NULL) == 0 && fabs(residuals[23]) < 0.01);
+  CHECK(nv_imaging_calibration_text(fitted, &text, &length) == 0 && strlen(text) == length);
+  CHECK(nv_imaging_read_calibration(text, length / 2, "half", &again) == NV_IMAGING_ERROR_DATA);
+  CHECK(nv_imaging_read_calibration(text, length, "whole", &again) == 0);
+  CHECK(nv_imaging_calibration_values(again, matrices[1], NULL, NULL, NULL, &frames) == 0 && frames == 0);
+  CHECK(memcmp(matrices[0], matrices[1], sizeof(matrices[0])) == 0);
+  CHECK(nv_imaging_calibration_residuals(again, residuals, NULL) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(nv_imaging_subtract_dark(again, &frame, pixels) == 0 && pixels[0] == 0);
+  nv_imaging_destroy_calibration(fitted);
+  nv_imaging_destroy_calibration(again);
+}
+
+int main(void) {
+  nv_polarization_processor* processor = NULL;
+  const char* route = NULL;
+  CHECK(nv_polarization_processor_module_initialize() == 0);
+  CHECK(nv_polarization_processor_create_polarization_processor(&processor) == 0);
+  check_formats();
+  check_images(processor);
+  check_calibration();
+  CHECK(nv_imaging_route(&route) == 0 && strlen(route) > 3);
+  nv_polarization_processor_destroy_polarization_processor(processor);
+  nv_polarization_processor_module_terminate();
+  printf("%s\nPASSED  . 1 test\n", route);
+  return 0;
+}
