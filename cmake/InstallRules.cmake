@@ -1,4 +1,5 @@
-# What is installed, in two components: runtime has the libraries, development all else. The tool is a third.
+# What is installed, in two components: runtime has the libraries, development all else. The tool and the plugin for
+# GStreamer are a third and a fourth.
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
@@ -37,6 +38,10 @@ if(WIN32)
     get_target_property(folder ${library} SOURCE_DIR)
     install(FILES ${folder}/${library}.def DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endforeach()
+endif()
+
+if(TARGET gstnerovazel)
+  install(TARGETS gstnerovazel LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer)
 endif()
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/nerova_polarization_processor)

@@ -1,5 +1,6 @@
-# Packages by CPack: a zip of everything for Windows; for Debian the libraries, what is needed to build with them, and the
-# tool. One version is installed at a time, so that the libraries can keep the plain names by which programs load them.
+# Packages by CPack: a zip of everything for Windows; for Debian the libraries, what is needed to build with them, the
+# tool and the plugin for GStreamer. One version is installed at a time, so that the libraries can keep the plain names
+# by which programs load them.
 set(CPACK_PACKAGE_NAME ${NEROVA_PACKAGE_NAME})
 set(CPACK_PACKAGE_VENDOR "Nerova Zel")
 set(CPACK_PACKAGE_CONTACT "Nerova Zel")
@@ -52,6 +53,16 @@ else()
     set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
     set(CPACK_COMPONENT_TOOL_DESCRIPTION "${PROJECT_DESCRIPTION} - command
  Reads frames from image files, writes images and a sheet of pictures; simulates frames.")
+  endif()
+
+  if(NEROVA_BUILD_GSTREAMER)
+    list(APPEND CPACK_COMPONENTS_ALL gstreamer)
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_NAME gstreamer1.0-nerova-zel)
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_SECTION libs)
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_DEPENDS "lib${NEROVA_PACKAGE_NAME} ${this_version}")
+    set(CPACK_DEBIAN_GSTREAMER_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_COMPONENT_GSTREAMER_DESCRIPTION "${PROJECT_DESCRIPTION} - GStreamer plugin
+ Elements that turn the frames of a polarization camera into power, angle and degree while it runs.")
   endif()
 endif()
 
