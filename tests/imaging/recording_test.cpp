@@ -37,7 +37,10 @@ TEST(Recording, IsReadAsItWasWritten) {
 }
 
 TEST(Recording, RefusesWhatWouldBeReadWrong) {
-  const std::string good = encode_recording({PixelFormat::mono12, {8, 4}, {0, 0}, MosaicLayout(90), std::nullopt, 1});
+  Recording recording;
+  recording.format = PixelFormat::mono12;
+  recording.size = {8, 4};
+  const std::string good = encode_recording(recording);
   const std::array<std::array<const char*, 3>, 8> cases = {{
       {"nerova-zel-recording", "other", "does not describe a recording"},
       {"\"version\": 1", "\"version\": 2", "newer version"},
