@@ -5,6 +5,7 @@
 
 #include "batch/frame_reader.h"
 #include "batch/input_files.h"
+#include "messages.h"
 #include "usage_error.h"
 
 namespace nerova_zel {
@@ -29,6 +30,7 @@ std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
                                     const std::optional<HeaderlessLayout>& headerless) {
   std::vector<FrameInput> inputs;
   std::set<fs::path> seen;
+  std::size_t outputs = 0;
   for (const std::string& argument : arguments) {
     if (argument == "-") {
       if (!headerless || !headerless->format) {
@@ -39,12 +41,18 @@ std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
       }
       continue;
     }
-    for (const std::string& path : expand_argument(argument, headerless.has_value())) {
+    const FoundFiles found = expand_argument(argument, {headerless.has_value()});
+    outputs += found.outputs;
+    for (const std::string& path : found.paths) {
       std::error_code error;
       if (seen.insert(fs::weakly_canonical(path, error)).second) {
         inputs.push_back({path, frames_in_file(path, headerless), fs::path(path).stem().string()});
       }
     }
+  }
+  if (outputs > 0) {
+    note(std::to_string(outputs) + (outputs == 1 ? " file is an output" : " files are outputs") +
+         " of nerova-polarize and left out.");
   }
   return inputs;
 }

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "batch/input_files.h"
 #include "failure.h"
 #include "frame_files.h"
 #include "input_bytes.h"
@@ -44,6 +45,9 @@ void read_frame(const FrameTicket& ticket, const std::optional<HeaderlessLayout>
 RawFrame read_only_frame(const std::string& path, const std::optional<HeaderlessLayout>& headerless) {
   if (frames_in_file(path, headerless) > 1) {
     throw Failure(path + " holds more than one frame; files of a single one are needed.");
+  }
+  if (!headerless) {
+    refuse_output(path);
   }
   const FrameInput input{path, 1, ""};
   Bytes bytes;

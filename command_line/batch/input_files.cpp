@@ -7,6 +7,7 @@
 #include <set>
 
 #include "failure.h"
+#include "file_marks.h"
 #include "frame_files.h"
 
 namespace nerova_zel {
@@ -43,33 +44,58 @@ std::vector<std::string> files_in(const fs::path& folder, Accepts accepts) {
   return found;
 }
 
+/** Without the files that are outputs. Throws Failure if none is left. */
+FoundFiles only_frames(std::vector<std::string> paths, const std::string& place, bool headerless) {
+  FoundFiles found;
+  for (std::string& path : paths) {
+    if (!headerless && !output_in_file(path).empty()) {
+      ++found.outputs;
+    } else {
+      found.paths.push_back(std::move(path));
+    }
+  }
+  if (found.paths.empty()) {
+    throw Failure(place + " holds no frames, only outputs of nerova-polarize.");
+  }
+  return found;
+}
+
 }  // namespace
 
-std::vector<std::string> expand_argument(const std::string& argument, bool headerless) {
+FoundFiles expand_argument(const std::string& argument, const FolderRules& rules) {
   static const std::set<std::string> picture_endings = {".png", ".tif", ".tiff", ".pgm"};
   static const std::set<std::string> headerless_endings = {".raw", ".bin"};
   std::error_code error;
   const fs::path path(argument);
   if (fs::is_directory(path, error)) {
-    const auto& endings = headerless ? headerless_endings : picture_endings;
+    const auto& endings = rules.headerless ? headerless_endings : picture_endings;
     std::vector<std::string> files =
         files_in(path, [&](const std::string& name) { return endings.count(lower_case_extension(name)) != 0; });
     if (files.empty()) {
       throw Failure("the folder " + argument + " holds no frames; they should end in " +
-                    (headerless ? ".raw or .bin." : ".png, .tif, .tiff or .pgm."));
+                    (rules.headerless ? ".raw or .bin." : ".png, .tif, .tiff or .pgm."));
     }
-    return files;
+    return only_frames(std::move(files), "the folder " + argument, rules.headerless);
   }
   const std::string pattern = path.filename().string();
   if (pattern.find_first_of("*?") == std::string::npos || fs::exists(path, error)) {
-    return {argument};
+    if (!rules.headerless) {
+      refuse_output(argument);
+    }
+    return {{argument}, 0};
   }
   std::vector<std::string> files =
       files_in(path.parent_path(), [&](const std::string& name) { return matches(pattern, name); });
   if (files.empty()) {
     throw Failure("no file fits the pattern " + argument + ".");
   }
-  return files;
+  return only_frames(std::move(files), "the pattern " + argument, rules.headerless);
+}
+
+void refuse_output(const std::string& path) {
+  if (const std::string output = output_in_file(path); !output.empty()) {
+    throw Failure(path + " is no frame: it says that it is the output " + output + " of nerova-polarize.");
+  }
 }
 
 }  // namespace nerova_zel

@@ -5,11 +5,27 @@
 
 namespace nerova_zel {
 
+/** What files of a folder are frames. */
+struct FolderRules {
+  /** They end like headerless ones (.raw, .bin), else like pictures. */
+  bool headerless = false;
+};
+
+/** The files that an argument stands for. */
+struct FoundFiles {
+  std::vector<std::string> paths;
+  /** How many were left out because they say that they are outputs of this program. */
+  std::size_t outputs = 0;
+};
+
 /**
- * The files that an argument stands for: a folder for those of its files that end like frames, or like headerless ones
- * (.raw, .bin), by name; a pattern with * and ? in the last part of the path, unless a file has that very name, for the
- * files that fit, by name; anything else for itself, whether it exists or not. Throws Failure if there are none.
+ * A folder stands for those of its files that end like frames, by name; a pattern with * and ? in the last part of the
+ * path, unless a file has that very name, for the files that fit, by name; anything else for itself, whether it exists
+ * or not. Throws Failure if there are none, and for an output that is named.
  */
-std::vector<std::string> expand_argument(const std::string& argument, bool headerless);
+FoundFiles expand_argument(const std::string& argument, const FolderRules& rules);
+
+/** Throws Failure for a file that says that it is an output of this program, which would be taken for a frame. */
+void refuse_output(const std::string& path);
 
 }  // namespace nerova_zel

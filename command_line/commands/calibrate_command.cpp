@@ -14,6 +14,7 @@
 #include "commands/output_files.h"
 #include "commands/source_list.h"
 #include "failure.h"
+#include "file_marks.h"
 #include "file_set.h"
 #include "formatted.h"
 #include "frame_files.h"
@@ -117,7 +118,8 @@ void run_calibrate(const CalibrateOptions& options) {
   std::string plot = "and no plot: this program was built without OpenCV";
   if (can_draw()) {
     const std::string name = fs::path(options.file).filename().string();
-    files.write(plot_file, encode_drawing(draw_calibration(fit, series.angles(), name)));
+    files.write(plot_file, encode_drawing(draw_calibration(fit, series.angles(), name),
+                                          output_texts("calibration-plot", "the fit of a calibration")));
     plot = "plot in " + plot_file.string();
   }
   files.commit();

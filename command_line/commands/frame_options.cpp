@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "calibration/calibration_file.h"
+#include "commands/how_made.h"
 #include "failure.h"
 #include "input_bytes.h"
 #include "messages.h"
@@ -115,6 +116,7 @@ void FrameOptions::finish(FrameRequest& request) const {
   request.headerless = headerless_.layout();
   if (!request.calibration_file.empty()) {
     const Bytes bytes = read_file(request.calibration_file, "a calibration file");
+    request.calibration_mark = calibration_mark(bytes);
     request.calibration = parse_calibration({bytes.begin(), bytes.end()}, request.calibration_file);
   }
   request.jobs = jobs_.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));

@@ -18,6 +18,8 @@ struct FrameRequest : TransformSettings {
   std::vector<std::string> frames;
   std::optional<HeaderlessLayout> headerless;
   std::string calibration_file;
+  /** What tells the calibration from another. */
+  std::string calibration_mark;
   /** Frames worked on at once. */
   int jobs = 1;
   std::string library;

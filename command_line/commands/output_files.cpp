@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "failure.h"
+#include "file_texts.h"
 #include "npy_file.h"
 #include "png_file.h"
 #include "tiff_file.h"
@@ -81,13 +82,16 @@ std::string choice() {
   return "it takes all, or a list of " + list + ".";
 }
 
-void write_array(FileSet& set, const std::filesystem::path& path, const ImageView& image) {
+void write_array(FileSet& set, const std::filesystem::path& path, const ImageView& image,
+                 const std::vector<TextEntry>& texts) {
   std::vector<std::size_t> shape = {static_cast<std::size_t>(image.height), static_cast<std::size_t>(image.width)};
   if (image.channels > 1) {
     shape.push_back(static_cast<std::size_t>(image.channels));
   }
   const std::string header = npy_header(image.element, shape);
   set.write(path, {{header.data(), header.size()}, {image.data, shape[0] * image.row_bytes()}});
+  const std::string json = texts_to_json(texts);
+  set.write(texts_file_of_array(path), {{json.data(), json.size()}});
 }
 
 ImageView view_of(Output output, const OutputImages& images) {
@@ -149,6 +153,18 @@ Products parse_products(const std::string& text) {
   return products;
 }
 
+std::string product_name(const OutputFile& file) {
+  if (const auto* output = std::get_if<Output>(&file.content)) {
+    return describe(*output).name;
+  }
+  for (const auto& [name, kind] : picture_names) {
+    if (kind == std::get<PictureKind>(file.content)) {
+      return name;
+    }
+  }
+  return "";
+}
+
 std::vector<OutputFile> output_files(const Products& products, FileFormat format, AzimuthStyle style) {
   std::vector<OutputFile> files;
   for (const Output output : products.outputs) {
@@ -177,31 +193,29 @@ void refuse_existing(const std::filesystem::path& path, const std::string& remed
   }
 }
 
-Bytes encode_drawing(const Picture& picture) {
-  return encode_png({Element::uint8, picture.width, picture.height, 3, picture.pixels.data()}, {}, Compression::small);
+Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts) {
+  return encode_png({Element::uint8, picture.width, picture.height, 3, picture.pixels.data()}, texts,
+                    Compression::small);
 }
 
-void write_output_files(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
-                        const std::vector<OutputFile>& files, const OutputImages& images, FramePictures& pictures) {
-  for (const OutputFile& file : files) {
-    const std::filesystem::path path = directory / (stem + file.ending);
-    const std::string extension = path.extension().string();
-    if (const auto* kind = std::get_if<PictureKind>(&file.content)) {
-      set.write(path, encode_drawing(pictures.draw(*kind)));
-      continue;
-    }
-    ImageView image = view_of(std::get<Output>(file.content), images);
-    std::vector<float> single;
-    if (file.channel >= 0) {
-      single = component(images, file.channel);
-      image.channels = 1;
-      image.data = single.data();
-    }
-    if (extension == ".npy") {
-      write_array(set, path, image);
-    } else {
-      set.write(path, extension == ".png" ? encode_png(image) : encode_tiff(image));
-    }
+void write_output_file(FileSet& set, const std::filesystem::path& path, const OutputFile& file,
+                       const std::vector<TextEntry>& texts, const OutputImages& images, FramePictures& pictures) {
+  if (const auto* kind = std::get_if<PictureKind>(&file.content)) {
+    set.write(path, encode_drawing(pictures.draw(*kind), texts));
+    return;
+  }
+  ImageView image = view_of(std::get<Output>(file.content), images);
+  std::vector<float> single;
+  if (file.channel >= 0) {
+    single = component(images, file.channel);
+    image.channels = 1;
+    image.data = single.data();
+  }
+  const std::string extension = path.extension().string();
+  if (extension == ".npy") {
+    write_array(set, path, image, texts);
+  } else {
+    set.write(path, extension == ".png" ? encode_png(image, texts) : encode_tiff(image, tiff_tags(texts)));
   }
 }
 

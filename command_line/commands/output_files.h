@@ -40,6 +40,9 @@ struct OutputFile {
   int channel = -1;
 };
 
+/** What a file holds, by the name that parse_products takes. */
+std::string product_name(const OutputFile& file);
+
 /** The files of the products; pictures for looking at are PNG whatever the format. */
 std::vector<OutputFile> output_files(const Products& products, FileFormat format, AzimuthStyle style);
 
@@ -47,10 +50,10 @@ std::vector<OutputFile> output_files(const Products& products, FileFormat format
 void refuse_existing(const std::filesystem::path& path, const std::string& remedy);
 
 /** A PNG file. Throws CodecError. */
-Bytes encode_drawing(const Picture& picture);
+Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts = {});
 
-/** Puts `files` named `stem` and their endings into `set`. Throws Failure. */
-void write_output_files(FileSet& set, const std::filesystem::path& directory, const std::string& stem,
-                        const std::vector<OutputFile>& files, const OutputImages& images, FramePictures& pictures);
+/** Puts a file into `set`, with its texts; those of an array go into a file beside it. Throws Failure, CodecError. */
+void write_output_file(FileSet& set, const std::filesystem::path& path, const OutputFile& file,
+                       const std::vector<TextEntry>& texts, const OutputImages& images, FramePictures& pictures);
 
 }  // namespace nerova_zel

@@ -9,7 +9,9 @@
 #include "angles.h"
 #include "calibration/polarizer_fit.h"
 #include "commands/frame_options.h"
+#include "file_marks.h"
 #include "file_set.h"
+#include "file_texts.h"
 #include "formatted.h"
 #include "frame_files.h"
 #include "messages.h"
@@ -80,12 +82,12 @@ void write_truth(FileSet& files, const fs::path& directory, const SimulatedScene
     }
   }
   files.make_directory(directory);
-  const auto write = [&](const char* ending, const std::vector<float>& values) {
+  const auto write = [&](const char* ending, const std::vector<float>& values, const TiffTags& tags) {
     files.write(directory / (stem + ending),
-                encode_tiff({Element::float32, camera.width, camera.height, 1, values.data()}));
+                encode_tiff({Element::float32, camera.width, camera.height, 1, values.data()}, tags));
   };
-  write("_true_angle.tiff", angle);
-  write("_true_degree.tiff", degree);
+  write("_true_angle.tiff", angle, tiff_tags(output_texts("true-angle", "true angle of polarization, in degrees")));
+  write("_true_degree.tiff", degree, tiff_tags(output_texts("true-degree", "true degree of polarization")));
 }
 
 /** The command that transforms what was written. */

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "batch/frame_reader.h"
+#include "commands/how_made.h"
 #include "formatted.h"
 #include "messages.h"
 #include "statistics/pixel_counts.h"
@@ -13,7 +14,8 @@ namespace fs = std::filesystem;
 
 FrameReport TransformJob::work(const FrameTicket& ticket) {
   const std::string name = ticket.name();
-  if (request_.resume && is_finished(ticket)) {
+  const std::string source = source_text(ticket);
+  if (request_.resume && is_finished(ticket, source)) {
     return {FrameReport::Result::skipped, name + ": skipped, its outputs are in " + request_.directory.string(), {}, 0};
   }
   if (request_.no_clobber) {
@@ -23,7 +25,7 @@ FrameReport TransformJob::work(const FrameTicket& ticket) {
   }
   read_frame(ticket, request_.headerless, bytes(), transformer_.frame());
   const FrameTransformer::Timing timing = transformer_.run(name);
-  write(ticket);
+  write(ticket, source);
   return describe(name, timing);
 }
 
@@ -31,8 +33,8 @@ fs::path TransformJob::path_of(const FrameTicket& ticket, const OutputFile& file
   return request_.directory / (ticket.input->output_stem(ticket.number) + file.ending);
 }
 
-/** Whether all outputs are there, and made since the frame and the calibration were. */
-bool TransformJob::is_finished(const FrameTicket& ticket) const {
+/** Whether all outputs are there, made since the frame and the calibration were, and in the same way. */
+bool TransformJob::is_finished(const FrameTicket& ticket, const std::string& source) const {
   std::error_code error;
   fs::file_time_type made = request_.calibrated;
   if (!ticket.input->is_standard_input()) {
@@ -40,11 +42,12 @@ bool TransformJob::is_finished(const FrameTicket& ticket) const {
   }
   return !error && std::all_of(request_.files.begin(), request_.files.end(), [&](const OutputFile& file) {
     const fs::path path = path_of(ticket, file);
-    return fs::is_regular_file(path, error) && fs::last_write_time(path, error) > made && !error;
+    return fs::is_regular_file(path, error) && fs::last_write_time(path, error) > made && !error &&
+           was_made_so(path, how_made(request_, source, file));
   });
 }
 
-void TransformJob::write(const FrameTicket& ticket) {
+void TransformJob::write(const FrameTicket& ticket, const std::string& source) {
   const PictureContent content{fs::path(ticket.name()).filename().string(),
                                request_.layout,
                                transformer_.origin(),
@@ -54,8 +57,10 @@ void TransformJob::write(const FrameTicket& ticket) {
                                transformer_.outputs()};
   FramePictures pictures(content, request_.picture_style);
   FileSet files(request_.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
-  write_output_files(files, request_.directory, ticket.input->output_stem(ticket.number), request_.files,
-                     transformer_.outputs(), pictures);
+  for (const OutputFile& file : request_.files) {
+    write_output_file(files, path_of(ticket, file), file, how_made(request_, source, file), transformer_.outputs(),
+                      pictures);
+  }
   files.commit();
 }
 

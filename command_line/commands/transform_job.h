@@ -36,8 +36,8 @@ class TransformJob : public FrameJob {
  private:
   FrameReport work(const FrameTicket& ticket) override;
   std::filesystem::path path_of(const FrameTicket& ticket, const OutputFile& file) const;
-  bool is_finished(const FrameTicket& ticket) const;
-  void write(const FrameTicket& ticket);
+  bool is_finished(const FrameTicket& ticket, const std::string& source) const;
+  void write(const FrameTicket& ticket, const std::string& source);
   FrameReport describe(const std::string& name, const FrameTransformer::Timing& timing) const;
 
   const TransformRequest& request_;

@@ -3,6 +3,9 @@
 
 #include <cstring>
 
+#include "file_bytes.h"
+#include "file_set.h"
+#include "file_texts.h"
 #include "pgm_file.h"
 #include "png_file.h"
 #include "samples_of_files.h"
@@ -169,6 +172,38 @@ TEST(RoundTrip, NpyThatIsNotRead) {
                              "{'descr': '|u1', 'fortran_order': False, 'shape': (2, 99999999999999999999)}"}) {
     EXPECT_NE(refusal(broken), "") << broken;
   }
+}
+
+// What a writer says of a file is found without reading its pixels, of whatever kind they are.
+TEST(Texts, ComeBackFromEveryKindOfFile) {
+  const std::vector<TextEntry> texts = {{"Software", "program 1"}, {"Source", "a\xC3\xA4.png: 1"}, {"Options", "none"}};
+  const std::vector<float> values(6, 1.0F);
+  const Bytes colours(18, 7);
+  const Folder folder;
+  const auto put = [&](const std::string& name, const Bytes& bytes) {
+    FileSet set;
+    set.write(folder / name, bytes);
+    set.commit();
+  };
+  const std::string json = texts_to_json(texts);
+  put("a.png", encode_png(view_of(colours, 3, 2, 3), texts));
+  put("a.tiff", encode_tiff({Element::float32, 3, 2, 1, values.data()}, tiff_tags(texts)));
+  put("a.npy.json", {json.begin(), json.end()});
+  for (const char* name : {"a.png", "a.tiff", "a.npy"}) {
+    const std::vector<TextEntry> found = read_texts(folder / name);
+    for (const TextEntry& entry : texts) {
+      EXPECT_EQ(find_text(found, entry.key), entry.text) << name << ", " << entry.key;
+    }
+    EXPECT_FALSE(find_text(found, "Sour")) << name;
+  }
+  const Bytes whole = read_bytes((folder / "a.tiff").string());
+  for (std::size_t length = 0; length < whole.size(); length += 7) {
+    put("cut.tiff", {whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)});
+    for (const TextEntry& entry : read_texts(folder / "cut.tiff")) {
+      EXPECT_TRUE(entry.text == "program 1" || entry.key == "ImageDescription") << length;
+    }
+  }
+  EXPECT_TRUE(read_texts(folder / "none.png").empty());
 }
 
 }  // namespace

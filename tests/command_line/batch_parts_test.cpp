@@ -56,14 +56,14 @@ TEST_F(PatternTest, FitTheLastPartOfAPath) {
     write(name, "");
   }
   using Paths = std::vector<std::string>;
-  EXPECT_EQ(expand_argument("in/a?.png", false), Paths{"in/a1.png"});
-  EXPECT_EQ(expand_argument("in/a*.png", false), (Paths{"in/a1.png", "in/a12.png", "in/a[1].png"}));
-  EXPECT_EQ(expand_argument("in/a[1]*", false), Paths{"in/a[1].png"});
-  EXPECT_EQ(expand_argument("in/*1.png", false), (Paths{"in/a1.png", "in/b1.png"}));
-  EXPECT_EQ(expand_argument("in", false).size(), 5U);
-  EXPECT_EQ(expand_argument("in/none.png", false), Paths{"in/none.png"});
-  EXPECT_ANY_THROW(expand_argument("in/c*", false));
-  EXPECT_ANY_THROW(expand_argument("in", true));
+  EXPECT_EQ(expand_argument("in/a?.png", {}).paths, Paths{"in/a1.png"});
+  EXPECT_EQ(expand_argument("in/a*.png", {}).paths, (Paths{"in/a1.png", "in/a12.png", "in/a[1].png"}));
+  EXPECT_EQ(expand_argument("in/a[1]*", {}).paths, Paths{"in/a[1].png"});
+  EXPECT_EQ(expand_argument("in/*1.png", {}).paths, (Paths{"in/a1.png", "in/b1.png"}));
+  EXPECT_EQ(expand_argument("in", {}).paths.size(), 5U);
+  EXPECT_EQ(expand_argument("in/none.png", {}).paths, Paths{"in/none.png"});
+  EXPECT_ANY_THROW(expand_argument("in/c*", {}));
+  EXPECT_ANY_THROW(expand_argument("in", {true}));
 }
 
 }  // namespace

@@ -80,7 +80,7 @@ TEST_F(BatchTest, EveryFrameOfAStreamGivesItsOwnArrays) {
       EXPECT_EQ(elements<std::uint16_t>(read(name + "_azimuth.npy"), {5, 37}), expected.azimuth);
     }
   }
-  EXPECT_EQ(listing().size(), 2 + count * (9 + 2));
+  EXPECT_EQ(listing().size(), 2 + count * (6 * 2 + 3 + 2 * 2)) << "a text file beside each array";
 }
 
 TEST_F(BatchTest, BadFramesAreReportedInTheirPlaceAndTheRestIsDone) {
@@ -136,6 +136,75 @@ TEST_F(BatchTest, OnlyWhatIsMissingOrOutdatedIsDoneAgain) {
   EXPECT_EQ(read(finished), right);
   fs::last_write_time(path("run.raw"), fs::last_write_time(path(finished)) + std::chrono::hours(1));
   EXPECT_NE(run(command + " --resume").output.find("4 done, 0 skipped"), std::string::npos);
+}
+
+// What is there must have been made in the same way, which each file says of itself.
+TEST_F(BatchTest, OutputsOfOtherOptionsOrFramesAreMadeAgain) {
+  write_pgm("f.pgm", random_frame(1), 37, 5, 12);
+  write_pgm("g.pgm", random_frame(2), 37, 5, 12);
+  for (const std::string format : {"png", "tiff", "npy"}) {
+    SCOPED_TRACE(format);
+    const std::string command = "transform f.pgm --outputs stokes,azimuth -o results -f " + format;
+    const std::string azimuth = "results/f_azimuth." + format;
+    ASSERT_EQ(run(command).exit_code, 0);
+    const std::string before = read(azimuth);
+    EXPECT_NE(run(command + " --resume").output.find("skipped"), std::string::npos);
+    for (const std::string option : {" --layout 0", " --output-max 255", " --origin 1,0", " --roi 0,0,36,5"}) {
+      SCOPED_TRACE(option);
+      EXPECT_EQ(run(command + option + " --resume").output.find("skipped"), std::string::npos);
+      EXPECT_TRUE(read(azimuth) != before);
+      EXPECT_NE(run(command + option + " --resume").output.find("skipped"), std::string::npos);
+      EXPECT_EQ(run(command).output.find("skipped"), std::string::npos) << "without --resume all is made again";
+      EXPECT_TRUE(read(azimuth) == before);
+    }
+    // Another frame of the same name that is older than the outputs, as copying with its time leaves it.
+    const fs::file_time_type time = fs::last_write_time(path("f.pgm")) - std::chrono::hours(1);
+    fs::rename(path("f.pgm"), path("kept"));
+    fs::copy_file(path("g.pgm"), path("f.pgm"));
+    fs::last_write_time(path("f.pgm"), time);
+    EXPECT_EQ(run(command + " --resume").output.find("skipped"), std::string::npos);
+    EXPECT_TRUE(read(azimuth) != before);
+    fs::rename(path("kept"), path("f.pgm"));
+  }
+}
+
+TEST_F(BatchTest, EarlierOutputsOutliveFailures) {
+  write_pgm("f.pgm", random_frame(1), 37, 5, 12);
+  write_pgm("g.pgm", random_frame(2), 37, 5, 12);
+  const std::string command = "transform f.pgm g.pgm --layout 45 --outputs power,hv -o results";
+  ASSERT_EQ(run(command).exit_code, 0);
+  const std::string before = read("results/f_power.png");
+  const RunResult refused = run(command + " --no-clobber --output-max 255");
+  EXPECT_EQ(refused.exit_code, 1);
+  EXPECT_NE(refused.errors.find("results/f_power.png is there already; --no-clobber"), std::string::npos)
+      << refused.errors;
+  // The second file of f cannot get its name, so the first keeps what it had; g is done.
+  fs::remove(path("results/f_hv.png"));
+  write("results/f_hv.png/inside", "");
+  EXPECT_EQ(run(command + " --output-max 255").exit_code, 1);
+  EXPECT_EQ(read("results/f_power.png"), before);
+  write("f.pgm", "P5 damaged");
+  EXPECT_EQ(run(command).exit_code, 1);
+  EXPECT_EQ(read("results/f_power.png"), before);
+  EXPECT_EQ(listing(),
+            (std::set<std::string>{"f.pgm", "g.pgm", "results", "results/f_hv.png", "results/f_hv.png/inside",
+                                   "results/f_power.png", "results/g_hv.png", "results/g_power.png"}));
+}
+
+TEST_F(BatchTest, OutputsAreNotTakenForFrames) {
+  ASSERT_EQ(run("simulate f.png --size 16x16 --truth .").exit_code, 0);
+  for (const std::string format : {"png", "tiff"}) {
+    ASSERT_EQ(run("transform f.png -o . -f " + format).exit_code, 0);
+  }
+  for (const std::string arguments : {"transform . -o again", "transform '*.*' -o other", "stats ."}) {
+    const RunResult result = run(arguments + " --layout 90");
+    EXPECT_EQ(result.exit_code, 0) << result.errors;
+    EXPECT_NE(result.errors.find("outputs of nerova-polarize and left out"), std::string::npos) << result.errors;
+  }
+  EXPECT_TRUE(read("again/f_power_power.png").empty());
+  for (const std::string output : {"f_power.png", "f_dolp.tiff", "f_sheet.png", "f_true_angle.tiff"}) {
+    expect_refusal("transform " + output + " -o more", {output + " is no frame", "output"});
+  }
 }
 
 TEST_F(BatchTest, NothingIsOverwrittenByAnotherFrame) {

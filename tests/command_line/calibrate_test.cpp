@@ -49,8 +49,9 @@ TEST_F(CalibrateTest, FramesOfABatchAreCalibratedLikeLoneOnes) {
     EXPECT_EQ(read(std::string("lone") + name), read(std::string("batch") + name)) << name;
   }
   EXPECT_NE(run("transform 'a*.pgm'" + options + "batch").output.find("5 skipped"), std::string::npos);
-  std::filesystem::last_write_time(path("calibration.json"),
-                                   std::filesystem::last_write_time(path("batch/a0_stokes_s1.tiff")) + std::chrono::hours(1));
+  std::filesystem::last_write_time(
+      path("calibration.json"),
+      std::filesystem::last_write_time(path("batch/a0_stokes_s1.tiff")) + std::chrono::hours(1));
   EXPECT_NE(run("transform 'a*.pgm'" + options + "batch").output.find("5 done"), std::string::npos);
   const RunResult told =
       run("transform 'a*.pgm' --library \"" NEROVA_BUILT_IN_ONLY_LIBRARY "\"" + options + "built_in");

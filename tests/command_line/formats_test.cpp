@@ -1,4 +1,5 @@
 // Every form of frame and output, bit for bit what the library computes.
+#include "file_texts.h"
 #include "png_file.h"
 #include "tiff_file.h"
 #include "tool_run.h"
@@ -16,11 +17,19 @@ std::vector<float> component(const std::vector<float>& pairs, std::size_t which)
 
 class FormatsTest : public ToolTest {
  protected:
-  void expect_file(const std::string& name, const Bytes& bytes) const {
+  /** A file of the image, whatever it says of itself, which must be the output of that name. */
+  void expect_file(const std::string& name, const ImageView& image, const std::string& output) const {
+    const std::vector<TextEntry> texts = read_texts(path(name));
+    const TiffTags tags{find_text(texts, "ImageDescription").value_or(""), find_text(texts, "Software").value_or(""),
+                        std::nullopt};
+    const bool is_png = name.substr(name.size() - 4) == ".png";
+    const Bytes bytes = is_png ? encode_png(image, texts) : encode_tiff(image, tags);
     EXPECT_TRUE(read(name) == std::string(bytes.begin(), bytes.end())) << name;
+    EXPECT_EQ(find_text(texts, "Output"), output) << name;
   }
-  void expect_floats(const std::string& name, const std::vector<float>& values, int width, int height) const {
-    expect_file(name, encode_tiff({Element::float32, width, height, 1, values.data()}));
+  void expect_floats(const std::string& name, const std::vector<float>& values, int width, int height,
+                     const std::string& output) const {
+    expect_file(name, {Element::float32, width, height, 1, values.data()}, output);
   }
   /** A simulated frame through a file and both commands, against the same by direct calls. */
   void expect_exact(const std::string& name, int bit_depth, const std::string& format, const std::string& options);
@@ -50,15 +59,15 @@ void FormatsTest::expect_exact(const std::string& name, int bit_depth, const std
   EXPECT_EQ(transformed.errors, "");
 
   const std::string stem = "results/" + name.substr(0, name.find('.'));
-  expect_floats(stem + "_stokes_s1.tiff", component(expected.stokes, 0), 37, 30);
-  expect_floats(stem + "_stokes_s2.tiff", component(expected.stokes, 1), 37, 30);
-  for (const auto& [ending, values] : {std::pair{"_power.", &expected.power},
-                                       {"_hv.", &expected.hv},
-                                       {"_diagonal.", &expected.diagonal},
-                                       {"_azimuth.", &expected.azimuth},
-                                       {"_dolp.", &expected.dolp}}) {
-    const ImageView image{Element::uint16, 37, 30, 1, values->data()};
-    expect_file(stem + ending + format, format == "png" ? encode_png(image) : encode_tiff(image));
+  expect_floats(stem + "_stokes_s1.tiff", component(expected.stokes, 0), 37, 30, "stokes");
+  expect_floats(stem + "_stokes_s2.tiff", component(expected.stokes, 1), 37, 30, "stokes");
+  for (const auto& [output, values] :
+       {std::pair<std::string, const std::vector<std::uint16_t>&>{"power", expected.power},
+        {"hv", expected.hv},
+        {"diagonal", expected.diagonal},
+        {"azimuth", expected.azimuth},
+        {"dolp", expected.dolp}}) {
+    expect_file(stem + "_" + output + "." + format, {Element::uint16, 37, 30, 1, values.data()}, output);
   }
   EXPECT_FALSE(read(stem + "_sheet.png").empty());
 }
@@ -91,8 +100,8 @@ TEST_F(FormatsTest, TruthIsThatOfTheScene) {
       degrees.push_back(static_cast<float>(light.degree()));
     }
   }
-  expect_floats("truth/s_true_angle.tiff", angles, 64, 48);
-  expect_floats("truth/s_true_degree.tiff", degrees, 64, 48);
+  expect_floats("truth/s_true_angle.tiff", angles, 64, 48, "true-angle");
+  expect_floats("truth/s_true_degree.tiff", degrees, 64, 48, "true-degree");
 }
 
 TEST_F(FormatsTest, WritesWhatIsWantedAndNoMore) {

@@ -1,0 +1,107 @@
+#include "commands/how_made.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <ctime>
+#include <nlohmann/json.hpp>
+
+#include "file_marks.h"
+#include "file_texts.h"
+#include "formatted.h"
+
+namespace nerova_zel {
+
+namespace {
+
+/** A text of one line in UTF-8: what is neither stands as "?". */
+std::string printable(std::string text) {
+  bool is_unicode = true;
+  try {
+    nlohmann::json(text).dump();
+  } catch (const nlohmann::json::type_error&) {
+    is_unicode = false;
+  }
+  std::replace_if(
+      text.begin(), text.end(), [&](unsigned char c) { return c < ' ' || c == 127 || (c > 127 && !is_unicode); }, '?');
+  return text;
+}
+
+std::string frame_options(const TransformRequest& request) {
+  std::string text =
+      formatted("layout %d, origin %d,%d", request.layout.angle_at(0, 0), request.origin.x, request.origin.y);
+  if (request.region) {
+    const Region& region = *request.region;
+    text += formatted(", region %d,%d,%d,%d", region.x, region.y, region.size.width, region.size.height);
+  }
+  if (request.headerless) {
+    const HeaderlessLayout& raw = *request.headerless;
+    text +=
+        formatted(", raw %dx%d %s", raw.size.width, raw.size.height, raw.format ? name_of(*raw.format) : "by length");
+  }
+  text += ", bit depth " + (request.bit_depth ? std::to_string(*request.bit_depth) : "by file");
+  text += ", output maximum " + std::to_string(request.output_maximum);
+  return text + ", calibration " + (request.calibration ? request.calibration_mark : "none");
+}
+
+std::string picture_options(const PictureStyle& style) {
+  return formatted(", style %s, degree scale %g, power scale %g", name_of(style.azimuth), style.ends.degree,
+                   style.ends.power);
+}
+
+std::string description_of(const OutputDescription& output, int output_maximum) {
+  const std::string unit = output.unit;
+  if (output.element == OutputElement::uint16) {
+    return output.quantity + formatted("; %d is ", output_maximum) + unit;
+  }
+  return output.quantity + (unit == "1" ? std::string() : ", in units of a " + unit);
+}
+
+}  // namespace
+
+std::string source_text(const FrameTicket& ticket) {
+  const std::string name = std::filesystem::path(ticket.name()).filename().string();
+  struct stat file {};
+  if (ticket.input->is_standard_input() || stat(ticket.input->path.c_str(), &file) != 0) {
+    return printable(name);
+  }
+  std::tm time{};
+  gmtime_r(&file.st_mtim.tv_sec, &time);
+  char date[40] = "";
+  std::strftime(date, sizeof(date), "%Y-%m-%d %H:%M:%S", &time);
+  return printable(name) + formatted(", a file of %lld bytes of %s.%09ld UTC", static_cast<long long>(file.st_size),
+                                     date, static_cast<long>(file.st_mtim.tv_nsec));
+}
+
+std::vector<TextEntry> how_made(const TransformRequest& request, const std::string& source, const OutputFile& file) {
+  std::string options = frame_options(request);
+  std::string description = "picture to look at";
+  if (const auto* output = std::get_if<Output>(&file.content)) {
+    description = description_of(describe(*output), request.output_maximum);
+    if (file.channel >= 0) {
+      description += formatted("; here S%d / P", file.channel + 1);
+    }
+  } else {
+    options += picture_options(request.picture_style);
+  }
+  std::vector<TextEntry> texts = output_texts(product_name(file), description);
+  texts.push_back({"Source", source});
+  texts.push_back({"Options", options});
+  return texts;
+}
+
+bool was_made_so(const std::filesystem::path& path, const std::vector<TextEntry>& texts) {
+  const std::vector<TextEntry> found = read_texts(path);
+  return std::all_of(texts.begin(), texts.end(),
+                     [&](const TextEntry& entry) { return find_text(found, entry.key) == entry.text; });
+}
+
+std::string calibration_mark(const Bytes& file) {
+  std::uint64_t sum = 0xCBF29CE484222325U;  // FNV-1a
+  for (const unsigned char byte : file) {
+    sum = (sum ^ byte) * 0x100000001B3U;
+  }
+  return formatted("%016llx", static_cast<unsigned long long>(sum));
+}
+
+}  // namespace nerova_zel
