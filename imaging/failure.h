@@ -13,7 +13,9 @@ enum class Fact {
   bit_depth_too_great,  ///< a pixel has fewer bits than are to be used
   value_too_great,      ///< a pixel has a value above the full scale of the bit depth
   region_beyond_frame,
-  wrong_orientation,  ///< polarizers are found at angles that the layout does not have
+  colour_calibration,  ///< a calibration of colours is given for a frame without
+  grey_calibration,    ///< and the other way round
+  wrong_orientation,   ///< polarizers are found at angles that the layout does not have
 };
 
 /** What is wrong, in one sentence that names the frame or file. It knows nothing of the program that asked. */

@@ -25,17 +25,6 @@ constexpr int title_height = 88;
 constexpr int legend_height = 170;
 constexpr int row_gap = 44;
 
-const cv::Scalar empty_colour(232, 232, 232);
-
-/** The name, shortened in the middle if it is wider than the page. */
-std::string fitting_name(const std::string& name) {
-  std::string fitting = name;
-  for (std::size_t kept = name.size() / 2; text_width(fitting, page_title_style) > page_width - 2 * margin; --kept) {
-    fitting = name.substr(0, kept) + "..." + name.substr(name.size() - kept);
-  }
-  return fitting;
-}
-
 class SheetPainter {
  public:
   SheetPainter(const PictureImages& content, const SheetPlanes& planes, AzimuthStyle style,
@@ -76,12 +65,11 @@ SheetPainter::SheetPainter(const PictureImages& content, const SheetPlanes& plan
             CV_8UC3, paper) {}
 
 cv::Mat SheetPainter::paint() {
-  draw_text(page_, fitting_name(content_.name), {margin, 76}, page_title_style);
-  draw_text(page_,
-            cv::format("%d x %d pixels of %d bits, origin %d,%d on the sensor, outputs up to %d", content_.frame.cols,
-                       content_.frame.rows, content_.bit_depth, content_.origin.x, content_.origin.y,
-                       content_.output_maximum),
-            {margin, 120}, page_note_style);
+  draw_page_title(page_, content_.name,
+                  cv::format("%d x %d pixels of %d bits, origin %d,%d on the sensor, outputs up to %d",
+                             content_.frame.cols, content_.frame.rows, content_.bit_depth, content_.origin.x,
+                             content_.origin.y, content_.output_maximum),
+                  margin);
   light_panel(0, "Total power", "P = (I0 + I45 + I90 + I135) / 2", planes_.power, scales_.power, 0);
   azimuth_panel(1);
   degree_panel(2);
@@ -96,19 +84,8 @@ cv::Rect SheetPainter::begin_panel(int index, const std::string& title, const st
                                    const PixelColour& colour) {
   const int left = margin + index % 3 * (panel_width + gap);
   const int top = header_height + index / 3 * (title_height + box_height_ + legend_height + row_gap);
-  draw_text(page_, title, {left, top + 30}, title_style);
-  draw_text(page_, note, {left, top + 66}, note_style);
   const cv::Rect box(left, top + title_height, panel_width, box_height_);
-  const cv::Size size = planes_.frame.size();
-  const cv::Rect area(box.x + (box.width - size.width) / 2, box.y + (box.height - size.height) / 2, size.width,
-                      size.height);
-  page_(box).setTo(empty_colour);
-  for (int y = 0; y < size.height; ++y) {
-    for (int x = 0; x < size.width; ++x) {
-      page_.at<cv::Vec3b>(area.y + y, area.x + x) = bgr(colour(x, y));
-    }
-  }
-  draw_frame(page_, box);
+  draw_panel(page_, box, title, note, planes_.frame.size(), colour);
   return {left, box.br().y + 20, panel_width, legend_height - 20};
 }
 

@@ -15,6 +15,7 @@ namespace {
 constexpr int oversampling = 4;
 constexpr int font = cv::FONT_HERSHEY_SIMPLEX;
 const cv::Scalar line_colour(150, 150, 150);
+const cv::Scalar empty_colour(232, 232, 232);
 
 struct Typeset {
   cv::Mat coverage;  ///< 8-bit, 255 where ink covers a pixel wholly
@@ -146,6 +147,29 @@ std::string short_number(double value) {
 
 void draw_frame(cv::Mat& page, const cv::Rect& area) {
   cv::rectangle(page, {area.x - 1, area.y - 1}, {area.br().x, area.br().y}, line_colour, 1);
+}
+
+void draw_page_title(cv::Mat& page, const std::string& name, const std::string& facts, int margin) {
+  std::string fitting = name;
+  for (std::size_t kept = name.size() / 2; text_width(fitting, page_title_style) > page.cols - 2 * margin; --kept) {
+    fitting = name.substr(0, kept) + "..." + name.substr(name.size() - kept);
+  }
+  draw_text(page, fitting, {margin, 76}, page_title_style);
+  draw_text(page, facts, {margin, 120}, page_note_style);
+}
+
+void draw_panel(cv::Mat& page, const cv::Rect& box, const std::string& title, const std::string& note,
+                const cv::Size& size, const std::function<Rgb(int x, int y)>& colour) {
+  draw_text(page, title, {box.x, box.y - 58}, title_style);
+  draw_text(page, note, {box.x, box.y - 22}, note_style);
+  const cv::Point corner(box.x + (box.width - size.width) / 2, box.y + (box.height - size.height) / 2);
+  page(box).setTo(empty_colour);
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) {
+      page.at<cv::Vec3b>(corner.y + y, corner.x + x) = bgr(colour(x, y));
+    }
+  }
+  draw_frame(page, box);
 }
 
 }  // namespace nerova_zel

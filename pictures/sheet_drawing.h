@@ -59,4 +59,11 @@ void cover_pixel(cv::Mat& page, cv::Point at, const cv::Scalar& colour, double s
 /** A thin line around `area`. */
 void draw_frame(cv::Mat& page, const cv::Rect& area);
 
+/** The page's name, shortened in the middle if it is wider than the page, and a line of facts below it. */
+void draw_page_title(cv::Mat& page, const std::string& name, const std::string& facts, int margin);
+
+/** Title and note above `box`, and in its middle a picture of `size` pixels, each with its colour. */
+void draw_panel(cv::Mat& page, const cv::Rect& box, const std::string& title, const std::string& note,
+                const cv::Size& size, const std::function<Rgb(int x, int y)>& colour);
+
 }  // namespace nerova_zel

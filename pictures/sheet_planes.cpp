@@ -97,6 +97,8 @@ SheetPlanes make_planes(const PictureImages& content, const cv::Size& box) {
   return planes;
 }
 
+cv::Mat fit_plane(const cv::Mat& plane, const cv::Size& box) { return resized(plane, shown_size(plane.size(), box)); }
+
 double light_end(const cv::Mat& plane) { return scale_end({plane.begin<float>(), plane.end<float>()}); }
 
 /** Where there is little light the degree is noise; such pixels do not determine the scale. */

@@ -22,6 +22,9 @@ struct SheetPlanes {
  */
 SheetPlanes make_planes(const PictureImages& content, const cv::Size& box);
 
+/** A plane of light fitted into `box` in the same way. */
+cv::Mat fit_plane(const cv::Mat& plane, const cv::Size& box);
+
 /** A round number that at most one value in two hundred of a plane of light exceeds; at most 1. */
 double light_end(const cv::Mat& plane);
 

@@ -1,5 +1,6 @@
 // Takes the place of all other sources of this folder where OpenCV is missing.
 #include "calibration_plot.h"
+#include "colour_pictures.h"
 #include "failure.h"
 #include "frame_pictures.h"
 
@@ -20,6 +21,16 @@ FramePictures::FramePictures(const PictureContent& /*content*/, const PictureSty
 FramePictures::~FramePictures() = default;
 
 Picture FramePictures::draw(PictureKind /*kind*/) { refuse(); }
+
+class ColourPictures::Drawing {};
+
+ColourPictures::ColourPictures(const ColourPictureContent& /*content*/, const PictureStyle& /*style*/) {}
+
+ColourPictures::~ColourPictures() = default;
+
+Picture ColourPictures::sheet() { refuse(); }
+
+Picture ColourPictures::power() { refuse(); }
 
 Picture draw_calibration(const PolarizerFit& /*fit*/, const std::vector<double>& /*angles*/,
                          const std::string& /*name*/) {

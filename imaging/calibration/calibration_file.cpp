@@ -16,6 +16,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* format_name = "nerova-polarize calibration";
 constexpr int format_version = 1;
+constexpr const char* colours_name = "colours";
 
 /** The double that is written with the fewest digits that still read as this float. */
 double shortest(float value) {
@@ -55,15 +56,41 @@ Json report_of(const PolarizerFit& fit) {
   return report;
 }
 
+Json head_of_file() {
+  return {{"format", format_name},
+          {"version", format_version},
+          {"rows", {"sum of intensities (twice the power)", "S1", "S2", "not used"}},
+          {"columns", {"the pixel", "its horizontal neighbour", "its vertical neighbour", "its diagonal neighbour"}}};
+}
+
+Json part_of_file(const CameraCalibration& calibration, const PolarizerFit& fit) {
+  Json part;
+  for (const CalibrationMatrix& matrix : calibration.matrices) {
+    part["matrices"].push_back(matrix_to_json(matrix));
+  }
+  Json levels = Json::array();
+  for (const double level : calibration.dark_levels) {
+    levels.push_back(rounded(level, 1e3));
+  }
+  part["dark"] = {{"bit_depth", calibration.bit_depth}, {"levels", levels}};
+  part["report"] = report_of(fit);
+  return part;
+}
+
 class CalibrationReader {
  public:
   explicit CalibrationReader(const std::string& name) : name_(name) {}
 
   CameraCalibration read(const std::string& text) const;
+  PerPlane<CameraCalibration> read_colours(const std::string& text) const;
 
  private:
-  [[noreturn]] void refuse(const std::string& reason) const { throw Failure(name_ + " " + reason + "."); }
+  [[noreturn]] void refuse(const std::string& reason, Fact fact = Fact::other) const {
+    throw Failure(name_ + " " + reason + ".", fact);
+  }
   Json parse(const std::string& text) const;
+  Json open(const std::string& text) const;
+  CameraCalibration calibration(const Json& part, const std::string& place) const;
   const Json& member(const Json& object, const char* name) const;
   float weight(const Json& value, const std::string& place) const;
   CalibrationMatrix matrix(const Json& rows, const std::string& place) const;
@@ -132,8 +159,9 @@ void CalibrationReader::read_dark(const Json& dark, CameraCalibration& calibrati
   }
 }
 
-CameraCalibration CalibrationReader::read(const std::string& text) const {
-  const Json file = parse(text);
+/** The file, if it is one that this program reads. */
+Json CalibrationReader::open(const std::string& text) const {
+  Json file = parse(text);
   const Json& format = member(file, "format");
   const Json& version = member(file, "version");
   if (format != format_name) {
@@ -142,42 +170,70 @@ CameraCalibration CalibrationReader::read(const std::string& text) const {
   if (version != format_version) {
     refuse("has the version " + version.dump() + "; this program reads version " + std::to_string(format_version));
   }
-  const Json& matrices = member(file, "matrices");
+  return file;
+}
+
+/** Matrices and dark levels; `place` follows their names in failures. */
+CameraCalibration CalibrationReader::calibration(const Json& part, const std::string& place) const {
+  const Json& matrices = member(part, "matrices");
   if (!matrices.is_array() || matrices.size() != 4) {
-    refuse("does not have 4 \"matrices\"");
+    refuse("does not have 4 \"matrices\"" + place);
   }
   CameraCalibration calibration;
   for (std::size_t m = 0; m < 4; ++m) {
-    calibration.matrices[m] = matrix(matrices[m], "matrix " + std::to_string(m));
+    calibration.matrices[m] = matrix(matrices[m], "matrix " + std::to_string(m) + place);
   }
-  if (file.contains("dark")) {
-    read_dark(file.at("dark"), calibration);
+  if (part.contains("dark")) {
+    read_dark(part.at("dark"), calibration);
   }
   return calibration;
+}
+
+CameraCalibration CalibrationReader::read(const std::string& text) const {
+  const Json file = open(text);
+  if (file.contains(colours_name)) {
+    refuse("calibrates the colours of a colour sensor", Fact::colour_calibration);
+  }
+  return calibration(file, "");
+}
+
+PerPlane<CameraCalibration> CalibrationReader::read_colours(const std::string& text) const {
+  const Json file = open(text);
+  if (!file.contains(colours_name)) {
+    refuse("calibrates a sensor without colours", Fact::grey_calibration);
+  }
+  PerPlane<CameraCalibration> calibrations;
+  for (const ColourPlane plane : colour_planes) {
+    const std::string name = name_of(plane);
+    calibrations[static_cast<std::size_t>(plane)] =
+        calibration(member(file.at(colours_name), name.c_str()), " of " + name);
+  }
+  return calibrations;
 }
 
 }  // namespace
 
 std::string encode_calibration(const CameraCalibration& calibration, const PolarizerFit& fit) {
-  Json file;
-  file["format"] = format_name;
-  file["version"] = format_version;
-  file["rows"] = {"sum of intensities (twice the power)", "S1", "S2", "not used"};
-  file["columns"] = {"the pixel", "its horizontal neighbour", "its vertical neighbour", "its diagonal neighbour"};
-  for (const CalibrationMatrix& matrix : calibration.matrices) {
-    file["matrices"].push_back(matrix_to_json(matrix));
+  Json file = head_of_file();
+  file.update(part_of_file(calibration, fit));
+  return file.dump(2) + "\n";
+}
+
+std::string encode_colour_calibration(const PerPlane<CameraCalibration>& calibrations,
+                                      const PerPlane<PolarizerFit>& fits) {
+  Json file = head_of_file();
+  for (std::size_t i = 0; i < colour_plane_count; ++i) {
+    file[colours_name][name_of(colour_planes[i])] = part_of_file(calibrations[i], fits[i]);
   }
-  Json levels = Json::array();
-  for (const double level : calibration.dark_levels) {
-    levels.push_back(rounded(level, 1e3));
-  }
-  file["dark"] = {{"bit_depth", calibration.bit_depth}, {"levels", levels}};
-  file["report"] = report_of(fit);
   return file.dump(2) + "\n";
 }
 
 CameraCalibration parse_calibration(const std::string& text, const std::string& name) {
   return CalibrationReader(name).read(text);
+}
+
+PerPlane<CameraCalibration> parse_colour_calibration(const std::string& text, const std::string& name) {
+  return CalibrationReader(name).read_colours(text);
 }
 
 }  // namespace nerova_zel

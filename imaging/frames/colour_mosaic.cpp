@@ -175,4 +175,19 @@ void ColourMosaic::join(const PerPlane<const std::uint16_t*>& planes, std::uint1
   }
 }
 
+void split_frame(const ColourMosaic& mosaic, const RawFrame& frame, PerPlane<RawFrame>& planes) {
+  PerPlane<std::uint16_t*> pixels{};
+  for (std::size_t i = 0; i < colour_plane_count; ++i) {
+    RawFrame& plane = planes[i];
+    const FrameSize size = mosaic.plane_size(colour_planes[i]);
+    plane.width = size.width;
+    plane.height = size.height;
+    plane.bit_depth = frame.bit_depth;
+    plane.storage_bits = frame.storage_bits;
+    plane.pixels.resize(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
+    pixels[i] = plane.pixels.data();
+  }
+  mosaic.split(frame.pixels.data(), pixels);
+}
+
 }  // namespace nerova_zel

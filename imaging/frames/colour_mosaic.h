@@ -81,4 +81,7 @@ class ColourMosaic {
   FrameSize size_;
 };
 
+/** Splits a frame of the mosaic's size into planes, whose memory is used again. */
+void split_frame(const ColourMosaic& mosaic, const RawFrame& frame, PerPlane<RawFrame>& planes);
+
 }  // namespace nerova_zel

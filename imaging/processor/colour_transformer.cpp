@@ -13,14 +13,6 @@ namespace {
 constexpr std::size_t green1 = static_cast<std::size_t>(ColourPlane::green1);
 constexpr std::size_t green2 = static_cast<std::size_t>(ColourPlane::green2);
 
-void resize(RawFrame& plane, const FrameSize& size, const RawFrame& frame) {
-  plane.width = size.width;
-  plane.height = size.height;
-  plane.bit_depth = frame.bit_depth;
-  plane.storage_bits = frame.storage_bits;
-  plane.pixels.resize(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
-}
-
 /** Where every plane begins when it is cut to what all have; this does not depend on the frame's size. */
 Origin common_origin(const Origin& origin) {
   const ColourMosaic mosaic(ColourPattern::rggb, origin, {8, 8});
@@ -107,23 +99,18 @@ void ColourTransformer::take_apart(const std::string& name) {
     throw Failure(name + " is " + std::to_string(frame_.width) + " x " + std::to_string(frame_.height) +
                   " pixels, too small for its colours to have a mosaic of 2 x 2 pixels each at the same place.");
   }
-  PerPlane<std::uint16_t*> pixels{};
+  split_frame(mosaic, frame_, raw_);
   for (const ColourPlane plane : colour_planes) {
     RawFrame& raw = raw_[static_cast<std::size_t>(plane)];
-    resize(raw, mosaic.plane_size(plane), frame_);
-    pixels[static_cast<std::size_t>(plane)] = raw.pixels.data();
-  }
-  mosaic.split(frame_.pixels.data(), pixels);
-  for (const ColourPlane plane : colour_planes) {
-    RawFrame& raw = raw_[static_cast<std::size_t>(plane)];
-    if (colour_.full_size) {
-      RawFrame whole;
-      resize(whole, mosaic.size(), frame_);
-      interpolate_plane(mosaic, plane, raw.pixels.data(), whole.pixels.data());
-      raw = std::move(whole);
-    } else {
+    if (!colour_.full_size) {
       crop(raw, mosaic.common_region(plane), name);
+      continue;
     }
+    std::vector<std::uint16_t> whole(frame_.pixels.size());
+    interpolate_plane(mosaic, plane, raw.pixels.data(), whole.data());
+    raw.pixels.swap(whole);
+    raw.width = frame_.width;
+    raw.height = frame_.height;
   }
   if (colour_.merge_green) {
     merge_greens();

@@ -6,7 +6,9 @@
 #include <utility>
 
 #include "calibration/calibration_file.h"
+#include "calibration/colour_series.h"
 #include "calibration/series.h"
+#include "failure.h"
 #include "imaging/even_light.h"
 #include "processor/frame_transformer.h"
 
@@ -178,6 +180,60 @@ TEST_F(CalibrationTest, MatricesUndoTheSensor) {
       }
     }
   }
+}
+
+// Each colour's polarizers are poor in a way of their own: the file must give them back to the colour they are of.
+TEST_F(CalibrationTest, EachColourIsFittedByItself) {
+  constexpr ColourPattern pattern = ColourPattern::gbrg;
+  camera_.width = 101;
+  camera_.height = 90;
+  camera_.origin_x = 3;
+  camera_.dark_level = 64.0;
+  const ColourMosaic mosaic(pattern, {3, camera_.origin_y}, {camera_.width, camera_.height});
+  const auto turned = [](std::size_t i) { return 0.5 * static_cast<double>(i) - 1.0; };
+  const auto frame_at = [&](double power, double angle) {
+    RawFrame frame{camera_.width, camera_.height, camera_.bit_depth, 16, {}};
+    PerPlane<std::vector<std::uint16_t>> pixels;
+    for (std::size_t i = 0; i < colour_plane_count; ++i) {
+      camera_.polarizers[1].angle_error = turned(i);
+      pixels[i] = simulate_frame(even_light(power, 1.0, angle), camera_);
+    }
+    for (std::size_t at = 0; at < pixels[0].size(); ++at) {
+      const int x = static_cast<int>(at) % camera_.width;
+      const int y = static_cast<int>(at) / camera_.width;
+      frame.pixels.push_back(pixels[static_cast<std::size_t>(mosaic.plane_at(x, y))][at]);
+    }
+    return frame;
+  };
+  ColourCalibrationSeries series(pattern, camera_.layout, {3, camera_.origin_y});
+  for (const double angle : {0.0, 40.0, 80.0, 120.0, 160.0}) {
+    series.add("frame", angle, frame_at(0.7, angle), 12);
+  }
+  series.set_dark("dark", frame_at(0.0, 0.0), 12);
+  PerPlane<CameraCalibration> calibrations;
+  PerPlane<PolarizerFit> fits;
+  for (std::size_t i = 0; i < colour_plane_count; ++i) {
+    fits[i] = series.plane(colour_planes[i]).fit(false);
+    calibrations[i] = series.plane(colour_planes[i]).calibration(fits[i]);
+    EXPECT_NEAR(fits[i].angle_error(1), turned(i), 0.02) << i;
+  }
+  const std::string text = encode_colour_calibration(calibrations, fits);
+  const PerPlane<CameraCalibration> read = parse_colour_calibration(text, "file");
+  for (std::size_t i = 0; i < colour_plane_count; ++i) {
+    EXPECT_EQ(read[i].matrices, calibrations[i].matrices) << i;
+    EXPECT_EQ(read[i].dark_levels[0], 64.0) << i;
+  }
+  const auto fact_of = [](const auto& action) {
+    try {
+      action();
+    } catch (const Failure& failure) {
+      return failure.fact();
+    }
+    return Fact::other;
+  };
+  EXPECT_EQ(fact_of([&] { parse_calibration(text, "file"); }), Fact::colour_calibration);
+  EXPECT_EQ(fact_of([&] { parse_colour_calibration(encode_calibration(calibrations[0], fits[0]), "file"); }),
+            Fact::grey_calibration);
 }
 
 class CalibratedRoute : public CalibrationTest, public ::testing::WithParamInterface<const char*> {

@@ -6,9 +6,11 @@
 #include <random>
 
 #include "angles.h"
+#include "colour_pictures.h"
 #include "frame_pictures.h"
 #include "imaging/even_light.h"
-#include "processor/frame_transformer.h"
+#include "processor/colour_transformer.h"
+#include "simulation/colour_scene.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -126,6 +128,61 @@ TEST_F(PicturesTest, DrawsSheetsOfAnyShape) {
         std::vector<std::uint16_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height))};
     EXPECT_EQ(draw(frame, PictureKind::sheet).width, 2400);
     EXPECT_EQ(draw(frame, PictureKind::azimuth_picture).width, width);
+  }
+}
+
+// Even light of another angle in each colour, as bright after white balance: each panel must show its own.
+TEST_F(PicturesTest, ColourSheetShowsPowerAndEachAngleAndDegree) {
+  style_ = {AzimuthStyle::dark, {1.0, 1.0}};
+  const FrameSize size{64, 48};
+  constexpr double degrees[] = {0.3, 0.5, 0.7, 0.9};
+  constexpr double angles[] = {10.0, 50.0, 95.0, 160.0};
+  for (const bool merge : {false, true}) {
+    SCOPED_TRACE(merge);
+    const ColourSettings colour{ColourPattern::rggb, merge};
+    const ColourMosaic mosaic(colour.pattern, {0, 0}, size);
+    RawFrame frame{size.width, size.height, 12, 16, {}};
+    for (int y = 0; y < size.height; ++y) {
+      for (int x = 0; x < size.width; ++x) {
+        auto plane = static_cast<std::size_t>(mosaic.plane_at(x, y));
+        plane = merge && plane == 2 ? 1 : plane;
+        const double power = plane == 3 ? 0.3 : 0.6;
+        const double twice = angles[plane] * pi / 90.0;
+        const StokesVector light{power, power * degrees[plane] * std::cos(twice),
+                                 power * degrees[plane] * std::sin(twice)};
+        frame.pixels.push_back(
+            static_cast<std::uint16_t>(std::lround(4095 * light.behind_polarizer(settings_.layout.angle_at(x, y)))));
+      }
+    }
+    const ColourLibraries libraries(NEROVA_LIBRARY, colour);
+    ColourTransformer transformer(settings_, colour, libraries, outputs_for_pictures());
+    transformer.frame() = frame;
+    transformer.run("frame");
+    ColourPictureContent content{"frame", colour.pattern, settings_.layout, {0, 0}, transformer.frame(), {}, {}};
+    for (std::size_t i = 0; i < transformer.plane_count(); ++i) {
+      const FrameTransformer& plane = transformer.plane(i);
+      content.planes.push_back({colour.name(i), settings_.layout, plane.origin(), 12, settings_.output_maximum,
+                                plane.frame(), plane.outputs()});
+    }
+    const Picture power = ColourPictures(content, style_).power();
+    ASSERT_EQ(power.width, size.width / 2);
+    expect_near(pixel_of(power, 5, 5), grey(0.6));  // the grey world doubles blue
+    content.balance = WhiteBalance{0.5, 1.0, 1.0};
+    const Picture sheet = ColourPictures(content, style_).sheet();
+    ASSERT_EQ(sheet.width, 2400);
+    const int columns = merge ? 3 : 4;
+    const int pitch = (2400 - 2 * 56 + 40) / columns;
+    const int panel = pitch - 40;
+    const int shown_height = panel / 32 * 24;
+    const auto shown = [&](int column, int row) {
+      return pixel_of(sheet, 56 + column * pitch + panel / 2, 150 + row * (88 + shown_height + 190) + 88 + 100);
+    };
+    expect_near(shown(0, 0), {grey(0.3).red, grey(0.6).red, grey(0.3).red});
+    for (int i = 0; i < columns; ++i) {
+      const auto plane = static_cast<std::size_t>(merge && i == 2 ? 3 : i);
+      expect_near(shown(i, 1), azimuth_colour(AzimuthStyle::dark, angles[plane], degrees[plane], 1.0));
+      expect_near(shown(i, 2), sequential(degrees[plane]));
+    }
   }
 }
 
