@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "kernels/shared/default_calibration.h"
+#include "support/plugin_module.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -23,19 +23,13 @@ TEST(KernelSelection, PhasesOutsideTheirRangeCountAsZero) {
 }
 
 TEST(KernelSelection, WithoutAnOutputNothingIsWritten) {
-  const CalibrationMatrix* const matrices[] = {&default_matrices[0], &default_matrices[3], &default_matrices[1],
-                                               &default_matrices[2]};
   for (const std::int32_t width : {2, 16, 17}) {
     for (const std::int32_t height : {2, 4, 5}) {
-      const std::vector<std::uint16_t> input(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 100);
-      TransformParameters parameters = {};
-      parameters.height = height;
-      parameters.width = width;
-      parameters.input = input.data();
-      parameters.bit_depth = 8;
-      parameters.input_maximum = parameters.output_maximum = 255.0F;
-      parameters.integer_output_maximum = 255;
-      run_built_in(parameters, matrices, false);  // a write would go to NULL
+      const std::vector<std::uint16_t> frame(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 100);
+      FrameImages none(0);
+      TransformParameters parameters = plugin_call(frame, width, 255, none);
+      parameters.images = {};
+      run_built_in(parameters, default_row, false);  // a write would go to NULL
     }
   }
 }

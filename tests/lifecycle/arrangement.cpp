@@ -1,9 +1,10 @@
 #include "lifecycle/arrangement.h"
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <stdexcept>
 #include <utility>
 
@@ -15,39 +16,19 @@ namespace nerova_zel::test {
 
 namespace {
 
-constexpr char logger_name[] = "nerova_zel_logger";
-constexpr char avx512_name[] = "nerova_zel_polarization_processor_vector_avx512";
-constexpr char avx2_name[] = "nerova_zel_polarization_processor_vector_avx2";
+/** A companion's name, without its ending, and the mock of it; by Companion. */
+struct {
+  const char* name;
+  const char* mock;
+} constexpr companion_files[] = {{"nerova_zel_logger", NEROVA_MOCK_LOGGER},
+                                 {"nerova_zel_polarization_processor_vector_avx512", NEROVA_MOCK_AVX512},
+                                 {"nerova_zel_polarization_processor_vector_avx2", NEROVA_MOCK_AVX2}};
 
 Arrangement* current_arrangement = nullptr;
 
-std::string make_directory() {
-  std::random_device random;
-  for (;;) {
-    const std::filesystem::path directory =
-        std::filesystem::temp_directory_path() / ("nerova_zel_" + std::to_string(random()));
-    if (std::filesystem::create_directory(directory)) {
-      return directory.generic_string();
-    }
-  }
-}
-
-/** Copies a library; the missing entry ends in another letter, which keeps a table of names in order. */
-void copy_library(const std::string& from, const std::string& to, const std::string& missing_entry) {
-  if (missing_entry.empty()) {
-    std::filesystem::copy_file(from, to);
-    return;
-  }
-  std::ifstream source(from, std::ios::binary);
-  std::string bytes(std::istreambuf_iterator<char>(source), {});
-  const std::string entry = '\0' + missing_entry + '\0';
-  if (bytes.find(entry) == std::string::npos) {
-    throw std::logic_error(from + " has no entry " + missing_entry);
-  }
-  for (std::size_t at = bytes.find(entry); at != std::string::npos; at = bytes.find(entry, at)) {
-    bytes[at + missing_entry.size()] = 'X';
-  }
-  std::ofstream(to, std::ios::binary) << bytes;
+std::string content_of(const std::string& file) {
+  std::ifstream source(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(source), {}};
 }
 
 /** Makes the header name the other word size. */
@@ -60,33 +41,6 @@ void change_word_size(std::string& bytes) {
   constexpr std::size_t word_size = 4;
   bytes.at(word_size) = bytes.at(word_size) == 1 ? 2 : 1;
 #endif
-}
-
-void damage_file(const std::string& file, Arrangement::Damage damage) {
-  std::ifstream source(file, std::ios::binary);
-  std::string bytes(std::istreambuf_iterator<char>(source), {});
-  source.close();
-  switch (damage) {
-    case Arrangement::Damage::Truncated:
-      bytes.resize(bytes.size() / 3);
-      break;
-    case Arrangement::Damage::CutBehindHeaders:
-      bytes.resize(1000);
-      break;
-    case Arrangement::Damage::CutInHeaders:
-      bytes.resize(100);
-      break;
-    case Arrangement::Damage::CutInFirstHeader:
-      bytes.resize(20);
-      break;
-    case Arrangement::Damage::OtherWordSize:
-      change_word_size(bytes);
-      break;
-    case Arrangement::Damage::NoLibrary:
-      bytes = std::string(1000, '#');  // long enough for a header
-      break;
-  }
-  std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 /** A path on a Windows drive, shortened to what follows the directory of the whole suite. */
@@ -165,42 +119,55 @@ void MockPlugin::terminate() {
   on_terminate();
 }
 
-Arrangement::Arrangement() : directory_(make_directory()) { current_arrangement = this; }
+Arrangement::Arrangement(std::initializer_list<Companion> companions) {
+  current_arrangement = this;
+  for (const Companion companion : companions) {
+    add(companion);
+  }
+}
 
 Arrangement::~Arrangement() {
+  finish();
   library_.reset();
-  std::filesystem::remove_all(directory_);
   current_arrangement = nullptr;
 }
 
-std::string Arrangement::file(const std::string& name) const { return directory_ + "/" + name + module_ending; }
-
-void Arrangement::add_logger(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_LOGGER, file(logger_name), missing_entry);
+std::string Arrangement::file(Companion companion) const {
+  return directory() + "/" + companion_files[static_cast<int>(companion)].name + module_ending;
 }
 
-void Arrangement::add_avx512(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_AVX512, file(avx512_name), missing_entry);
+void Arrangement::add(Companion companion, const std::string& missing_entry) const {
+  std::string bytes = content_of(companion_files[static_cast<int>(companion)].mock);
+  if (!missing_entry.empty()) {
+    const std::string entry = '\0' + missing_entry + '\0';
+    std::size_t at = bytes.find(entry);
+    EXPECT_NE(at, std::string::npos) << "no entry " << missing_entry;
+    for (; at != std::string::npos; at = bytes.find(entry, at)) {
+      bytes[at + missing_entry.size()] = 'X';  // another last letter keeps a table of names in order
+    }
+  }
+  std::ofstream(file(companion), std::ios::binary) << bytes;
 }
 
-void Arrangement::add_avx2(const std::string& missing_entry) {
-  copy_library(NEROVA_MOCK_AVX2, file(avx2_name), missing_entry);
+void Arrangement::damage(Companion companion, Damage damage) const {
+  std::string bytes = content_of(file(companion));
+  if (damage == Damage::OtherWordSize) {
+    change_word_size(bytes);
+  } else if (damage == Damage::NoLibrary) {
+    bytes = std::string(1000, '#');  // long enough for a header
+  } else {
+    const std::size_t lengths[] = {bytes.size() / 3, 1000, 100, 20};
+    bytes.resize(lengths[static_cast<int>(damage)]);
+  }
+  std::ofstream(file(companion), std::ios::binary | std::ios::trunc) << bytes;
 }
 
-void Arrangement::damage_avx512(Damage damage) const { damage_file(file(avx512_name), damage); }
-
-void Arrangement::damage_logger(Damage damage) const { damage_file(file(logger_name), damage); }
-
-bool Arrangement::logger_loaded() const { return module_is_loaded(file(logger_name)); }
-
-bool Arrangement::avx512_loaded() const { return module_is_loaded(file(avx512_name)); }
-
-bool Arrangement::avx2_loaded() const { return module_is_loaded(file(avx2_name)); }
+bool Arrangement::loaded(Companion companion) const { return module_is_loaded(file(companion)); }
 
 LoadedLibrary& Arrangement::library() {
   if (!library_) {
-    const std::string path = file("library");
-    copy_library(library_path(), path, {});
+    const std::string path = directory() + "/library" + module_ending;
+    std::filesystem::copy_file(library_path(), path);
     library_.emplace(path);
     watch_allocations(path);
     watch_counter(path);
@@ -208,14 +175,42 @@ LoadedLibrary& Arrangement::library() {
   return *library_;
 }
 
+void Arrangement::initialize() {
+  if (!std::exchange(initialized_, true)) {
+    EXPECT_EQ(library().module_initialize(), 0);
+  }
+  journal.take();
+}
+
 nv_polarization_processor* Arrangement::make_processor() {
-  nv_polarization_processor* processor = nullptr;
-  if (library().module_initialize() != 0 || library().create(&processor) != 0) {
+  initialize();
+  if (library().create(&processor_) != 0) {
     throw std::runtime_error("cannot make a processor");
   }
   journal.take();
-  return processor;
+  return processor_;
 }
+
+void Arrangement::finish() {
+  if (auto* const processor = std::exchange(processor_, nullptr)) {
+    EXPECT_EQ(library().destroy(processor), 0);
+  }
+  if (std::exchange(initialized_, false)) {
+    EXPECT_EQ(library().module_terminate(), 0);
+  }
+}
+
+std::string error_record(int line, const std::string& function, const std::string& message) {
+  return "2|nerova_zel_polarization_processor.cpp|" + std::to_string(line) + "|nv_polarization_processor_" + function +
+         '|' + message;
+}
+
+const std::string null_destroyed =
+    error_record(300, "destroy_polarization_processor", "ERROR:  The specified color processor handle is NULL!");
+const std::string null_transformed =
+    error_record(194, "transform", "ERROR:  The specified polarization processor handle is NULL!");
+const std::string no_memory = error_record(
+    76, "create_polarization_processor", "Memory allocation failure when trying to create a polar processor instance!");
 
 }  // namespace nerova_zel::test
 

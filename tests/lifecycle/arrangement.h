@@ -1,12 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "lifecycle/mock_behaviour.h"
+#include "support/folder.h"
 #include "support/loaded_library.h"
 
 namespace nerova_zel::test {
@@ -79,13 +81,17 @@ class MockPlugin final : public PluginBehaviour {
   std::string name_;
 };
 
+/** What lies beside the library. */
+enum class Companion { Logger, Avx512, Avx2 };
+
 /**
  * A directory of its own that holds a copy of the library and, beside it, the mock companions that a test adds. One at
  * a time.
  */
 class Arrangement {
  public:
-  Arrangement();
+  explicit Arrangement(std::initializer_list<Companion> companions = {});
+  /** Ends what make_processor or initialize began. */
   ~Arrangement();
   Arrangement(const Arrangement&) = delete;
   Arrangement& operator=(const Arrangement&) = delete;
@@ -95,33 +101,41 @@ class Arrangement {
   MockPlugin avx512{journal, "avx512"};
   MockPlugin avx2{journal, "avx2"};
 
-  /** Companions, each lacking the named entry if one is named. */
-  void add_logger(const std::string& missing_entry = {});
-  void add_avx512(const std::string& missing_entry = {});
-  void add_avx2(const std::string& missing_entry = {});
+  /** A companion, lacking the named entry if one is named. */
+  void add(Companion companion, const std::string& missing_entry = {}) const;
 
   /** What can happen to a file beside the library. */
   enum class Damage { Truncated, CutBehindHeaders, CutInHeaders, CutInFirstHeader, OtherWordSize, NoLibrary };
-  void damage_avx512(Damage damage) const;
-  void damage_logger(Damage damage) const;
+  void damage(Companion companion, Damage damage) const;
 
-  bool logger_loaded() const;
-  bool avx512_loaded() const;
-  bool avx2_loaded() const;
+  bool loaded(Companion companion) const;
+  bool any_plugin_loaded() const { return loaded(Companion::Avx512) || loaded(Companion::Avx2); }
 
   /** Loaded on the first call, which must come after the additions. */
   LoadedLibrary& library();
 
-  /** Initializes the module and makes a processor; journals nothing of it. Throws when that fails. */
+  /** Initializes the module, once; journals nothing of it. */
+  void initialize();
+  /** The same, and makes a processor. Throws when that fails. */
   nv_polarization_processor* make_processor();
+  /** Destroys the processor and terminates the module, as far as they were made here. */
+  void finish();
 
-  std::string directory() const { return directory_; }
+  /** The file of a companion. */
+  std::string file(Companion companion) const;
+  std::string directory() const { return folder_.path().generic_string(); }
 
  private:
-  std::string file(const std::string& name) const;
-
-  std::string directory_;
+  const Folder folder_;
   std::optional<LoadedLibrary> library_;
+  bool initialized_ = false;
+  nv_polarization_processor* processor_ = nullptr;
 };
+
+/** The record of an error that an export writes from that line. */
+std::string error_record(int line, const std::string& function, const std::string& message);
+extern const std::string null_destroyed;    ///< destroy with a NULL handle
+extern const std::string null_transformed;  ///< transform with one
+extern const std::string no_memory;         ///< create without memory
 
 }  // namespace nerova_zel::test

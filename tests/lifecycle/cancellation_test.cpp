@@ -43,10 +43,7 @@ bool returns(const LoadedLibrary& library, bool asynchronous, void (*call)(const
 }
 
 TEST(Cancellation, WaitsForTheEndOfAnExport) {
-  Arrangement arrangement;
-  arrangement.add_logger();
-  arrangement.add_avx512();
-  arrangement.add_avx2();
+  Arrangement arrangement({Companion::Logger, Companion::Avx512, Companion::Avx2});
   MockLogger& logger = arrangement.logger;
   logger.on_get_log = logger.on_log = logger.on_free_log = pthread_testcancel;
   for (MockPlugin* const plugin : {&arrangement.avx512, &arrangement.avx2}) {
@@ -69,10 +66,9 @@ TEST(Cancellation, WaitsForTheEndOfAnExport) {
     EXPECT_EQ(library.module_terminate(), 0);
   }));
 
-  EXPECT_EQ(loaded.module_initialize(), 0);
+  arrangement.initialize();
   logger.on_log = [] { pthread_cancel(pthread_self()); };
   EXPECT_FALSE(returns(loaded, true, [](const LoadedLibrary& library) { library.destroy(nullptr); }));
-  EXPECT_EQ(loaded.module_terminate(), 0);
 }
 
 }  // namespace

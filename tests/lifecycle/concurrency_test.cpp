@@ -11,32 +11,36 @@
 namespace nerova_zel::test {
 namespace {
 
-TEST(Concurrency, TheModuleComesAndGoesAmongThreads) {
-  constexpr int thread_count = 4;
-  constexpr int rounds = 50;
-  Arrangement arrangement;
-  arrangement.add_logger();
-  LoadedLibrary& library = arrangement.library();
+constexpr int thread_count = 4;
+
+template <class Work>
+void in_threads(const Work& work) {
   std::vector<std::thread> threads;
-  threads.reserve(thread_count);
   for (int number = 0; number < thread_count; ++number) {
-    threads.emplace_back([&library] {
-      for (int round = 0; round < rounds; ++round) {
-        EXPECT_EQ(library.module_initialize(), 0);
-        EXPECT_EQ(library.module_initialize(), 0);
-        nv_polarization_processor* processor = nullptr;
-        EXPECT_EQ(library.create(&processor), 0);
-        EXPECT_EQ(library.module_terminate(), 0);
-        EXPECT_EQ(TransformCall(processor).run(library), 0);
-        EXPECT_EQ(library.destroy(processor), 0);
-        EXPECT_EQ(library.module_terminate(), 0);
-        std::this_thread::yield();  // so that now and then nobody is left
-      }
-    });
+    threads.emplace_back(work);
   }
   for (std::thread& thread : threads) {
     thread.join();
   }
+}
+
+TEST(Concurrency, TheModuleComesAndGoesAmongThreads) {
+  constexpr int rounds = 50;
+  Arrangement arrangement({Companion::Logger});
+  LoadedLibrary& library = arrangement.library();
+  in_threads([&library] {
+    for (int round = 0; round < rounds; ++round) {
+      EXPECT_EQ(library.module_initialize(), 0);
+      EXPECT_EQ(library.module_initialize(), 0);
+      nv_polarization_processor* processor = nullptr;
+      EXPECT_EQ(library.create(&processor), 0);
+      EXPECT_EQ(library.module_terminate(), 0);
+      EXPECT_EQ(TransformCall(processor).run(library), 0);
+      EXPECT_EQ(library.destroy(processor), 0);
+      EXPECT_EQ(library.module_terminate(), 0);
+      std::this_thread::yield();  // so that now and then nobody is left
+    }
+  });
   nv_polarization_processor* processor = nullptr;
   EXPECT_EQ(library.create(&processor), NV_POLARIZATION_PROCESSOR_ERROR_NOT_INITIALIZED);
 
@@ -58,38 +62,19 @@ TEST(Concurrency, TheModuleComesAndGoesAmongThreads) {
 /** Frames with blocks, single pixels and every output, by whichever kernels or plugins lie beside the library. */
 void transform_from_many_threads(const std::string& library_file) {
   constexpr std::int32_t width = 67;
-  constexpr std::int32_t height = 9;
-  constexpr std::size_t pixels = std::size_t{width} * std::size_t{height};
-  const std::vector<std::uint16_t> frame = mixed_samples(pixels);
-  const LoadedLibrary library(library_file);
-  ASSERT_EQ(library.module_initialize(), 0);
-  nv_polarization_processor* processor = nullptr;
-  ASSERT_EQ(library.create(&processor), 0);
-
-  const auto transform = [&](FrameImages& images) {
-    auto& others = images.others;
-    return library.transform(processor, 0, frame.data(), 0, 0, width, height, 12, 65535, images.stokes.data(),
-                             others[0].data(), others[1].data(), others[2].data(), others[3].data(), others[4].data());
+  const std::vector<std::uint16_t> frame = mixed_samples(std::size_t{width} * 9);
+  const LoadedProcessor processor(library_file);
+  const auto images_of_frame = [&] {
+    FrameImages images(frame.size());
+    EXPECT_EQ(images.fill(processor.transform, processor.handle, frame, width), 0);
+    return images;
   };
-  FrameImages expected(pixels);
-  EXPECT_EQ(transform(expected), 0);
-  constexpr int thread_count = 4;
-  std::vector<std::thread> threads;
-  threads.reserve(thread_count);
-  for (int number = 0; number < thread_count; ++number) {
-    threads.emplace_back([&] {
-      for (int round = 0; round < 50; ++round) {
-        FrameImages images(pixels);
-        EXPECT_EQ(transform(images), 0);
-        EXPECT_TRUE(images == expected);
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  EXPECT_EQ(library.destroy(processor), 0);
-  EXPECT_EQ(library.module_terminate(), 0);
+  const FrameImages expected = images_of_frame();
+  in_threads([&] {
+    for (int round = 0; round < 50; ++round) {
+      EXPECT_TRUE(images_of_frame() == expected);
+    }
+  });
 }
 
 TEST(Concurrency, ThreadsShareAProcessor) {

@@ -26,14 +26,11 @@ class Logger : public testing::Test {
   std::vector<std::string> logged(const std::string& configuration) {
     std::ofstream("nerova_zel_logger.cfg", std::ios::binary) << configuration;
     std::filesystem::remove("nerova_zel.log");
-    nv_polarization_processor* const processor = arrangement.make_processor();
-    LoadedLibrary& library = arrangement.library();
-    const TransformCall call(processor);
-    EXPECT_EQ(library.destroy(nullptr), 4);
-    EXPECT_EQ(call.run(library), 0);
+    const TransformCall call(arrangement.make_processor());
+    EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
+    EXPECT_EQ(call.run(arrangement.library()), 0);
     EXPECT_FALSE(call.outputs_untouched());
-    EXPECT_EQ(library.destroy(processor), 0);
-    EXPECT_EQ(library.module_terminate(), 0);
+    arrangement.finish();
     std::vector<std::string> lines;
     std::ifstream stream("nerova_zel.log");
     for (std::string line; std::getline(stream, line);) {
@@ -43,7 +40,7 @@ class Logger : public testing::Test {
   }
 
   Arrangement arrangement;
-  const std::filesystem::path file = arrangement.directory() + "/nerova_zel_logger" + module_ending;
+  const std::filesystem::path file = arrangement.file(Companion::Logger);
 
  private:
   const std::filesystem::path before_;
@@ -62,12 +59,12 @@ TEST_F(Logger, OnlyTruncatedFilesEndTheSearch) {
   const LoadedModule elsewhere(NEROVA_LOGGER);  // found by its plain name now, wherever that is searched for
   using Damage = Arrangement::Damage;
   for (const Damage damage : {Damage::CutBehindHeaders, Damage::CutInHeaders, Damage::CutInFirstHeader}) {
-    arrangement.damage_logger(damage);
+    arrangement.damage(Companion::Logger, damage);
     EXPECT_EQ(logged("").size(), 0U);
   }
   for (const Damage damage : {Damage::OtherWordSize, Damage::NoLibrary}) {
     std::filesystem::copy_file(real_logger, file, std::filesystem::copy_options::overwrite_existing);
-    arrangement.damage_logger(damage);
+    arrangement.damage(Companion::Logger, damage);
     EXPECT_EQ(logged("").size(), 1U);
   }
   std::filesystem::remove(file);

@@ -11,9 +11,6 @@ namespace {
 
 const std::string get_log = "get_log NEROVA_ZEL_POLARIZATION_PROCESSOR||nerova_zel_logger.cfg";
 const std::string free_log = "free_log NEROVA_ZEL_POLARIZATION_PROCESSOR|";
-const std::string null_destroyed =
-    "2|nerova_zel_polarization_processor.cpp|300|nv_polarization_processor_destroy_polarization_processor|"
-    "ERROR:  The specified color processor handle is NULL!";
 
 /** All functions that need the module refuse, whatever the handle, and write nothing. */
 void expect_not_initialized(LoadedLibrary& library, nv_polarization_processor* processor) {
@@ -31,8 +28,7 @@ void expect_not_initialized(LoadedLibrary& library, nv_polarization_processor* p
 }
 
 TEST(Module, CompanionsLieBesideTheLibraryWhereverTheProgramGoes) {
-  Arrangement arrangement;
-  arrangement.add_logger();
+  Arrangement arrangement({Companion::Logger});
   std::filesystem::copy_file(library_path(), arrangement.directory() + "/copy.so");
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(arrangement.directory());
@@ -44,8 +40,7 @@ TEST(Module, CompanionsLieBesideTheLibraryWhereverTheProgramGoes) {
 }
 
 TEST(Module, CountsInitializations) {
-  Arrangement arrangement;
-  arrangement.add_logger();
+  Arrangement arrangement({Companion::Logger});
   LoadedLibrary& library = arrangement.library();
   EXPECT_EQ(library.module_terminate(), 0);
   expect_not_initialized(library, nullptr);
@@ -53,13 +48,12 @@ TEST(Module, CountsInitializations) {
   EXPECT_EQ(library.module_initialize(), 0);
   EXPECT_EQ(arrangement.journal.take(), Events{get_log});
   EXPECT_EQ(library.module_terminate(), 0);
-  EXPECT_EQ(arrangement.journal.take(), Events());
-  EXPECT_TRUE(arrangement.logger_loaded());
+  EXPECT_TRUE(arrangement.loaded(Companion::Logger));
   EXPECT_EQ(library.destroy(nullptr), 4);
   EXPECT_EQ(arrangement.journal.take(), Events{null_destroyed});
   EXPECT_EQ(library.module_terminate(), 0);
   EXPECT_EQ(arrangement.journal.take(), Events{free_log});
-  EXPECT_FALSE(arrangement.logger_loaded());
+  EXPECT_FALSE(arrangement.loaded(Companion::Logger));
   EXPECT_EQ(library.module_terminate(), 0);  // one too many must not count below 0
   EXPECT_EQ(library.module_initialize(), 0);
   EXPECT_EQ(library.module_terminate(), 0);
@@ -68,14 +62,22 @@ TEST(Module, CountsInitializations) {
 
 TEST(Module, ProcessorOutlivesTheLastTerminate) {
   Arrangement arrangement;
-  LoadedLibrary& library = arrangement.library();
   nv_polarization_processor* const processor = arrangement.make_processor();
-  EXPECT_EQ(library.module_terminate(), 0);
-  expect_not_initialized(library, processor);
+  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+  expect_not_initialized(arrangement.library(), processor);
+  EXPECT_EQ(arrangement.library().module_initialize(), 0);
+  EXPECT_EQ(TransformCall(processor).run(arrangement.library()), 0);
+}
+
+/** From initialize to terminate with an error in between; what the logger is told. */
+Events events_of_module(Arrangement& arrangement) {
+  LoadedLibrary& library = arrangement.library();
   EXPECT_EQ(library.module_initialize(), 0);
-  EXPECT_EQ(TransformCall(processor).run(library), 0);
-  EXPECT_EQ(library.destroy(processor), 0);
+  EXPECT_TRUE(arrangement.loaded(Companion::Logger));
+  EXPECT_EQ(library.destroy(nullptr), 4);
   EXPECT_EQ(library.module_terminate(), 0);
+  EXPECT_FALSE(arrangement.loaded(Companion::Logger));
+  return arrangement.journal.take();
 }
 
 TEST(Module, LoggerThatLacksSomethingIsKeptButWritesNothing) {
@@ -87,16 +89,10 @@ TEST(Module, LoggerThatLacksSomethingIsKeptButWritesNothing) {
   for (const Case& fault :
        {Case{"zel_get_log", true, {free_log}}, Case{"", false, {get_log, free_log}},
         Case{"zel_log", true, {get_log, free_log}}, Case{"zel_free_log", true, {get_log, null_destroyed}}}) {
-    SCOPED_TRACE(fault.missing);
     Arrangement arrangement;
-    arrangement.add_logger(fault.missing);
+    arrangement.add(Companion::Logger, fault.missing);
     arrangement.logger.gives_handle = fault.gives_handle;
-    EXPECT_EQ(arrangement.library().module_initialize(), 0);
-    EXPECT_TRUE(arrangement.logger_loaded());
-    EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
-    EXPECT_EQ(arrangement.library().module_terminate(), 0);
-    EXPECT_EQ(arrangement.journal.take(), fault.expected);
-    EXPECT_FALSE(arrangement.logger_loaded());
+    EXPECT_EQ(events_of_module(arrangement), fault.expected) << fault.missing;
   }
 }
 
@@ -104,27 +100,16 @@ TEST(Module, LoggerThatThrowsIsContained) {
   if (!mocks_can_throw) {
     GTEST_SKIP() << exceptions_stay_in_their_module;
   }
-  Arrangement arrangement;
-  arrangement.add_logger();
+  Arrangement arrangement({Companion::Logger});
   arrangement.logger.on_get_log = [] { throw 1; };
-  EXPECT_EQ(arrangement.library().module_initialize(), 0);
-  EXPECT_TRUE(arrangement.logger_loaded());
-  EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
-  EXPECT_EQ(arrangement.library().module_terminate(), 0);
-  EXPECT_EQ(arrangement.journal.take(), (Events{get_log, free_log}));
+  EXPECT_EQ(events_of_module(arrangement), (Events{get_log, free_log}));
   arrangement.logger.on_get_log = [] {};
-  arrangement.logger.on_log = [] { throw 1; };
-  arrangement.logger.on_free_log = [] { throw 1; };
-  EXPECT_EQ(arrangement.library().module_initialize(), 0);
-  EXPECT_EQ(arrangement.library().destroy(nullptr), 4);
-  EXPECT_EQ(arrangement.library().module_terminate(), 0);
-  EXPECT_EQ(arrangement.journal.take(), (Events{get_log, null_destroyed, free_log}));
-  EXPECT_FALSE(arrangement.logger_loaded());
+  arrangement.logger.on_log = arrangement.logger.on_free_log = [] { throw 1; };
+  EXPECT_EQ(events_of_module(arrangement), (Events{get_log, null_destroyed, free_log}));
 }
 
 TEST(Module, InitializeWithoutMemoryCountsButServesNothing) {
-  Arrangement arrangement;
-  arrangement.add_logger();
+  Arrangement arrangement({Companion::Logger});
   LoadedLibrary& library = arrangement.library();
   {
     const FailingAllocation failing(0, FailingAllocation::Extent::FromThenOn);
@@ -134,15 +119,13 @@ TEST(Module, InitializeWithoutMemoryCountsButServesNothing) {
   expect_not_initialized(library, nullptr);
   EXPECT_EQ(library.module_terminate(), 0);
   EXPECT_EQ(library.module_terminate(), 0);
-  EXPECT_EQ(library.module_initialize(), 0);
-  arrangement.journal.take();
+  arrangement.initialize();
   {
     const FailingAllocation failing(0, FailingAllocation::Extent::FromThenOn);  // a record needs no memory
     EXPECT_EQ(library.destroy(nullptr), 4);
     EXPECT_FALSE(failing.happened());
   }
   EXPECT_EQ(arrangement.journal.take(), Events{null_destroyed});
-  EXPECT_EQ(library.module_terminate(), 0);
 }
 
 }  // namespace

@@ -6,25 +6,15 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdlib>
 
 #include "kernels/shared/kernels.h"
 #include "lifecycle/arrangement.h"
+#include "lifecycle/floating_point_settings.h"
 #include "lifecycle/transform_call.h"
+#include "support/cpu_route.h"
 
 namespace nerova_zel::test {
 namespace {
-
-/** 0: built-in kernels, 1: AVX2 plugin, 2: AVX-512 plugin. */
-int cpu_level() {
-  if (const char* const stated = std::getenv("NEROVA_CPU_LEVEL")) {
-    return std::atoi(stated);
-  }
-  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw")) {
-    return 2;
-  }
-  return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? 1 : 0;
-}
 
 TEST(Routing, OnlyThePluginOfTheLevelComputes) {
   const int level = cpu_level();
@@ -36,29 +26,25 @@ TEST(Routing, OnlyThePluginOfTheLevelComputes) {
       Arrangement arrangement;
       Events terminated;
       if (avx2 != State::Absent) {
-        arrangement.add_avx2();
+        arrangement.add(Companion::Avx2);
         terminated.emplace_back("avx2 terminate");
       }
       if (avx512 != State::Absent) {
-        arrangement.add_avx512();
+        arrangement.add(Companion::Avx512);
         terminated.emplace_back("avx512 terminate");
       }
       arrangement.avx512.on_initialize = [&] { return avx512 == State::Usable ? 0 : 1; };
       arrangement.avx2.on_initialize = [&] { return avx2 == State::Usable ? 0 : -1; };
-      nv_polarization_processor* const processor = arrangement.make_processor();
-
+      const TransformCall call(arrangement.make_processor());
       const bool by_avx512 = level == 2 && avx512 == State::Usable;
       const bool by_avx2 = level == 1 && avx2 == State::Usable;
-      const TransformCall call(processor);
       EXPECT_EQ(call.run(arrangement.library()), 0);
       EXPECT_EQ(arrangement.journal.take(), by_avx512 ? Events{"avx512 transform"}
                                             : by_avx2 ? Events{"avx2 transform"}
                                                       : Events());
       EXPECT_EQ(call.outputs_untouched(), by_avx512 || by_avx2);  // these mocks compute nothing
-
-      EXPECT_EQ(arrangement.library().destroy(processor), 0);
+      arrangement.finish();
       EXPECT_EQ(arrangement.journal.take(), terminated);
-      EXPECT_EQ(arrangement.library().module_terminate(), 0);
     }
   }
 }
@@ -70,16 +56,7 @@ class RoutingToPlugin : public testing::Test {
     if (cpu_level() == 0) {
       GTEST_SKIP() << "this processor has neither AVX2 nor AVX-512";
     }
-    arrangement.add_avx512();
-    arrangement.add_avx2();
     processor = arrangement.make_processor();
-  }
-
-  void TearDown() override {
-    if (processor != nullptr) {
-      EXPECT_EQ(arrangement.library().destroy(processor), 0);
-      EXPECT_EQ(arrangement.library().module_terminate(), 0);
-    }
   }
 
   template <class Function>
@@ -88,7 +65,7 @@ class RoutingToPlugin : public testing::Test {
     arrangement.avx2.on_transform = function;
   }
 
-  Arrangement arrangement;
+  Arrangement arrangement{{Companion::Avx512, Companion::Avx2}};
   nv_polarization_processor* processor = nullptr;
 };
 
@@ -170,54 +147,42 @@ TEST_F(RoutingToPlugin, OriginIsFoldedIntoPhaseAndMatrices) {
 }
 
 TEST_F(RoutingToPlugin, FrameRunsMaskedAndInTheRoundingOfTheCaller) {
-  constexpr std::uint32_t masks = 0x1F80;
   constexpr std::uint32_t rounding_up = 0x4000;
-  constexpr std::uint32_t nothing_masked_and_flushing = 0x8040 | rounding_up;
-  constexpr std::uint16_t x87_masks = 0x3F;
-  constexpr std::uint16_t x87_nothing_masked = 0x0340;
-  std::uint32_t before = 0;
-  std::uint32_t vector_units = 0;
-  std::uint16_t x87_before = 0;
-  std::uint16_t x87 = 0;
-  on_transform([&](const void* /*record*/, const float* const* /*matrices*/) {
-    __asm__ volatile("stmxcsr %0\n\tfnstcw %1" : "=m"(vector_units), "=m"(x87));
-  });
+  FloatingPointSettings inside;
+  on_transform([&](auto...) { inside = FloatingPointSettings::now(); });
   const TransformCall call(processor);
   LoadedLibrary& library = arrangement.library();
-  __asm__ volatile("stmxcsr %0\n\tfnstcw %1" : "=m"(before), "=m"(x87_before));
-  __asm__ volatile("ldmxcsr %0\n\tfnclex\n\tfldcw %1" : : "m"(nothing_masked_and_flushing), "m"(x87_nothing_masked));
+  FloatingPointSettings{0x8040 | rounding_up, 0x0340}.apply();  // nothing masked, and flushing
   const std::int32_t result = call.run(library);
-  __asm__ volatile("ldmxcsr %0\n\tfnclex\n\tfldcw %1" : : "m"(before), "m"(x87_before));
+  FloatingPointSettings().apply();
   EXPECT_EQ(result, 0);
-  EXPECT_EQ(vector_units, masks | rounding_up);
-  EXPECT_EQ(x87 & x87_masks, x87_masks);
+  EXPECT_EQ(inside.vector_units, 0x1F80 | rounding_up);
+  EXPECT_EQ(inside.x87 & 0x3F, 0x3F);
 }
 
 TEST_F(RoutingToPlugin, ExceptionsOfTheOldFloatingPointUnitStayTheCallers) {
-  on_transform([](const void* /*record*/, const float* const* /*matrices*/) {
+  on_transform([](auto...) {
     __asm__ volatile("fldz\n\tfldz\n\tfdiv %%st(1)\n\tfstp %%st\n\tfstp %%st" : : : "st");  // 0 / 0
   });
   const TransformCall call(processor);
   LoadedLibrary& library = arrangement.library();
   constexpr std::uint16_t all_masked = 0x037F;
-  constexpr std::uint16_t flags = 0x7F;
   constexpr std::uint16_t division_by_zero = 0x04;
   // The last one leaves an exception pending: the next instruction that waits for it would raise it.
   for (const auto& [divide, wanted] : {std::pair{false, all_masked}, std::pair{true, all_masked},
                                        std::pair{true, static_cast<std::uint16_t>(all_masked - division_by_zero)}}) {
     SCOPED_TRACE(wanted);
-    std::uint16_t control = 0;
-    std::uint16_t status = 0;
     __asm__ volatile("fnclex");
     if (divide) {
       __asm__ volatile("fldz\n\tfld1\n\tfdiv %%st(1)\n\tfstp %%st\n\tfstp %%st" : : : "st");
     }
     __asm__ volatile("fldcw %0" : : "m"(wanted));
     const std::int32_t result = call.run(library);
-    __asm__ volatile("fnstcw %0\n\tfnstsw %1\n\tfnclex\n\tfldcw %2" : "=m"(control), "=m"(status) : "m"(all_masked));
+    const auto after = FloatingPointSettings::now();
+    FloatingPointSettings().apply();
     EXPECT_EQ(result, 0);
-    EXPECT_EQ(control, wanted);
-    EXPECT_EQ(status & flags, divide ? division_by_zero : 0);
+    EXPECT_EQ(after.x87, wanted);
+    EXPECT_EQ(after.x87_flags, divide ? division_by_zero : 0);
   }
 }
 
@@ -225,13 +190,11 @@ TEST_F(RoutingToPlugin, PluginThatThrowsIsContained) {
   if (!mocks_can_throw) {
     GTEST_SKIP() << exceptions_stay_in_their_module;
   }
-  on_transform([](const void* /*record*/, const float* const* /*matrices*/) { throw 1; });
+  on_transform([](auto...) { throw 1; });
   EXPECT_EQ(TransformCall(processor).run(arrangement.library()), 0);
   arrangement.avx512.on_terminate = [] { throw 1; };
-  EXPECT_EQ(arrangement.library().destroy(processor), 0);
-  processor = nullptr;
-  EXPECT_FALSE(arrangement.avx512_loaded() || arrangement.avx2_loaded());
-  EXPECT_EQ(arrangement.library().module_terminate(), 0);
+  arrangement.finish();
+  EXPECT_FALSE(arrangement.any_plugin_loaded());
 }
 
 }  // namespace

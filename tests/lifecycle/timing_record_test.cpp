@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 
@@ -11,10 +12,6 @@
 
 namespace nerova_zel::test {
 namespace {
-
-const std::string null_record =
-    "2|nerova_zel_polarization_processor.cpp|194|nv_polarization_processor_transform|"
-    "ERROR:  The specified polarization processor handle is NULL!";
 
 /** A call that fails at once between two counts. */
 Events records_between(Arrangement& arrangement, std::int64_t start, std::int64_t end) {
@@ -27,23 +24,20 @@ Events records_between(Arrangement& arrangement, std::int64_t start, std::int64_
 class TimingRecord : public testing::Test {
  protected:
   TimingRecord() {
-    arrangement.add_logger();
     arrangement.logger.journals_times = true;
-    EXPECT_EQ(arrangement.library().module_initialize(), 0);
-    arrangement.journal.take();
+    arrangement.initialize();
   }
-  ~TimingRecord() override { EXPECT_EQ(arrangement.library().module_terminate(), 0); }
 
   /** Seconds and more than 24 bits of nanoseconds, after months of uptime. */
   void expect_exact() {
     constexpr std::int64_t uptime = 9000000000000000;
     EXPECT_EQ(records_between(arrangement, uptime, uptime + 3054457687),
-              (Events{null_record,
+              (Events{null_transformed,
                       "7|...\\polarization_processor\\nerova_zel_polarization_processor.cpp|190|"
                       "nv_polarization_processor_transform|transform takes 3054457.687000 microseconds."}));
   }
 
-  Arrangement arrangement;
+  Arrangement arrangement{{Companion::Logger}};
 };
 
 TEST_F(TimingRecord, IsComputedInDoublePrecision) {
@@ -79,19 +73,19 @@ TEST_F(TimingRecord, HasADecimalPointInEveryLocale) {
 }
 
 TEST_F(TimingRecord, IsOfTheWholeFrame) {
-  constexpr std::size_t side = 600;
-  const std::vector<std::uint16_t> frame(side * side, 100);
-  std::vector<std::uint16_t> azimuth(frame.size());
-  nv_polarization_processor* const processor = arrangement.make_processor();
-  const LoadedLibrary& library = arrangement.library();
-  EXPECT_EQ(library.transform(processor, 0, frame.data(), 0, 0, side, side, 12, 65535, nullptr, nullptr, nullptr,
-                              nullptr, azimuth.data(), nullptr),
-            0);
+  constexpr std::int32_t side = 600;
+  TransformCall call(arrangement.make_processor());
+  call.frame.assign(std::size_t{side} * side, 100);
+  call.input = call.frame.data();
+  call.width = call.height = side;
+  std::vector<std::uint16_t> azimuth(call.frame.size());
+  call.stokes = nullptr;
+  std::fill(std::begin(call.images), std::end(call.images), nullptr);
+  call.images[3] = azimuth.data();
+  EXPECT_EQ(call.run(arrangement.library()), 0);
   const std::string record = arrangement.journal.take().at(0);
   // No processor computes a pixel in a hundredth of a nanosecond.
   EXPECT_GT(std::stod(record.substr(record.find("takes ") + 6)), side * side * 1e-5);
-  EXPECT_EQ(library.destroy(processor), 0);
-  EXPECT_EQ(library.module_terminate(), 0);
 }
 
 TEST_F(TimingRecord, IsLeftOutWithoutACounter) {
@@ -99,7 +93,7 @@ TEST_F(TimingRecord, IsLeftOutWithoutACounter) {
   for (const std::vector<std::int64_t>& counts : {std::vector<std::int64_t>{}, std::vector<std::int64_t>{1}}) {
     const PretendedCounter counter(counts);
     EXPECT_EQ(call.run(arrangement.library()), 4);
-    EXPECT_EQ(arrangement.journal.take(), Events{null_record});
+    EXPECT_EQ(arrangement.journal.take(), Events{null_transformed});
   }
   // A start that cannot be read counts as 0.
   const Events records = records_between(arrangement, -1, 2000);

@@ -3,30 +3,16 @@
 #include <gtest/gtest.h>
 #include <immintrin.h>
 
-#include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "kernels/shared/default_calibration.h"
 #include "support/cpu_route.h"
 #include "support/loaded_library.h"
 #include "support/plugin_module.h"
 
 namespace nerova_zel::test {
 namespace {
-
-/** What this processor (or the emulated one) runs: 0 no plugin, 1 the AVX2 plugin, 2 both. */
-int cpu_level() {
-  if (const char* const stated = std::getenv("NEROVA_CPU_LEVEL")) {
-    return std::atoi(stated);
-  }
-  if (!why_route_cannot_run(CpuRoute::Avx512)) {
-    return 2;
-  }
-  return why_route_cannot_run(CpuRoute::Avx2) ? 0 : 1;
-}
 
 struct Plugin : PluginModule {
   explicit Plugin(const std::string& set) : PluginModule(plugin_path(library_path(), set), set) {}
@@ -56,27 +42,15 @@ TEST_P(CleanRegisters, AfterFramesOfEveryPath) {
   }
   const Plugin plugin(GetParam());
   ASSERT_EQ(plugin.initialize(), 0);
-  const std::array<CalibrationMatrix, 4> custom = {};
-  const CalibrationMatrix* const default_row[] = {&default_matrices[0], &default_matrices[3], &default_matrices[1],
-                                                  &default_matrices[2]};
-  const CalibrationMatrix* const custom_row[] = {&custom[0], &custom[1], &custom[2], &custom[3]};
+  const CalibrationMatrix zero = {};
+  const CalibrationMatrix* const custom_row[] = {&zero, &zero, &zero, &zero};
   // Below a step, and whole steps with the last one overlapping.
   for (const std::int32_t width : {7, 100}) {
-    const std::size_t pixels = static_cast<std::size_t>(width) * 4;
-    const std::vector<std::uint16_t> input(pixels, 100);
-    std::vector<std::uint16_t> azimuth(pixels);
-    TransformParameters parameters = {};
-    parameters.height = 4;
-    parameters.width = width;
-    parameters.input = input.data();
-    parameters.bit_depth = 8;
-    parameters.input_maximum = 255.0F;
-    parameters.output_maximum = 255.0F;
-    parameters.integer_output_maximum = 255;
-    parameters.images.azimuth = azimuth.data();
+    const std::vector<std::uint16_t> frame(static_cast<std::size_t>(width) * 4, 100);
+    FrameImages images(frame.size());
     for (const MatrixRow row : {default_row, custom_row}) {
       clean_wide_registers();
-      plugin.transform(parameters, row);
+      plugin.transform(plugin_call(frame, width, 255, images), row);
       EXPECT_FALSE(wide_registers_in_use()) << "width " << width;
     }
   }

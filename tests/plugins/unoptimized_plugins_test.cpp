@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "kernels/shared/default_calibration.h"
 #include "support/cpu_route.h"
 #include "support/plugin_module.h"
 
@@ -14,13 +13,12 @@ namespace nerova_zel::test {
 namespace {
 
 constexpr std::int32_t width = 75;
-constexpr std::int32_t height = 4;
-constexpr std::size_t pixels = std::size_t{width} * std::size_t{height};
+constexpr std::size_t pixels = std::size_t{width} * 4;
 
 FrameImages compute(const PluginModule& plugin, const std::vector<std::uint16_t>& frame, std::uint16_t output_maximum,
                     MatrixRow matrices) {
   FrameImages images(pixels);
-  plugin.transform(plugin_call(frame, width, height, output_maximum, images), matrices);
+  plugin.transform(plugin_call(frame, width, output_maximum, images), matrices);
   return images;
 }
 
@@ -35,8 +33,6 @@ void expect_same_images(const std::string& set, const std::string& unoptimized_f
   const std::vector<std::uint16_t> frame = mixed_samples(pixels);
   CalibrationMatrix custom = default_matrices[0];
   custom.m[0] = 1.25F;
-  const CalibrationMatrix* const default_row[] = {&default_matrices[0], &default_matrices[3], &default_matrices[1],
-                                                  &default_matrices[2]};
   const CalibrationMatrix* const custom_row[] = {&custom, &custom, &custom, &custom};
   for (const std::uint16_t output_maximum : {std::uint16_t{4095}, std::uint16_t{65535}}) {
     for (const MatrixRow row : {default_row, custom_row}) {

@@ -63,7 +63,12 @@ std::optional<std::string> why_route_is_not_taken(CpuRoute route, bool stand_in)
   return std::nullopt;
 }
 
-bool plugin_serves() { return !why_route_cannot_run(CpuRoute::Avx2) || !why_route_cannot_run(CpuRoute::Avx512); }
+int cpu_level() {
+  if (const char* const stated = std::getenv("NEROVA_CPU_LEVEL")) {
+    return std::atoi(stated);
+  }
+  return !why_route_cannot_run(CpuRoute::Avx512) ? 2 : !why_route_cannot_run(CpuRoute::Avx2) ? 1 : 0;
+}
 
 bool may_skip_route(const std::string& route, const std::string& reason) {
   std::cout << "Route not run: " << route << " (" << reason << ")" << std::endl;

@@ -21,8 +21,13 @@ std::optional<std::string> why_route_cannot_run(CpuRoute route);
  */
 std::optional<std::string> why_route_is_not_taken(CpuRoute route, bool stand_in);
 
-/** Whether this processor would take the route of either vector plugin. */
-bool plugin_serves();
+/**
+ * 0: neither plugin runs on this processor, 1: the AVX2 plugin does, 2: both. NEROVA_CPU_LEVEL in the environment
+ * states it for an emulated one.
+ */
+int cpu_level();
+
+inline bool plugin_serves() { return cpu_level() > 0; }
 
 /** Exit code of a test program whose route did not run; the tests count it as skipped. */
 constexpr int exit_route_not_run = 77;

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include "nerova_zel/polarization_processor.h"
+
 namespace nerova_zel::test {
 
 /** All six images of a frame. */
@@ -13,6 +15,15 @@ struct FrameImages {
 
   std::vector<float> stokes;
   std::array<std::vector<std::uint16_t>, 5> others;  ///< in the order of transform's arguments
+
+  /** Fills them from 12-bit samples of phase 0 by the library's function. */
+  template <class Transform>
+  std::int32_t fill(const Transform& transform, nv_polarization_processor* processor,
+                    const std::vector<std::uint16_t>& frame, std::int32_t width) {
+    return transform(processor, 0, frame.data(), 0, 0, width, static_cast<std::int32_t>(frame.size()) / width, 12,
+                     65535, stokes.data(), others[0].data(), others[1].data(), others[2].data(), others[3].data(),
+                     others[4].data());
+  }
 
   /** To the last bit, so that NaN equals itself. */
   bool operator==(const FrameImages& images) const {

@@ -30,6 +30,18 @@ LoadedLibrary::LoadedLibrary(const std::string& path) : LoadedModule(path) {
   resolve("nv_polarization_processor_transform", transform);
 }
 
+LoadedProcessor::LoadedProcessor(const std::string& path) : LoadedLibrary(path) {
+  module_initialize();
+  if (create(&handle) != NV_POLARIZATION_PROCESSOR_SUCCESS) {
+    throw std::runtime_error("the library creates no processor");
+  }
+}
+
+LoadedProcessor::~LoadedProcessor() {
+  destroy(handle);
+  module_terminate();
+}
+
 std::string library_path() { return NEROVA_LIBRARY_PATH; }
 
 }  // namespace nerova_zel::test

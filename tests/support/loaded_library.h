@@ -43,6 +43,15 @@ class LoadedLibrary : public LoadedModule {
   decltype(&nv_polarization_processor_transform) transform = nullptr;
 };
 
+/** A library with its module initialized and a processor made. Throws std::runtime_error when there is none. */
+class LoadedProcessor : public LoadedLibrary {
+ public:
+  explicit LoadedProcessor(const std::string& path);
+  ~LoadedProcessor();
+
+  nv_polarization_processor* handle = nullptr;
+};
+
 /** Where this build left the library, its companions beside it. */
 std::string library_path();
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "kernels/shared/default_calibration.h"
 #include "kernels/shared/kernels.h"
 #include "support/frame_images.h"
 #include "support/module_file.h"
@@ -42,10 +43,14 @@ inline std::string plugin_path(const std::string& library, const std::string& se
   return folder_of(library) + "nerova_zel_polarization_processor_vector_" + set + module_ending;
 }
 
+/** The default matrices of phase 0, by the parity of row and column. */
+inline const CalibrationMatrix* const default_row[] = {&default_matrices[0], &default_matrices[3], &default_matrices[1],
+                                                       &default_matrices[2]};
+
 /** A call for 12-bit samples of phase 0. */
-inline TransformParameters plugin_call(const std::vector<std::uint16_t>& frame, std::int32_t width, std::int32_t height,
+inline TransformParameters plugin_call(const std::vector<std::uint16_t>& frame, std::int32_t width,
                                        std::uint16_t output_maximum, FrameImages& images) {
-  return {height,
+  return {static_cast<std::int32_t>(frame.size()) / width,
           width,
           0,
           frame.data(),
