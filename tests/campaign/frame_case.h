@@ -63,6 +63,11 @@ struct FrameCase {
   std::uint64_t seed = 0;  // of the samples and the matrices
 };
 
+/** For the reference. */
+inline Frame frame_of(const FrameCase& c, const std::vector<std::uint16_t>& samples) {
+  return {c.width, c.height, samples.data(), c.phase, c.origin_x, c.origin_y, c.bit_depth, c.output_maximum};
+}
+
 std::vector<std::uint16_t> make_samples(const FrameCase& frame_case);
 CalibrationMatrices make_matrices(const FrameCase& frame_case);
 

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -12,11 +11,13 @@ namespace nerova_zel::test {
 
 constexpr std::size_t output_count = 1 + CodeImageCount;
 
+/** Addresses of the outputs in the order of the interface; NULL for those that are not wanted. */
+using OutputPointers = std::array<void*, output_count>;
+
 /** In the order of the interface. */
 const char* output_name(std::size_t output);
 
 /** Where the images first differ in a bit, save that a NaN is a NaN, in words; or nothing. NULL is not compared. */
-std::optional<std::string> first_difference(const OutputImages& reference, const float* normalized_stokes,
-                                            const std::array<std::uint16_t*, CodeImageCount>& codes, int width);
+std::optional<std::string> first_difference(const OutputImages& reference, const OutputPointers& outputs, int width);
 
 }  // namespace nerova_zel::test

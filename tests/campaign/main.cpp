@@ -91,12 +91,12 @@ extern "C" void report_crash(int signal) {
 
 class Campaign {
  public:
-  Campaign(const Options& options, const LoadedLibrary& library)
+  Campaign(const Options& options, const LoadedProcessor& processor)
       : options_(options),
         rules_(rules_of(options.route)),
         widest_(rules_ == Route::PerPixel ? 100 : 24),
         random_(options.seed),
-        library_(library) {}
+        processor_(processor) {}
 
   /** The number of frames with a fault. */
   int run() {
@@ -122,7 +122,7 @@ class Campaign {
       calls.push_back(uniform_call(outputs, Placement::AfterGuard));
       calls.push_back(uniform_call(outputs, Placement::BeforeGuard));
     }
-    CaseRunner runner(library_, rules_, most_pixels());
+    CaseRunner runner(processor_, rules_, most_pixels());
     for (int phase = -1; phase < 4; ++phase) {
       for (const bool equal : {false, true}) {
         for (const int width : {widest_ - 4, widest_ - 3}) {
@@ -139,7 +139,7 @@ class Campaign {
   }
 
   void sizes() {
-    CaseRunner runner(library_, rules_, most_pixels());
+    CaseRunner runner(processor_, rules_, most_pixels());
     for (int width = 2; width <= 21; ++width) {
       for (int height = 2; height <= 21; ++height) {
         for (const bool equal : {false, true}) {
@@ -150,7 +150,7 @@ class Campaign {
   }
 
   void long_rows() {
-    CaseRunner runner(library_, rules_, longest_row * 6);
+    CaseRunner runner(processor_, rules_, longest_row * 6);
     for (const int width : {64, 131, 254, 513, 1027, 1030, 2048, 2449, int{longest_row}}) {
       for (const int height : {3, 6}) {
         run_frame(runner, random_frame(width, height, random_.one_in(2)), all_outputs_both_placements);
@@ -162,7 +162,7 @@ class Campaign {
    * rows. */
   void large_frames() {
     constexpr unsigned stokes_pairs = 1;
-    CaseRunner runner(library_, rules_, std::size_t{1031} * 1019);
+    CaseRunner runner(processor_, rules_, std::size_t{1031} * 1019);
     for (const auto& [width, height] : {std::pair(1030, 1019), std::pair(1031, 1019), std::pair(62, 16930)}) {
       FrameCase frame_case = random_frame(width, height, random_.one_in(2));
       frame_case.matrices = width % 2 == 0 ? MatrixKind::Default : MatrixKind::Mild;
@@ -173,7 +173,7 @@ class Campaign {
   }
 
   void random_mixtures() {
-    CaseRunner runner(library_, rules_, most_pixels());
+    CaseRunner runner(processor_, rules_, most_pixels());
     for (int i = 0; i < options_.random_frames; ++i) {
       const int width = random_.between(2, random_.one_in(2) ? 24 : widest_);
       const int height = random_.between(2, width > 24 ? 6 : highest);
@@ -233,7 +233,7 @@ class Campaign {
   const Route rules_;
   const int widest_;  ///< of the random frames: a few steps of the route
   Random random_;
-  const LoadedLibrary& library_;
+  const LoadedProcessor& processor_;
   int frames_ = 0;
   int calls_ = 0;
   int failures_ = 0;
@@ -246,8 +246,8 @@ int run(int argc, char** argv) {
   }
   std::signal(SIGSEGV, report_crash);
   std::signal(SIGILL, report_crash);
-  const LoadedLibrary library(options.library);
-  return Campaign(options, library).run() == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+  const LoadedProcessor processor(options.library);
+  return Campaign(options, processor).run() == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace

@@ -191,25 +191,4 @@ std::string error_of_reading(const Bytes& bytes) {
   return sentence;
 }
 
-Folder::Folder() {
-  static int number = 0;
-  path_ = std::filesystem::temp_directory_path() /
-          ("nerova-codecs-" + std::to_string(std::random_device()()) + "-" + std::to_string(++number));
-  std::filesystem::create_directory(path_);
-}
-
-Folder::~Folder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::vector<std::string> Folder::names() const {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 }  // namespace nerova_zel::test

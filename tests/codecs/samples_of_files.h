@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "codec_error.h"
 #include "picture_file.h"
+#include "support/folder.h"
 
 namespace nerova_zel::test {
 
@@ -51,21 +51,5 @@ std::string error_of(const std::function<void()>& action);
 
 /** The same for reading all pages of a file in memory, which must be named. */
 std::string error_of_reading(const Bytes& bytes);
-
-/** An empty folder that goes with it. */
-class Folder {
- public:
-  Folder();
-  ~Folder();
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-  /** Names of what is in it, in order. */
-  std::vector<std::string> names() const;
-
- private:
-  std::filesystem::path path_;
-};
 
 }  // namespace nerova_zel::test

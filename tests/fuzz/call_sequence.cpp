@@ -36,13 +36,6 @@ class MatrixRoom {
 
 }  // namespace
 
-Arena::Arena() {
-  for (std::size_t i = 0; i < buffers_.size(); ++i) {
-    const std::size_t bytes_per_pixel = i == 1 ? 2 * sizeof(float) : sizeof(std::uint16_t);
-    buffers_[i] = std::make_unique<GuardedBuffer>(bytes_per_pixel * most_pixels);
-  }
-}
-
 void CallSequence::run() {
   if (!data_.ConsumeBool()) {  // otherwise most calls would only find that nothing is ready for them
     initialize();
@@ -246,13 +239,9 @@ std::int32_t CallSequence::call_transform(const TransformValues& values) {
   constexpr unsigned rounding = _MM_ROUND_MASK;
   const unsigned before = _mm_getcsr();
   const unsigned callers = data_.ConsumeIntegral<std::uint16_t>() & ~rounding;
-  const auto image = [&values](std::size_t i) { return static_cast<std::uint16_t*>(values.outputs[i]); };
   // A flag raised and unmasked makes no exception by itself, and none but the library computes in between.
   _mm_setcsr(callers);
-  const std::int32_t result = library_.transform(
-      values.processor, values.phase, static_cast<const std::uint16_t*>(values.input), values.origin_x, values.origin_y,
-      values.width, values.height, values.bit_depth, values.output_maximum, static_cast<float*>(values.outputs[0]),
-      image(1), image(2), image(3), image(4), image(5));
+  const std::int32_t result = values.call(library_.transform);
   const unsigned after = _mm_getcsr();
   _mm_setcsr(before);
   require(after == callers, "transform: the caller's floating-point settings or flags changed");
@@ -269,14 +258,12 @@ void CallSequence::transform() {
 
   OutputImages reference;
   if (expected == NV_POLARIZATION_PROCESSOR_SUCCESS) {
-    values.width = frame_case.width = 2 + (frame_case.width - 2) % (Arena::most_pixels / 2 - 1);
-    values.height = frame_case.height = 2 + (frame_case.height - 2) % (Arena::most_pixels / frame_case.width - 1);
+    values.width = frame_case.width = 2 + (frame_case.width - 2) % (most_pixels / 2 - 1);
+    values.height = frame_case.height = 2 + (frame_case.height - 2) % (most_pixels / frame_case.width - 1);
     std::vector<std::uint16_t> samples = make_samples(frame_case);
     data_.ConsumeData(samples.data(), std::min<std::size_t>(data_.ConsumeIntegral<std::uint8_t>(),
                                                             samples.size() * sizeof(std::uint16_t)));
-    const Frame frame = {values.width,    values.height,   samples.data(),   values.phase,
-                         values.origin_x, values.origin_y, values.bit_depth, values.output_maximum};
-    reference = compute_reference(frame, processor->matrices, route_);
+    reference = compute_reference(frame_of(frame_case, samples), processor->matrices, route_);
     const std::size_t bytes = samples.size() * sizeof(std::uint16_t);
     void* const input = some_place(0, bytes);
     std::memcpy(input, samples.data(), bytes);
@@ -298,11 +285,7 @@ void CallSequence::transform() {
     require(arena_[i + 1].surroundings_intact(), output_name(i));
   }
   if (result == NV_POLARIZATION_PROCESSOR_SUCCESS) {
-    std::array<std::uint16_t*, CodeImageCount> codes = {};
-    std::transform(values.outputs.begin() + 1, values.outputs.end(), codes.begin(),
-                   [](void* image) { return static_cast<std::uint16_t*>(image); });
-    if (const auto fault =
-            first_difference(reference, static_cast<const float*>(values.outputs[0]), codes, values.width)) {
+    if (const auto fault = first_difference(reference, values.outputs, values.width)) {
       report_finding(describe(frame_case) + ": " + *fault);
     }
     ++frames_;

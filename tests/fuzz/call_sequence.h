@@ -2,9 +2,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <array>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "campaign/frame_case.h"
@@ -16,17 +14,7 @@
 
 namespace nerova_zel::test {
 
-/** Memory for the frames of all sequences: the input's, then one for each output. */
-class Arena {
- public:
-  static constexpr int most_pixels = 4096;
-
-  Arena();
-  GuardedBuffer& operator[](std::size_t number) { return *buffers_[number]; }
-
- private:
-  std::array<std::unique_ptr<GuardedBuffer>, 7> buffers_;
-};
+constexpr int most_pixels = 4096;  ///< of the frames of all sequences
 
 /**
  * A sequence of calls that the bytes stand for, each held against what the header documents: results, matrices, every
@@ -34,7 +22,7 @@ class Arena {
  */
 class CallSequence final : public LoggerBehaviour {
  public:
-  CallSequence(const LoadedLibrary& library, Route route, Arena& arena, FuzzedDataProvider& data)
+  CallSequence(const LoadedLibrary& library, Route route, GuardedFrame& arena, FuzzedDataProvider& data)
       : library_(library), route_(route), arena_(arena), data_(data) {}
 
   void run();
@@ -79,7 +67,7 @@ class CallSequence final : public LoggerBehaviour {
 
   const LoadedLibrary& library_;
   const Route route_;
-  Arena& arena_;
+  GuardedFrame& arena_;
   FuzzedDataProvider& data_;
 
   long calls_ = 0;

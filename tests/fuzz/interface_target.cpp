@@ -20,7 +20,7 @@ namespace {
 struct Target {
   LoadedLibrary library;
   Route route;
-  Arena arena;
+  GuardedFrame arena{most_pixels};
   long calls = 0;
   long frames = 0;
 

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <climits>
 
@@ -75,7 +74,7 @@ TEST_F(RoutingToPlugin, RecordHoldsTheCall) {
   call.input = call.frame.data();
   call.width = 3;
   call.phase = 3;
-  call.images[1] = nullptr;
+  call.outputs[2] = nullptr;
   int calls = 0;
   on_transform([&](const void* record, const float* const* /*matrices*/) {
     ++calls;
@@ -88,11 +87,10 @@ TEST_F(RoutingToPlugin, RecordHoldsTheCall) {
     EXPECT_EQ(parameters.input_maximum, static_cast<float>((1 << call.bit_depth) - 1));
     EXPECT_EQ(parameters.output_maximum, static_cast<float>(call.output_maximum));
     EXPECT_EQ(parameters.integer_output_maximum, call.output_maximum);
-    EXPECT_EQ(parameters.images.normalized_stokes, call.stokes);
-    std::uint16_t* const images[] = {parameters.images.total_power, parameters.images.horizontal_vertical,
-                                     parameters.images.diagonal, parameters.images.azimuth,
-                                     parameters.images.degree_of_linear_polarization};
-    EXPECT_TRUE(std::equal(std::begin(images), std::end(images), call.images));
+    const auto& to = parameters.images;
+    const decltype(call.outputs) images = {to.normalized_stokes, to.total_power, to.horizontal_vertical,
+                                           to.diagonal,          to.azimuth,     to.degree_of_linear_polarization};
+    EXPECT_EQ(images, call.outputs);
   });
   for (const std::int32_t bit_depth : {0, 1, 12, 16}) {
     for (const std::uint16_t output_maximum : {std::uint16_t{1}, std::uint16_t{65535}}) {

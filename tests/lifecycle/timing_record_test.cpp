@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 
@@ -79,9 +78,8 @@ TEST_F(TimingRecord, IsOfTheWholeFrame) {
   call.input = call.frame.data();
   call.width = call.height = side;
   std::vector<std::uint16_t> azimuth(call.frame.size());
-  call.stokes = nullptr;
-  std::fill(std::begin(call.images), std::end(call.images), nullptr);
-  call.images[3] = azimuth.data();
+  call.outputs = {};
+  call.outputs[4] = azimuth.data();
   EXPECT_EQ(call.run(arrangement.library()), 0);
   const std::string record = arrangement.journal.take().at(0);
   // No processor computes a pixel in a hundredth of a nanosecond.

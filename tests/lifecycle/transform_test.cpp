@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
-#include <vector>
 
 #include "lifecycle/arrangement.h"
 #include "lifecycle/transform_call.h"
@@ -26,16 +24,12 @@ const Fault faults[] = {
     {9, [](Call& call) { call.phase = 4; }},
     {9, [](Call& call) { call.phase = INT_MAX; }},
     {5, [](Call& call) { call.input = nullptr; }},
-    {6,
-     [](Call& call) {
-       call.stokes = nullptr;
-       std::fill(std::begin(call.images), std::end(call.images), nullptr);
-     }},
-    {7, [](Call& call) { call.stokes = reinterpret_cast<float*>(call.frame.data()); }},
-    {7, [](Call& call) { call.images[4] = call.frame.data(); }},
-    {8, [](Call& call) { call.images[0] = reinterpret_cast<std::uint16_t*>(call.stokes); }},
-    {8, [](Call& call) { call.images[4] = call.images[3]; }},
-    {8, [](Call& call) { call.images[3] = call.images[1]; }},
+    {6, [](Call& call) { call.outputs = {}; }},
+    {7, [](Call& call) { call.outputs[0] = call.frame.data(); }},
+    {7, [](Call& call) { call.outputs[5] = call.frame.data(); }},
+    {8, [](Call& call) { call.outputs[1] = call.outputs[0]; }},
+    {8, [](Call& call) { call.outputs[5] = call.outputs[4]; }},
+    {8, [](Call& call) { call.outputs[4] = call.outputs[2]; }},
     {11, [](Call& call) { call.width = 1; }},
     {11, [](Call& call) { call.width = INT_MIN; }},
     {12, [](Call& call) { call.height = 1; }},
@@ -71,20 +65,21 @@ TEST(Transform, IgnoresTheUpperHalfOfTheOutputMaximum) {
   LoadedLibrary& library = arrangement.library();
   nv_polarization_processor* const processor = arrangement.make_processor();
   // As compilers may call it that leave garbage in the upper half of a 16-bit argument's slot.
-  using Image = std::uint16_t*;
-  using Transform =
-      std::int32_t (*)(void*, std::int32_t, const std::uint16_t*, std::int32_t, std::int32_t, std::int32_t,
-                       std::int32_t, std::int32_t, std::uint32_t, float*, Image, Image, Image, Image, Image);
-  const auto run = [&](TransformCall& call, std::uint32_t maximum) {
-    return reinterpret_cast<Transform>(library.find("nv_polarization_processor_transform"))(
-        call.processor, 0, call.input, 0, 0, 2, 2, 12, maximum, call.stokes, call.images[0], call.images[1],
-        call.images[2], call.images[3], call.images[4]);
+  using Dirty = std::int32_t (*)(void*, std::int32_t, const std::uint16_t*, std::int32_t, std::int32_t, std::int32_t,
+                                 std::int32_t, std::int32_t, std::uint32_t, float*, std::uint16_t*, std::uint16_t*,
+                                 std::uint16_t*, std::uint16_t*, std::uint16_t*);
+  const auto function = reinterpret_cast<Dirty>(library.find("nv_polarization_processor_transform"));
+  const auto run = [&](const TransformCall& call, std::uint32_t maximum) {
+    return call.call([&](void* handle, auto phase, const std::uint16_t* input, auto x, auto y, auto width, auto height,
+                         auto depth, std::uint16_t /*maximum*/, auto... outputs) {
+      return function(handle, phase, input, x, y, width, height, depth, maximum, outputs...);
+    });
   };
-  TransformCall plain(processor);
-  TransformCall dirty(processor);
+  const TransformCall plain(processor);
+  const TransformCall dirty(processor);
   EXPECT_EQ(run(plain, 4000), 0);
   EXPECT_EQ(run(dirty, 0xFFFF0000U | 4000U), 0);
-  EXPECT_EQ(dirty.image_buffers, plain.image_buffers);
+  EXPECT_TRUE(dirty.images == plain.images);
   EXPECT_EQ(run(dirty, 0xFFFF0000U), 10);
 }
 

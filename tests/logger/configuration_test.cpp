@@ -37,10 +37,9 @@ TEST_F(Configuration, MissingFileAndSampleMeanTheDefaults) {
 }
 
 TEST_F(Configuration, IsReadHoweverItIsWritten) {
-  configure(
+  void* const log = get_log(
       "\xEF\xBB\xBF"
       "level=4\r\n\r\n  # a comment\r\n\t file =  a# b.log #another\nlevel = 5\t#five\npattern = %l # last");
-  void* const log = get_log();
   EXPECT_EQ(write(log, "wanted", 5), 0);
   EXPECT_EQ(write(log, "not wanted", 6), 1);
   free_log();
@@ -87,8 +86,7 @@ TEST_F(Configuration, BadLinesAreReportedAndIgnored) {
 }
 
 TEST_F(Configuration, PatternDecidesTheLine) {
-  configure("pattern = [%5l] %-4n|%s|%5!s|%g:%#|%=10n|%3!!|%!|%v%%\\t\n");
-  void* const log = get_log();
+  void* const log = get_log("pattern = [%5l] %-4n|%s|%5!s|%g:%#|%=10n|%3!!|%!|%v%%\\t\n");
   EXPECT_EQ(logger.log(log, 2, "D:\\suite\\source.cpp", 0, "function", "{} %s"), 0);
   free_log();
   EXPECT_EQ(lines_of("nerova_zel.log"),

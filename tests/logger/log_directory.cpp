@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <random>
 
 namespace nerova_zel::test {
 
@@ -49,20 +48,6 @@ int run_log_writer(const std::string& module_name, int records) {
   command = '"' + command + '"';  // of which its shell takes away the first and the last quote
 #endif
   return std::system(command.c_str());
-}
-
-LogDirectory::LogDirectory() : before_(std::filesystem::current_path()) {
-  std::random_device random;
-  do {
-    directory_ = std::filesystem::temp_directory_path() / ("nerova_zel_log_" + std::to_string(random()));
-  } while (!std::filesystem::create_directory(directory_));
-  std::filesystem::current_path(directory_);
-}
-
-LogDirectory::~LogDirectory() {
-  std::filesystem::current_path(before_);
-  std::error_code ignored;
-  std::filesystem::remove_all(directory_, ignored);
 }
 
 void LogDirectory::configure(const std::string& text) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "logger/loaded_logger.h"
+#include "support/folder.h"
 
 namespace nerova_zel::test {
 
@@ -27,13 +28,17 @@ int run_log_writer(const std::string& module_name, int records);
 /** Tests in a new, empty working directory with the logger loaded. */
 class LogDirectory : public testing::Test {
  protected:
-  LogDirectory();
-  ~LogDirectory() override;
+  LogDirectory() { std::filesystem::current_path(folder_.path()); }
+  ~LogDirectory() override { std::filesystem::current_path(before_); }
 
   static void configure(const std::string& text);
 
   /** Of module "M". */
   void* get_log() const { return logger.get_log("M", "", "nerova_zel_logger.cfg"); }
+  void* get_log(const std::string& configuration) const {
+    configure(configuration);
+    return get_log();
+  }
   void free_log() const { logger.free_log("M", ""); }
   std::int32_t write(void* log, const std::string& message, std::int32_t level = 2) const {
     return logger.log(log, level, "source.cpp", 7, "function", message.c_str());
@@ -42,8 +47,8 @@ class LogDirectory : public testing::Test {
   const LoadedLogger logger{NEROVA_LOGGER};
 
  private:
-  std::filesystem::path before_;
-  std::filesystem::path directory_;
+  const std::filesystem::path before_ = std::filesystem::current_path();
+  const Folder folder_;
 };
 
 }  // namespace nerova_zel::test

@@ -70,16 +70,14 @@ class Posix : public LogDirectory {
 };
 
 TEST_F(Posix, FullDiskIsAFailureAndNothingElse) {
-  configure("file = /dev/full\nmax_size = 10\n");
-  void* const log = get_log();
+  void* const log = get_log("file = /dev/full\nmax_size = 10\n");
   EXPECT_EQ(write(log, "lost"), 1);
   EXPECT_EQ(write(log, "lost"), 1);
   free_log();
 }
 
 TEST_F(Posix, HalfALineIsTakenBackUnlessOthersHaveAppended) {
-  configure("pattern = %v\n");
-  void* const log = get_log();
+  void* const log = get_log("pattern = %v\n");
   system_now.most_written = 1;
   EXPECT_EQ(write(log, "lost"), 1);
   system_now = {};
@@ -98,8 +96,7 @@ TEST_F(Posix, HalfALineIsTakenBackUnlessOthersHaveAppended) {
 
 TEST_F(Posix, DiskIsWaitedForOnlyWhereAskedFor) {
   for (const bool disk : {false, true}) {
-    configure(disk ? "flush = disk\n" : "flush = record\n");
-    void* const log = get_log();
+    void* const log = get_log(disk ? "flush = disk\n" : "flush = record\n");
     system_now = {};
     EXPECT_EQ(write(log, "written"), 0);
     EXPECT_EQ(system_now.disk_calls, disk ? 1 : 0);
@@ -107,19 +104,6 @@ TEST_F(Posix, DiskIsWaitedForOnlyWhereAskedFor) {
     EXPECT_EQ(write(log, "written or lost"), disk ? 1 : 0);
     free_log();
   }
-}
-
-TEST_F(Posix, RemovedFolderMayComeBack) {
-  configure("file = folder/a.log\npattern = %v\n");
-  std::filesystem::create_directory("folder");
-  void* const log = get_log();
-  EXPECT_EQ(write(log, "removed"), 0);
-  std::filesystem::remove_all("folder");
-  EXPECT_EQ(write(log, "lost"), 1);
-  std::filesystem::create_directory("folder");
-  EXPECT_EQ(write(log, "again"), 0);
-  free_log();
-  EXPECT_EQ(lines_of("folder/a.log"), Lines{"again"});
 }
 
 TEST_F(Posix, PipeIsRefusedAtOnce) {
@@ -145,8 +129,7 @@ TEST_F(Posix, LinkIsRotatedWhereItLeads) {
 }
 
 TEST_F(Posix, ForkedProcessWritesNoneOfItsParentsLines) {
-  configure("level = 7\nflush = buffer\npattern = %v\n");
-  void* const log = get_log();
+  void* const log = get_log("level = 7\nflush = buffer\npattern = %v\n");
   EXPECT_EQ(write(log, "parent", 7), 0);
   const pid_t child = fork();
   ASSERT_NE(child, -1);
@@ -171,8 +154,7 @@ TEST_F(Posix, TimesAreInUtcToTheMillisecond) {
 }
 
 TEST_F(Posix, BufferIsWrittenAfterASecondAndWhenTheClockIsSetBack) {
-  configure("level = 7\nflush = buffer\npattern = %v\n");
-  void* const log = get_log();
+  void* const log = get_log("level = 7\nflush = buffer\npattern = %v\n");
   const auto expect_lines_after = [&](std::size_t lines, std::time_t seconds, long nanoseconds) {
     system_now.time = timespec{seconds, nanoseconds};
     EXPECT_EQ(write(log, "", 7), 0);

@@ -61,11 +61,5 @@ TEST_F(Processes, ShareAFileThatTheyRotate) {
   }
 }
 
-TEST_F(Processes, KeepNoMoreFilesThanOneWould) {
-  configure("level = 7\npattern = %n %v\nmax_size = 4K\nkept_files = 2\n");
-  run();
-  EXPECT_EQ(files_of("nerova_zel.log").size(), 3U);
-}
-
 }  // namespace
 }  // namespace nerova_zel::test

@@ -9,7 +9,7 @@ namespace {
 
 using Rotation = LogDirectory;
 
-constexpr char numbers_only[] = "pattern = %v\n";
+const std::string numbers_only = "pattern = %v\n";
 
 std::string four_digits(int number) { return std::to_string(number + 1000); }
 
@@ -23,8 +23,7 @@ TEST_F(Rotation, KeepsTheNewestFilesBelowTheirSize) {
        {Case{"max_size = 50\nkept_files = 3\n", 4, 10}, Case{"max_size = 49\nkept_files = 0", 1, 9},
         Case{"max_size = 3\nkept_files = 1\n", 2, 1}, Case{"max_size = 0\n", 1, 100}}) {
     SCOPED_TRACE(expected.settings);
-    configure(numbers_only + std::string(expected.settings));
-    void* const log = get_log();
+    void* const log = get_log(numbers_only + expected.settings);
     for (int i = 0; i < 100; ++i) {
       EXPECT_EQ(write(log, four_digits(i)), 0);
       EXPECT_TRUE(i > 0 || files_of("nerova_zel.log").size() == 1);  // also if one record alone is too large
@@ -48,7 +47,7 @@ TEST_F(Rotation, KeepsTheNewestFilesBelowTheirSize) {
 }
 
 TEST_F(Rotation, ThatIsImpossibleLosesNothing) {
-  configure(numbers_only + std::string("max_size = 10\nkept_files = 2\n"));
+  configure(numbers_only + "max_size = 10\nkept_files = 2\n");
   std::filesystem::create_directories("nerova_zel.log.2/in the way");
   void* const log = get_log();
   for (int i = 0; i < 10; ++i) {
@@ -64,8 +63,7 @@ TEST_F(Rotation, ThatIsImpossibleLosesNothing) {
 }
 
 TEST_F(Rotation, GoesNoFurtherThanARefusedRenaming) {
-  configure(numbers_only + std::string("max_size = 3\nkept_files = 9\n"));
-  void* const log = get_log();
+  void* const log = get_log(numbers_only + "max_size = 3\nkept_files = 9\n");
   const auto expect_all_after = [&](int number) {
     EXPECT_EQ(write(log, four_digits(number)), 0);
     EXPECT_EQ(numbers_of("nerova_zel.log").size(), static_cast<std::size_t>(number + 1));
@@ -83,8 +81,7 @@ TEST_F(Rotation, GoesNoFurtherThanARefusedRenaming) {
 }
 
 TEST_F(Rotation, IsLeftToTheProcessThatHoldsTheLock) {
-  configure(numbers_only + std::string("max_size = 3\n"));
-  void* const log = get_log();
+  void* const log = get_log(numbers_only + "max_size = 3\n");
   EXPECT_EQ(write(log, "1"), 0);
   {
     const HeldRotation rotation("nerova_zel.log");
@@ -100,8 +97,7 @@ TEST_F(Rotation, IsLeftToTheProcessThatHoldsTheLock) {
 #if defined(_WIN32)
 
 TEST_F(Rotation, AppendingWaitsForOtherProcessesButNotForEver) {
-  configure(numbers_only);
-  void* const log = get_log();
+  void* const log = get_log(numbers_only);
   EXPECT_EQ(write(log, "1"), 0);
   const HeldAppend append("nerova_zel.log");
   const auto start = std::chrono::steady_clock::now();
@@ -113,8 +109,7 @@ TEST_F(Rotation, AppendingWaitsForOtherProcessesButNotForEver) {
 #endif
 
 TEST_F(Rotation, FollowsTheNameWhenOthersMoveTheFile) {
-  configure(numbers_only);
-  void* const log = get_log();
+  void* const log = get_log(numbers_only);
   EXPECT_EQ(write(log, "1"), 0);
   std::filesystem::rename("nerova_zel.log", "moved.log");
   EXPECT_EQ(write(log, "2"), 0);
@@ -128,7 +123,7 @@ TEST_F(Rotation, FollowsTheNameWhenOthersMoveTheFile) {
 }
 
 TEST_F(Rotation, StaysInTheDirectoryOfTheFirstRecord) {
-  configure(numbers_only + std::string("max_size = 6\n"));
+  configure(numbers_only + "max_size = 6\n");
   std::filesystem::create_directory("first");
   std::filesystem::create_directory("second");
   void* const log = get_log();

@@ -11,8 +11,7 @@ namespace {
 using Sharing = LogDirectory;
 
 TEST_F(Sharing, EachPairOfNamesHasOneLog) {
-  configure("pattern = %n\n");
-  void* const log = get_log();
+  void* const log = get_log("pattern = %n\n");
   EXPECT_EQ(get_log(), log);
   void* const other_module = logger.get_log("N", "", "nerova_zel_logger.cfg");
   void* const other_second = logger.get_log("M", "second", "nerova_zel_logger.cfg");
@@ -28,8 +27,7 @@ TEST_F(Sharing, EachPairOfNamesHasOneLog) {
 }
 
 TEST_F(Sharing, LastFreeClosesTheLog) {
-  configure("file = first.log\n");
-  void* const log = get_log();
+  void* const log = get_log("file = first.log\n");
   get_log();
   configure("file = second.log\n");
   free_log();

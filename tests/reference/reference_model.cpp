@@ -34,6 +34,26 @@ int polarizer(int phase, int x, int y) {
   return layout[phase][y % 2][x % 2];
 }
 
+/** Phase (0..3) of a frame whose origin lies at these sensor coordinates. */
+int phase_at_origin(int phase, int origin_x, int origin_y) {
+  static constexpr int swap_rows[4] = {1, 0, 3, 2};
+  static constexpr int swap_columns[4] = {3, 2, 1, 0};
+  static constexpr int swap_both[4] = {2, 3, 0, 1};
+  const int from = phase < 0 ? 0 : phase;
+  const int x = origin_x % 2;  // -1 for a negative odd coordinate, which counts as both odd
+  const int y = origin_y % 2;
+  if (x == 0 && y == 0) {
+    return from;
+  }
+  if (x == 0 && y == 1) {
+    return swap_rows[from];
+  }
+  if (x == 1 && y == 0) {
+    return swap_columns[from];
+  }
+  return swap_both[from];
+}
+
 float sample(const Frame& frame, int x, int y) {
   return frame.input[static_cast<std::size_t>(y) * static_cast<std::size_t>(frame.width) + static_cast<std::size_t>(x)];
 }
@@ -186,25 +206,6 @@ CalibrationMatrices default_matrices() {
            {1, 1, 1, 1, 0, -1, 1, 0, 1, 0, 0, -1, 0, 0, 0, 0},
            {1, 1, 1, 1, -1, 0, 0, 1, 0, 1, -1, 0, 0, 0, 0, 0},
            {1, 1, 1, 1, 0, 1, -1, 0, -1, 0, 0, 1, 0, 0, 0, 0}}};
-}
-
-int phase_at_origin(int phase, int origin_x, int origin_y) {
-  static constexpr int swap_rows[4] = {1, 0, 3, 2};
-  static constexpr int swap_columns[4] = {3, 2, 1, 0};
-  static constexpr int swap_both[4] = {2, 3, 0, 1};
-  const int from = phase < 0 ? 0 : phase;
-  const int x = origin_x % 2;  // -1 for a negative odd coordinate, which counts as both odd
-  const int y = origin_y % 2;
-  if (x == 0 && y == 0) {
-    return from;
-  }
-  if (x == 0 && y == 1) {
-    return swap_rows[from];
-  }
-  if (x == 1 && y == 0) {
-    return swap_columns[from];
-  }
-  return swap_both[from];
 }
 
 std::uint16_t linear_code(float value, int bit_depth, std::uint16_t output_maximum) {

@@ -49,9 +49,6 @@ OutputImages compute_reference(const Frame& frame, const CalibrationMatrices& ma
 
 CalibrationMatrices default_matrices();
 
-/** Phase (0..3) of a frame's top-left pixel when its origin lies at these sensor coordinates. */
-int phase_at_origin(int phase, int origin_x, int origin_y);
-
 /** Total power and the two differences, from which every output follows. */
 struct Stokes {
   float power;

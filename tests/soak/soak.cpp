@@ -4,24 +4,23 @@
 //
 // Works in rounds, on the libraries in turn. Within a round, threads initialize and terminate the module, make
 // processors of their own, and in every other round share one; what comes out is compared with what came out first.
-// Between rounds nothing is in use: the program's allocations, the heap and the resident memory are read then.
+// Between rounds nothing is in use: the program's allocations and the resident memory are read then.
 
 #include <malloc.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
-#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/frame_images.h"
 #include "support/loaded_library.h"
 
 namespace {
@@ -50,88 +49,46 @@ namespace nerova_zel::test {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
 
 constexpr int thread_count = 8;
-constexpr std::chrono::seconds longest_round(10);
-constexpr int warm_up_rounds = 4;
-constexpr long most_growth = 1 << 18;  // bytes of the heap or of resident memory, in the whole run
+constexpr Seconds longest_round(10.0);
+constexpr std::size_t warm_up_rounds = 4;
+constexpr long most_growth = 1 << 18;  // bytes of resident memory, in the whole run
 
-struct Memory {
-  long allocations;
-  long heap;
-  long resident;
-};
-
-Memory read_memory() {
+long resident_bytes() {
   malloc_trim(0);
   long pages = 0;
   std::ifstream("/proc/self/statm") >> pages >> pages;
-  return {outstanding.load(), static_cast<long>(mallinfo2().uordblks), pages * sysconf(_SC_PAGESIZE)};
+  return pages * sysconf(_SC_PAGESIZE);
 }
 
-struct Shape {
+/** A frame and what came out of it first. */
+struct Expected {
   std::int32_t width;
-  std::int32_t height;
-  std::int32_t bit_depth;
+  std::vector<std::uint16_t> frame;
+  FrameImages images;
+
+  Expected(std::int32_t a_width, std::size_t height)
+      : width(a_width), frame(mixed_samples(static_cast<std::size_t>(a_width) * height)), images(frame.size()) {}
 };
-
-constexpr std::array<Shape, 4> shapes = {{{2, 2, 8}, {67, 9, 12}, {256, 31, 16}, {640, 48, 10}}};
-
-struct Images {
-  std::vector<float> stokes;
-  std::array<std::vector<std::uint16_t>, 5> codes;
-
-  explicit Images(const Shape& shape) {
-    const auto pixels = static_cast<std::size_t>(shape.width) * static_cast<std::size_t>(shape.height);
-    stokes.resize(2 * pixels);
-    for (auto& image : codes) {
-      image.resize(pixels);
-    }
-  }
-  bool operator==(const Images& other) const { return stokes == other.stokes && codes == other.codes; }
-};
-
-std::vector<std::uint16_t> frame_of(const Shape& shape) {
-  std::vector<std::uint16_t> frame(static_cast<std::size_t>(shape.width) * static_cast<std::size_t>(shape.height));
-  for (std::size_t i = 0; i < frame.size(); ++i) {
-    // No pixel is 0, so that no NaN turns up, which equals nothing.
-    frame[i] = static_cast<std::uint16_t>(1 + i * 2654435761U % ((1U << static_cast<unsigned>(shape.bit_depth)) - 1));
-  }
-  return frame;
-}
-
-bool transform(const LoadedLibrary& library, nv_polarization_processor* processor, const Shape& shape, Images& images) {
-  static const std::array<std::vector<std::uint16_t>, shapes.size()> frames = {
-      frame_of(shapes[0]), frame_of(shapes[1]), frame_of(shapes[2]), frame_of(shapes[3])};
-  const auto& frame = frames[static_cast<std::size_t>(&shape - shapes.data())];
-  auto& codes = images.codes;
-  return library.transform(processor, 1, frame.data(), 0, 0, shape.width, shape.height, shape.bit_depth, 65535,
-                           images.stokes.data(), codes[0].data(), codes[1].data(), codes[2].data(), codes[3].data(),
-                           codes[4].data()) == 0;
-}
 
 class Soak {
  public:
   explicit Soak(const std::string& path) : library_(path) {
-    library_.module_initialize();
-    nv_polarization_processor* processor = nullptr;
-    good_ = library_.create(&processor) == 0;
-    for (const Shape& shape : shapes) {
-      expected_.emplace_back(shape);
-      good_ = good_ && transform(library_, processor, shape, expected_.back());
+    const LoadedProcessor processor(path);
+    for (Expected& each : expected_) {
+      check(each.images.fill(library_.transform, processor.handle, each.frame, each.width) == 0);
     }
-    library_.destroy(processor);
-    library_.module_terminate();
   }
 
-  void round(std::chrono::duration<double> time, bool share) {
+  void round(Seconds time, bool share) {
     const auto end = Clock::now() + time;
     nv_polarization_processor* shared = nullptr;
     if (share) {
       check(library_.module_initialize() == 0 && library_.create(&shared) == 0);
     }
     std::vector<std::thread> threads;
-    threads.reserve(thread_count);
     for (int number = 0; number < thread_count; ++number) {
       threads.emplace_back([this, end, shared] {
         while (good_ && Clock::now() < end) {
@@ -150,8 +107,7 @@ class Soak {
   }
 
   bool good() const { return good_; }
-  long processors() const { return processors_; }
-  long frames() const { return frames_; }
+  void print_totals() const { std::cout << processors_ << " processors, " << frames_ << " frames\n"; }
 
  private:
   void check(bool truth) { good_ = truth && good_; }
@@ -163,9 +119,10 @@ class Soak {
     check(library_.create(&own) == 0);
     ++processors_;
     for (nv_polarization_processor* const processor : {own, shared}) {
-      for (std::size_t i = 0; processor != nullptr && i < shapes.size(); ++i) {
-        Images images(shapes[i]);
-        check(transform(library_, processor, shapes[i], images) && images == expected_[i]);
+      for (std::size_t i = 0; processor != nullptr && i < expected_.size(); ++i) {
+        FrameImages images(expected_[i].frame.size());
+        check(images.fill(library_.transform, processor, expected_[i].frame, expected_[i].width) == 0);
+        check(images == expected_[i].images);
         ++frames_;
       }
     }
@@ -174,59 +131,46 @@ class Soak {
   }
 
   LoadedLibrary library_;
-  std::vector<Images> expected_;
-  std::atomic<bool> good_{false};
+  std::vector<Expected> expected_{{2, 2}, {67, 9}, {256, 31}, {640, 48}};
+  std::atomic<bool> good_{true};
   std::atomic<long> processors_{0};
   std::atomic<long> frames_{0};
 };
-
-void print(double seconds, const Memory& memory) {
-  std::cout << static_cast<long>(seconds) << " s: " << memory.allocations << " allocations, heap " << memory.heap
-            << " bytes, resident " << memory.resident / 1024 << " KiB\n"
-            << std::flush;
-}
 
 int run(int argc, char** argv) {
   if (argc < 3) {
     std::cerr << "usage: soak SECONDS LIBRARY...\n";
     return EXIT_FAILURE;
   }
-  const std::chrono::duration<double> wanted(std::stod(argv[1]));
-  const auto round_time = std::min<std::chrono::duration<double>>(longest_round, wanted / (5 * warm_up_rounds));
+  const Seconds wanted(std::stod(argv[1]));
+  const Seconds round_time = std::min(longest_round, wanted / (5 * warm_up_rounds));
   const auto start = Clock::now();
-  const auto elapsed = [start] { return std::chrono::duration<double>(Clock::now() - start); };
-
   std::vector<std::unique_ptr<Soak>> soaks;
   for (int i = 2; i < argc; ++i) {
     soaks.push_back(std::make_unique<Soak>(argv[i]));
   }
-  Memory first = {};
-  Memory last = {};
+  long first_allocations = 0;
+  long first_resident = 0;
+  bool grew = false;
   bool good = true;
-  for (std::size_t number = 0; good && (number <= warm_up_rounds || elapsed() < wanted); ++number) {
+  for (std::size_t number = 0; good && (number <= warm_up_rounds || Clock::now() - start < wanted); ++number) {
     Soak& soak = *soaks[number % soaks.size()];
     soak.round(round_time, number / soaks.size() % 2 == 0);
     good = soak.good();
-    last = read_memory();
-    if (number == warm_up_rounds) {
-      first = last;
+    const long resident = resident_bytes();
+    if (number <= warm_up_rounds) {
+      first_allocations = outstanding;
+      first_resident = resident;
     }
-    print(elapsed().count(), last);
+    grew = outstanding != first_allocations || resident > first_resident + most_growth;
+    std::cout << Seconds(Clock::now() - start).count() << " s: " << outstanding << " allocations, resident "
+              << resident / 1024 << " KiB" << std::endl;
   }
   for (const auto& soak : soaks) {
-    std::cout << soak->processors() << " processors, " << soak->frames() << " frames\n";
+    soak->print_totals();
   }
-  if (!good) {
-    std::cerr << "a call failed or an image differs\n";
-    return EXIT_FAILURE;
-  }
-  if (last.allocations != first.allocations || last.heap > first.heap + most_growth ||
-      last.resident > first.resident + most_growth) {
-    std::cerr << "memory grew\n";
-    return EXIT_FAILURE;
-  }
-  std::cout << "memory did not grow\n";
-  return EXIT_SUCCESS;
+  std::cout << (!good ? "a call failed or an image differs\n" : grew ? "memory grew\n" : "memory did not grow\n");
+  return good && !grew ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <memory>
 
 namespace nerova_zel::test {
 
@@ -32,6 +34,20 @@ class GuardedBuffer {
   std::size_t size_ = 0;
   unsigned char* block_ = nullptr;
   std::size_t block_size_ = 0;
+};
+
+/** For frames of up to max_pixels: the input's buffer, then one for each output in the order of the interface. */
+class GuardedFrame {
+ public:
+  explicit GuardedFrame(std::size_t max_pixels) {
+    for (std::size_t i = 0; i < buffers_.size(); ++i) {
+      buffers_[i] = std::make_unique<GuardedBuffer>((i == 1 ? 8 : 2) * max_pixels);
+    }
+  }
+  GuardedBuffer& operator[](std::size_t number) { return *buffers_[number]; }
+
+ private:
+  std::array<std::unique_ptr<GuardedBuffer>, 7> buffers_;
 };
 
 }  // namespace nerova_zel::test

@@ -3,24 +3,10 @@
 namespace nerova_zel::test {
 namespace {
 
-using Flush = LogDirectory;
+using Writing = LogDirectory;
 
-TEST_F(Flush, RecordsLeaveAtOnceUnlessBuffered) {
-  for (const std::string policy : {"record", "disk", "buffer"}) {
-    SCOPED_TRACE(policy);
-    const std::string file = "a.log";
-    configure("level = 7\nfile = a.log\nflush = " + policy);
-    EXPECT_EQ(write(get_log(), "message", 7), 0);
-    EXPECT_EQ(lines_of(file).size(), policy == "buffer" ? 0U : 1U);
-    free_log();
-    EXPECT_EQ(lines_of(file).size(), 1U);
-    std::filesystem::remove(file);
-  }
-}
-
-TEST_F(Flush, BufferIsWrittenOnErrorsAndWhenFull) {
-  configure("level = 7\npattern = %v\nflush = buffer\nmax_size = 0\n");
-  void* const log = get_log();
+TEST_F(Writing, BufferIsWrittenOnErrorsAndWhenFull) {
+  void* const log = get_log("level = 7\npattern = %v\nflush = buffer\nmax_size = 0\n");
   EXPECT_EQ(write(log, "1", 7), 0);
   EXPECT_EQ(write(log, "2", 3), 0);
   EXPECT_EQ(lines_of("nerova_zel.log").size(), 0U);
@@ -47,10 +33,16 @@ TEST_F(Flush, BufferIsWrittenOnErrorsAndWhenFull) {
   free_log();
 }
 
-TEST_F(Flush, BufferIsWrittenWhenAProgramEndsWithoutFreeing) {
-  configure("level = 7\nflush = buffer\n");
-  EXPECT_EQ(run_log_writer("M", 10), 0);
-  EXPECT_EQ(lines_of("nerova_zel.log").size(), 10U);
+TEST_F(Writing, DestinationRefusesRecordsUntilItCanBeWritten) {
+  void* const log = get_log("a bad line, whose report is lost\nfile = missing/folder/a.log\npattern = %v\n");
+  ASSERT_NE(log, nullptr);
+  EXPECT_EQ(write(log, "lost"), 1);
+  std::filesystem::create_directories("missing/folder/a.log/in the way");
+  EXPECT_EQ(write(log, "lost"), 1);
+  std::filesystem::remove_all("missing/folder/a.log");
+  EXPECT_EQ(write(log, "written"), 0);
+  free_log();
+  EXPECT_EQ(lines_of("missing/folder/a.log"), Lines{"written"});
 }
 
 }  // namespace
