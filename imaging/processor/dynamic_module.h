@@ -23,6 +23,12 @@ class DynamicModule {
 /** The folder of the running program; empty if unknown. */
 std::string program_directory();
 
+/**
+ * Where a library of this product lies: where it was installed, or in ../lib beside the program's folder (of both in
+ * the subfolder, if one is named), or in the program's own folder; else its name, for the system's ordinary search.
+ */
+std::string find_module(const std::string& file_name, const std::string& subfolder = "");
+
 /** How this system calls a library: "libNAME.so" or "NAME.dll". */
 std::string module_file_name(const std::string& name);
 

@@ -1,7 +1,5 @@
 #include "processor/library.h"
 
-#include <filesystem>
-
 #include "failure.h"
 #include "processor/bands.h"
 #include "processor/route.h"
@@ -10,20 +8,7 @@ namespace nerova_zel {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string default_path() {
-  std::string file_name = module_file_name("nerova_zel_polarization_processor");
-  const fs::path directory = fs::u8path(program_directory());
-  for (const fs::path& candidate :
-       {directory / NEROVA_WAY_TO_LIBRARY / file_name, directory / ".." / "lib" / file_name, directory / file_name}) {
-    std::error_code error;
-    if (!directory.empty() && fs::exists(candidate, error)) {
-      return candidate.lexically_normal().u8string();
-    }
-  }
-  return file_name;
-}
+std::string default_path() { return find_module(module_file_name("nerova_zel_polarization_processor")); }
 
 /** The functions of a library, or a Failure that names the one that is missing. */
 class Resolver {

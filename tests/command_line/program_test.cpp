@@ -1,5 +1,7 @@
 // The program itself, as few times as show that it is the same as what other tests call in their own process.
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <regex>
 
 #include "support/cpu_route.h"
@@ -34,6 +36,14 @@ TEST_F(ProgramTest, ExitCodesAndStreamsAreThoseOfTheCommands) {
   EXPECT_EQ(read("errors").rfind("nerova-polarize: cannot read missing.png", 0), 0U);
   EXPECT_EQ(shell("\"$tool\" transform s.png --outputs dolp --sharpen > out 2> errors"), 2);
   EXPECT_EQ(read("out"), "");
+}
+
+// What it links is loaded at every start, whatever is wanted.
+TEST_F(ProgramTest, StartsWithoutWhatDraws) {
+  std::ifstream file(NEROVA_TOOL, std::ios::binary);
+  const std::string program{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_NE(program.find("libpng"), std::string::npos);
+  EXPECT_EQ(program.find("libopencv"), std::string::npos);
 }
 
 TEST_F(ProgramTest, VersionTellsTheRouteThatFramesTake) {
