@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "frames/colour_interpolation.h"
 #include "frames/colour_mosaic.h"
 
 namespace {
@@ -66,6 +67,21 @@ void join(benchmark::State& state) {
   show_rate(state);
 }
 
+/** Four mosaics of the frame's size. */
+void interpolate(benchmark::State& state) {
+  const Image frame(pixels, 1);
+  const Planes planes(0);
+  Image whole(pixels);
+  for ([[maybe_unused]] auto round : state) {
+    planes.mosaic.split(frame.data(), planes.writable);
+    for (const ColourPlane plane : colour_planes) {
+      interpolate_plane(planes.mosaic, plane, planes.constant[static_cast<std::size_t>(plane)], whole.data());
+      benchmark::ClobberMemory();
+    }
+  }
+  show_rate(state);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -73,6 +89,7 @@ int main(int argc, char** argv) {
   benchmark::RegisterBenchmark("split", split, 0);
   benchmark::RegisterBenchmark("split at an odd origin", split, 1);
   benchmark::RegisterBenchmark("join", join);
+  benchmark::RegisterBenchmark("split and interpolate", interpolate);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   return 0;

@@ -8,18 +8,17 @@
 
 #include "angles.h"
 #include "calibration/polarizer_fit.h"
+#include "commands/colour_options.h"
 #include "commands/frame_options.h"
-#include "file_marks.h"
+#include "commands/truth_files.h"
 #include "file_set.h"
-#include "file_texts.h"
 #include "formatted.h"
 #include "frame_files.h"
 #include "messages.h"
 #include "option_declarations.h"
 #include "option_values.h"
 #include "results.h"
-#include "simulation/simulated_frame.h"
-#include "tiff_file.h"
+#include "simulation/colour_scene.h"
 #include "usage_error.h"
 
 namespace nerova_zel {
@@ -34,7 +33,9 @@ struct SimulateOptions {
   FrameSize size{2448, 2048};
   CameraSettings camera;
   Origin origin{};
+  std::optional<ColourPattern> colour;
   double refractive_index = 1.5;
+  double dispersion = 0.0042;
   std::optional<double> source_angle;
   double source_power = 0.8;
   PerPolarizer angle_errors{};
@@ -64,30 +65,13 @@ CameraSettings camera_of(const SimulateOptions& options) {
   camera.height = options.size.height;
   camera.origin_x = options.origin.x;
   camera.origin_y = options.origin.y;
+  if (options.colour && cauchy_index(options.refractive_index, options.dispersion, longest_wavelength) <= 1.0) {
+    throw UsageError("--index and --dispersion give red light an index that is not above 1.");
+  }
   for (std::size_t i = 0; i < camera.polarizers.size(); ++i) {
     camera.polarizers[i] = {options.angle_errors[i], options.extinctions[i], options.gains[i]};
   }
   return camera;
-}
-
-void write_truth(FileSet& files, const fs::path& directory, const SimulatedScene& scene, const CameraSettings& camera,
-                 const std::string& stem) {
-  std::vector<float> angle;
-  std::vector<float> degree;
-  for (int y = 0; y < camera.height; ++y) {
-    for (int x = 0; x < camera.width; ++x) {
-      const StokesVector light = true_light(scene, camera, x, y);
-      angle.push_back(static_cast<float>(light.angle_degrees()));
-      degree.push_back(static_cast<float>(light.degree()));
-    }
-  }
-  files.make_directory(directory);
-  const auto write = [&](const char* ending, const std::vector<float>& values, const TiffTags& tags) {
-    files.write(directory / (stem + ending),
-                encode_tiff({Element::float32, camera.width, camera.height, 1, values.data()}, tags));
-  };
-  write("_true_angle.tiff", angle, tiff_tags(output_texts("true-angle", "true angle of polarization, in degrees")));
-  write("_true_degree.tiff", degree, tiff_tags(output_texts("true-degree", "true degree of polarization")));
 }
 
 /** The command that transforms what was written. */
@@ -99,19 +83,35 @@ std::string next_command(const SimulateOptions& options) {
   if (lower_case_extension(options.file) == ".raw") {
     command += " --raw " + std::to_string(options.size.width) + "x" + std::to_string(options.size.height);
   }
+  if (options.colour) {
+    command += std::string(" --colour ") + name_of(*options.colour);
+  }
   return command;
+}
+
+/** The frame's pixels; its truth, if wanted, goes into `files`. */
+std::vector<std::uint16_t> simulate(const SimulateOptions& options, const CameraSettings& camera, FileSet& files) {
+  const std::string stem = fs::path(options.file).stem().string();
+  if (!options.colour) {
+    const SimulatedScene scene(camera.width, camera.height, scene_of(options));
+    if (options.truth_directory) {
+      write_truth(files, *options.truth_directory, stem, scene, camera);
+    }
+    return simulate_frame(scene, camera);
+  }
+  const ColourScene scene(camera.width, camera.height, scene_of(options), options.dispersion);
+  if (options.truth_directory) {
+    write_colour_truth(files, *options.truth_directory, stem, scene,
+                       {*options.colour, options.origin, {camera.width, camera.height}});
+  }
+  return simulate_colour_frame(scene, camera, *options.colour);
 }
 
 void run_simulate(const SimulateOptions& options) {
   const CameraSettings camera = camera_of(options);
-  const SimulatedScene scene(camera.width, camera.height, scene_of(options));
   FileSet files(options.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
-  const fs::path file(options.file);
-  files.write(file,
-              encode_frame(simulate_frame(scene, camera), camera.width, camera.height, camera.bit_depth, options.file));
-  if (options.truth_directory) {
-    write_truth(files, *options.truth_directory, scene, camera, file.stem().string());
-  }
+  const std::vector<std::uint16_t> pixels = simulate(options, camera, files);
+  files.write(options.file, encode_frame(pixels, camera.width, camera.height, camera.bit_depth, options.file));
   files.commit();
   if (verbosity() != Verbosity::quiet) {
     print_result(formatted("%s: %d x %d, %d-bit, layout %d; transform it with: %s\n", options.file.c_str(),
@@ -167,10 +167,22 @@ void declare_simulate(CLI::App& app) {
       ->type_name("N")
       ->capture_default_str();
   limit(
-      command->add_option("--index", options->refractive_index, "Refractive index of the sphere")
+      command
+          ->add_option("--index", options->refractive_index, "Refractive index of the sphere, with --colour at 589 nm")
           ->type_name("NUMBER")
           ->capture_default_str(),
       [](double index) { return index > 1.0 && index <= 10.0; }, "above 1 and at most 10");
+  add_colour(command, options->colour, "The sensor has colour filters in this pattern");
+  limit(
+      command
+          ->add_option(
+              "--dispersion", options->dispersion,
+              "With --colour, by how much the index rises for blue\n"
+              "In square micrometres, the second coefficient of Cauchy's formula: 0.0042 for crown glass, 0.013 "
+              "for dense flint.")
+          ->type_name("NUMBER")
+          ->capture_default_str(),
+      [](double dispersion) { return dispersion >= 0.0 && dispersion <= 0.1; }, "0 (none) to 0.1");
   limit(
       command
           ->add_option("--source-angle", options->source_angle,

@@ -27,7 +27,7 @@ double cauchy_index(double index, double dispersion, double wavelength) {
 }
 
 ColourScene::ColourScene(int width, int height, const SceneSettings& settings, double dispersion)
-    : scenes_{scene_behind({0.62, 0.75, 0.0}, width, height, settings, dispersion),
+    : scenes_{scene_behind({longest_wavelength, 0.75, 0.0}, width, height, settings, dispersion),
               scene_behind({0.54, 1.0, 120.0}, width, height, settings, dispersion),
               scene_behind({0.54, 1.0, 120.0}, width, height, settings, dispersion),
               scene_behind({0.46, 0.55, 240.0}, width, height, settings, dispersion)} {}

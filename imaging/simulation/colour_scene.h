@@ -15,6 +15,9 @@ namespace nerova_zel {
  */
 double cauchy_index(double index, double dispersion, double wavelength);
 
+/** Micrometres, of the light that the red filter passes. */
+constexpr double longest_wavelength = 0.62;
+
 /**
  * A scene as the filters of a colour sensor see it, at 620, 540 and 460 nanometres: the sphere's refractive index by
  * Cauchy's formula (`settings` holds the one at the sodium line), the wheel's sectors tinted around it, and less light
