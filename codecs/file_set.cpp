@@ -19,6 +19,16 @@ namespace {
 
 std::string last_error() { return errno != 0 ? std::strerror(errno) : "unknown reason"; }
 
+constexpr const char* previous_suffix = ".previous";
+
+/** "one" of "one.partial3" for that suffix; empty for other names. */
+std::string without_suffix(const std::string& name, const std::string& suffix) {
+  const std::size_t digits = name.find_last_not_of("0123456789");
+  const std::size_t end = digits == std::string::npos ? 0 : digits + 1;
+  const bool has_it = end > suffix.size() && name.compare(end - suffix.size(), suffix.size(), suffix) == 0;
+  return has_it ? name.substr(0, end - suffix.size()) : "";
+}
+
 /** Earlier files that are replaced, kept under second names until all is done. */
 class Replaced {
  public:
@@ -44,17 +54,17 @@ class Replaced {
   /** Before a file is replaced. */
   void keep(const fs::path& path) {
     files_.push_back({path, {}, false});
-    if (!fs::exists(path)) {
+    std::error_code error;
+    if (!fs::exists(fs::symlink_status(path, error))) {
       return;
     }
-    std::error_code error;
     fs::path kept;
     for (int number = 1; kept.empty() || fs::exists(fs::symlink_status(kept, error)); ++number) {
-      kept = path.string() + ".previous" + std::to_string(number);
+      kept = path.string() + previous_suffix + std::to_string(number);
     }
     fs::create_hard_link(path, kept, error);
     if (error) {  // not on every file system
-      fs::copy_file(path, kept, error);
+      copy(path, kept, error);
     }
     if (error) {
       fail(path, "the earlier file cannot be kept (" + error.message() + ")");
@@ -67,6 +77,17 @@ class Replaced {
   void keep_new() { kept_new_ = true; }
 
  private:
+  static void copy(const fs::path& path, const fs::path& kept, std::error_code& error) {
+    fs::copy_file(path, kept, error);
+    if (!error) {
+      fs::last_write_time(kept, fs::last_write_time(path, error), error);
+    }
+    if (error) {
+      std::error_code ignored;
+      fs::remove(kept, ignored);
+    }
+  }
+
   struct File {
     fs::path path;
     fs::path kept;  ///< empty when there was none
@@ -77,6 +98,20 @@ class Replaced {
 };
 
 }  // namespace
+
+void remove_stale_files(const fs::path& directory, const std::function<bool(const std::string&)>& is_ours) {
+  std::error_code error;
+  fs::directory_iterator entries(directory, error);
+  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+    const std::string name = entries->path().filename().string();
+    std::error_code ignored;
+    if (const std::string place = without_suffix(name, PartialFile::suffix); !place.empty() && is_ours(place)) {
+      PartialFile::remove_if_stale(entries->path());
+    } else if (const std::string kept = without_suffix(name, previous_suffix); !kept.empty() && is_ours(kept)) {
+      fs::remove(entries->path(), ignored);
+    }
+  }
+}
 
 FileSet::~FileSet() {
   entries_.clear();

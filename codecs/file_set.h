@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
+#include <string>
 #include <vector>
 
 #include "image.h"
@@ -53,5 +55,11 @@ class FileSet {
   const Earlier earlier_;
   bool committed_ = false;
 };
+
+/**
+ * Removes what a program that died while it wrote left in a directory: unfinished files that nobody writes, and second
+ * names of earlier ones. `is_ours` is asked for the name of each file's place.
+ */
+void remove_stale_files(const std::filesystem::path& directory, const std::function<bool(const std::string&)>& is_ours);
 
 }  // namespace nerova_zel

@@ -12,6 +12,11 @@ namespace nerova_zel {
  */
 class PartialFile {
  public:
+  static constexpr const char* suffix = ".partial";
+
+  /** Removes a temporary file that no program writes any more. */
+  static void remove_if_stale(const std::filesystem::path& temporary);
+
   explicit PartialFile(std::filesystem::path place);
 
   /** Removes what was not published. */

@@ -48,6 +48,18 @@ int open_alone(const char* path) {
 
 }  // namespace
 
+void PartialFile::remove_if_stale(const std::filesystem::path& temporary) {
+  const int descriptor = ::open(temporary.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (descriptor < 0) {
+    return;
+  }
+  // Whoever writes it holds the lock. Who opened it and has not locked it yet finds it gone, and makes another.
+  if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+    unlink(temporary.c_str());
+  }
+  ::close(descriptor);
+}
+
 PartialFile::PartialFile(std::filesystem::path place) : place_(std::move(place)) {}
 
 PartialFile::PartialFile(PartialFile&& other) noexcept
@@ -65,7 +77,7 @@ PartialFile::~PartialFile() {
 bool PartialFile::open() {
   constexpr int most_writers = 1000;
   for (int number = 1; number <= most_writers; ++number) {
-    std::string name = place_.string() + ".partial";
+    std::string name = place_.string() + suffix;
     if (number > 1) {
       name += std::to_string(number);
     }

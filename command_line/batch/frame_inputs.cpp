@@ -26,8 +26,19 @@ std::string FrameInput::output_stem(std::uint64_t number) const {
   return stem + "_" + std::string(least_frame_digits - std::min(least_frame_digits, digits.size()), '0') + digits;
 }
 
+namespace {
+
+/** The file's own name, and the folders between it and the one that was given. */
+std::string stem_of(const fs::path& path, const fs::path& argument) {
+  std::error_code error;
+  const fs::path folders = fs::is_directory(argument, error) ? path.lexically_relative(argument).parent_path() : "";
+  return (folders / path.stem()).generic_string();
+}
+
+}  // namespace
+
 std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
-                                    const std::optional<HeaderlessLayout>& headerless) {
+                                    const std::optional<HeaderlessLayout>& headerless, bool recursive) {
   std::vector<FrameInput> inputs;
   std::set<fs::path> seen;
   std::size_t outputs = 0;
@@ -41,12 +52,12 @@ std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
       }
       continue;
     }
-    const FoundFiles found = expand_argument(argument, {headerless.has_value()});
+    const FoundFiles found = expand_argument(argument, {headerless.has_value(), recursive});
     outputs += found.outputs;
     for (const std::string& path : found.paths) {
       std::error_code error;
       if (seen.insert(fs::weakly_canonical(path, error)).second) {
-        inputs.push_back({path, frames_in_file(path, headerless), fs::path(path).stem().string()});
+        inputs.push_back({path, frames_in_file(path, headerless), stem_of(path, argument)});
       }
     }
   }

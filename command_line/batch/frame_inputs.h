@@ -18,7 +18,7 @@ struct FrameInput {
   std::string path;
   /** How many frames, a last one that is cut short included; unknown for standard input. */
   std::optional<std::uint64_t> frames = 1;
-  /** What the names of its outputs begin with. */
+  /** What the names of its outputs begin with, "run" or "below/run". */
   std::string stem;
 
   bool is_standard_input() const { return path == "-"; }
@@ -36,9 +36,10 @@ struct FrameInput {
 /**
  * What the arguments name, in their order: "-" is standard input, see expand_argument for the others. A file that is
  * named twice counts once. A file that is missing or broken is an input all the same: its own turn will tell.
- * `headerless` is set when files have no header. Throws Failure.
+ * `headerless` is set when files have no header; `recursive` takes the folders below a folder, too, whose names become
+ * part of the stems. Throws Failure.
  */
 std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
-                                    const std::optional<HeaderlessLayout>& headerless);
+                                    const std::optional<HeaderlessLayout>& headerless, bool recursive = false);
 
 }  // namespace nerova_zel

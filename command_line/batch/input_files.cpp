@@ -25,16 +25,16 @@ bool matches(const std::string& pattern, const std::string& name) {
   return fnmatch(literal.c_str(), name.c_str(), FNM_NOESCAPE) == 0;
 }
 
-/** Files in a folder that `accepts`, by name. */
-template <class Accepts>
-std::vector<std::string> files_in(const fs::path& folder, Accepts accepts) {
+/** Files whose names `accepts` takes among the entries of a folder, or of those below, too. */
+template <class Entries, class Accepts>
+std::vector<std::string> accepted(const fs::path& folder, Accepts accepts) {
   std::vector<std::string> found;
   std::error_code error;
-  fs::directory_iterator entries(folder.empty() ? fs::path(".") : folder, error);
-  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+  const fs::path start = folder.empty() ? fs::path(".") : folder;
+  for (Entries entries(start, error); !error && entries != Entries(); entries.increment(error)) {
     std::error_code not_a_file;
     if (entries->is_regular_file(not_a_file) && accepts(entries->path().filename().string())) {
-      found.push_back((folder / entries->path().filename()).string());
+      found.push_back((folder / entries->path().lexically_relative(start)).string());
     }
   }
   if (error) {
@@ -69,8 +69,9 @@ FoundFiles expand_argument(const std::string& argument, const FolderRules& rules
   const fs::path path(argument);
   if (fs::is_directory(path, error)) {
     const auto& endings = rules.headerless ? headerless_endings : picture_endings;
-    std::vector<std::string> files =
-        files_in(path, [&](const std::string& name) { return endings.count(lower_case_extension(name)) != 0; });
+    const auto ends_well = [&](const std::string& name) { return endings.count(lower_case_extension(name)) != 0; };
+    std::vector<std::string> files = rules.recursive ? accepted<fs::recursive_directory_iterator>(path, ends_well)
+                                                     : accepted<fs::directory_iterator>(path, ends_well);
     if (files.empty()) {
       throw Failure("the folder " + argument + " holds no frames; they should end in " +
                     (rules.headerless ? ".raw or .bin." : ".png, .tif, .tiff or .pgm."));
@@ -84,8 +85,8 @@ FoundFiles expand_argument(const std::string& argument, const FolderRules& rules
     }
     return {{argument}, 0};
   }
-  std::vector<std::string> files =
-      files_in(path.parent_path(), [&](const std::string& name) { return matches(pattern, name); });
+  std::vector<std::string> files = accepted<fs::directory_iterator>(
+      path.parent_path(), [&](const std::string& name) { return matches(pattern, name); });
   if (files.empty()) {
     throw Failure("no file fits the pattern " + argument + ".");
   }

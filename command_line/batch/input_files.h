@@ -9,6 +9,8 @@ namespace nerova_zel {
 struct FolderRules {
   /** They end like headerless ones (.raw, .bin), else like pictures. */
   bool headerless = false;
+  /** Those in folders below count, too. */
+  bool recursive = false;
 };
 
 /** The files that an argument stands for. */

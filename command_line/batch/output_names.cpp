@@ -69,10 +69,10 @@ void check_output_names(const std::vector<FrameInput>& inputs, const std::string
       refuse(*stream, input);
     }
     const fs::path path = fs::weakly_canonical(input.path, error);
-    if (input.is_standard_input() || path.parent_path() != canonical_directory) {
+    const std::string name = path.lexically_relative(canonical_directory).generic_string();
+    if (input.is_standard_input() || name.rfind("..", 0) == 0) {
       continue;
     }
-    const std::string name = path.filename().string();
     for (const std::string& ending : endings) {
       if (name.size() <= ending.size() || name.compare(name.size() - ending.size(), ending.size(), ending) != 0) {
         continue;

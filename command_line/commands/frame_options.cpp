@@ -81,6 +81,9 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
                    "quotes. Headerless frames can come from standard input, as -.")
       ->type_name("FILE")
       ->required();
+  command->add_flag("--recursive", request.recursive,
+                    "Take folders with the folders below them\n"
+                    "Outputs lie in folders of the same names.");
   headerless_.declare(command,
                       "Files hold headerless pixels, frames of this size\n"
                       "Without --pixel-format a file is one frame: one byte a pixel, or two with the low byte first, "

@@ -16,6 +16,8 @@ struct FrameRequest : TransformSettings {
   bool layout_is_given = false;
   /** As the user named them. */
   std::vector<std::string> frames;
+  /** Folders stand for the frames of the folders in them, too. */
+  bool recursive = false;
   std::optional<HeaderlessLayout> headerless;
   std::string calibration_file;
   /** What tells the calibration from another. */

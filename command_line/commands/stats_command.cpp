@@ -164,7 +164,7 @@ std::string as_json(const StatisticsLog& log, bool summary, const char* weight, 
 void run_stats(StatsOptions& options) {
   FrameRequest& request = options.request;
   options.frames.finish(request);
-  FrameSequence frames(find_inputs(request.frames, request.headerless), request.headerless);
+  FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive), request.headerless);
   Library library(request.library);
   use_calibration(library, request);
   BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::nothing);

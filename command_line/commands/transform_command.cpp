@@ -81,6 +81,23 @@ void remark_route(Library& library) {
   }
 }
 
+/** What an earlier run left that was ended at once. */
+void remove_stale_outputs(const std::vector<FrameInput>& inputs, const TransformRequest& request) {
+  std::set<std::filesystem::path> folders;
+  for (const FrameInput& input : inputs) {
+    folders.insert((request.directory / input.stem).parent_path());
+  }
+  for (const std::filesystem::path& folder : folders) {
+    remove_stale_files(folder, [&](const std::string& name) {
+      return std::any_of(request.files.begin(), request.files.end(), [&](const OutputFile& file) {
+        const std::size_t at = name.rfind(file.ending);
+        const std::string rest = at == std::string::npos ? "?" : name.substr(at + file.ending.size());
+        return rest.empty() || rest == ".json";
+      });
+    });
+  }
+}
+
 void run_transform(TransformOptions& options) {
   TransformRequest& request = options.request;
   request.directory = directory_of(options);
@@ -92,7 +109,7 @@ void run_transform(TransformOptions& options) {
   request.needed = products.needed_outputs();
   request.files = output_files(products, options.format, request.picture_style.azimuth);
   request.repeat = std::max(1, options.benchmark);
-  FrameSequence frames(find_inputs(request.frames, request.headerless), request.headerless);
+  FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive), request.headerless);
   check_output_names(frames.inputs(), request.directory.string(), endings(request.files));
   Library library(request.library);
   remark_route(library);
@@ -100,6 +117,7 @@ void run_transform(TransformOptions& options) {
   const Interruption interruption;
   FileSet directory;  // goes again if no frame succeeds
   directory.make_directory(request.directory);
+  remove_stale_outputs(frames.inputs(), request);
   BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::full);
   if (!request.layout_is_given) {
     report.add_note(layout_assumption(request.layout));

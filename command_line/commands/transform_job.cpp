@@ -57,6 +57,7 @@ void TransformJob::write(const FrameTicket& ticket, const std::string& source) {
                                transformer_.outputs()};
   FramePictures pictures(content, request_.picture_style);
   FileSet files(request_.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
+  files.make_directory((request_.directory / ticket.input->stem).parent_path());
   for (const OutputFile& file : request_.files) {
     write_output_file(files, path_of(ticket, file), file, how_made(request_, source, file), transformer_.outputs(),
                       pictures);

@@ -78,6 +78,19 @@ TEST(FileSet, WhatADeadProgramLeftIsUsedAgain) {
   EXPECT_EQ(folder.names(), Names{"one"});
 }
 
+TEST(FileSet, WhatDeadProgramsLeftIsRemovedAndWhatIsWrittenIsNot) {
+  const Folder folder;
+  for (const char* name : {"a.png.partial", "a.png.partial2", "b.png.previous1", "someone.partial", "c.png", "partial"}) {
+    put(folder / name, "");
+  }
+  FileSet set;
+  set.write(folder / "d.png", bytes("1"));
+  remove_stale_files(folder / ".", [](const std::string& name) { return name.size() == 5; });
+  EXPECT_EQ(folder.names(), (Names{"c.png", "d.png.partial", "partial", "someone.partial"}));
+  set.commit();
+  EXPECT_EQ(content_of(folder / "d.png"), "1");
+}
+
 TEST(FileSet, TwoSetsMayWriteToOnePlace) {
   const Folder folder;
   auto first = std::make_unique<FileSet>();

@@ -168,6 +168,20 @@ TEST_F(BatchTest, OutputsOfOtherOptionsOrFramesAreMadeAgain) {
   }
 }
 
+TEST_F(BatchTest, FoldersBelowKeepTheirNames) {
+  for (const char* name : {"in/a.pgm", "in/deep/a.pgm", "in/deep/er/b.pgm"}) {
+    write_pgm(name, random_frame(1), 37, 5, 12);
+  }
+  write("out/deep/a_hv.png.partial", "of a run that was killed");
+  ASSERT_EQ(run("transform in/ --recursive --outputs hv -o out").exit_code, 0);
+  ASSERT_EQ(run("transform out in --recursive --outputs hv -o out --layout 90").exit_code, 1) << "only outputs";
+  for (const char* name : {"out/a_hv.png", "out/deep/a_hv.png", "out/deep/er/b_hv.png"}) {
+    EXPECT_FALSE(read(name).empty()) << name;
+  }
+  EXPECT_EQ(listing().size(), 6U + 6U);
+  expect_refusal("transform in/deep in/a.pgm --recursive -o in", {"a.pgm", "same names"}, 2);
+}
+
 TEST_F(BatchTest, EarlierOutputsOutliveFailures) {
   write_pgm("f.pgm", random_frame(1), 37, 5, 12);
   write_pgm("g.pgm", random_frame(2), 37, 5, 12);
