@@ -8,6 +8,7 @@
 
 #include "commands/calibrate_command.h"
 #include "commands/document_commands.h"
+#include "commands/record_command.h"
 #include "commands/simulate_command.h"
 #include "commands/stats_command.h"
 #include "commands/transform_command.h"
@@ -44,6 +45,7 @@ void declare_commands(CLI::App& app) {
   declare_stats(app);
   declare_calibrate(app);
   declare_simulate(app);
+  declare_record(app);
   declare_documents(app);
 }
 

@@ -317,12 +317,3 @@ TEST(PolarizeDemux, GivesEveryOutputThatIsRequestedOfOneComputation) {
 
 }  // namespace
 }  // namespace nerova_zel::test
-
-int main(int count, char** arguments) {
-  testing::InitGoogleTest(&count, arguments);
-  gst_init(&count, &arguments);
-  gst_registry_scan_path(gst_registry_get(), NEROVA_PLUGIN_DIRECTORY);
-  const int result = RUN_ALL_TESTS();
-  gst_deinit();
-  return result;
-}

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace nerova_zel {
+
+/** record: lists cameras, and records the frames of one. */
+void declare_record(CLI::App& app);
+
+}  // namespace nerova_zel
