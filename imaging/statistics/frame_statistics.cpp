@@ -35,55 +35,86 @@ struct CountedPixels {
   const std::uint16_t* values(CountedImage image) const { return images[static_cast<std::size_t>(image)]; }
 };
 
-/** Sums of every fourth pixel each, so that they wait less for one another and make vectors. */
-struct Sums {
-  static constexpr std::size_t lanes = 4;
-  using Lanes = std::array<double, lanes>;
-  Lanes without_degree{};
-  Lanes without_angle{};
-  Lanes cosines{};
-  Lanes sines{};
-  Lanes angle_weights{};
-  Lanes degrees{};
-  Lanes degree_weights{};
+// What each instruction set gets compiled for itself.
+#define NEROVA_INLINE [[gnu::always_inline]] inline
 
-  template <StatisticsWeight weight>
-  void add(const CountedPixels& pixels, std::size_t i, std::size_t lane) {
-    constexpr bool by_power = weight == StatisticsWeight::power;
-    const double s1 = pixels.stokes[2 * i];
-    const double s2 = pixels.stokes[2 * i + 1];
+/** What is summed up of a pixel, and in what order. */
+enum Term { without_degree, without_angle, cosines, sines, angle_weights, degrees, degree_weights, term_count };
+
+/** Terms of some pixels, made by loops of which the compiler makes vector code. */
+constexpr std::size_t block_pixels = 64;
+using Block = std::array<std::array<double, block_pixels>, term_count>;
+
+/** Sums of every eighth pixel each, so that they need not wait for one another. */
+constexpr std::size_t lanes = 8;
+using Sums = std::array<std::array<double, lanes>, term_count>;
+
+/** Terms of pixels first to first + count - 1. */
+template <StatisticsWeight weight>
+NEROVA_INLINE void make_terms(const CountedPixels& pixels, std::size_t first, std::size_t count, Block& block) {
+  constexpr bool by_power = weight == StatisticsWeight::power;
+  const float* const stokes = pixels.stokes + 2 * first;
+  const std::uint16_t* const power = pixels.values(CountedImage::power) + first;
+  const std::uint16_t* const dolp = pixels.values(CountedImage::dolp) + first;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double s1 = stokes[2 * i];
+    const double s2 = stokes[2 * i + 1];
     const double length = std::sqrt(s1 * s1 + s2 * s2);
     const bool has_degree = length < std::numeric_limits<double>::infinity();  // a NaN is not
     const bool has_angle = has_degree && length > 0.0;
-    const double light = by_power ? pixels.values(CountedImage::power)[i] : 1.0;
+    const double light = by_power ? power[i] : 1.0;
     const double degree_weight = has_degree ? light : 0.0;
     const double angle_weight = by_power ? light * length : 1.0;
-    without_degree[lane] += has_degree ? 0.0 : 1.0;
-    without_angle[lane] += has_angle ? 0.0 : 1.0;
-    degrees[lane] += degree_weight * pixels.values(CountedImage::dolp)[i];
-    degree_weights[lane] += degree_weight;
     const double share = angle_weight / length;
-    cosines[lane] += has_angle ? share * s1 : 0.0;
-    sines[lane] += has_angle ? share * s2 : 0.0;
-    angle_weights[lane] += has_angle ? angle_weight : 0.0;
+    block[without_degree][i] = has_degree ? 0.0 : 1.0;
+    block[without_angle][i] = has_angle ? 0.0 : 1.0;
+    block[cosines][i] = has_angle ? share * s1 : 0.0;
+    block[sines][i] = has_angle ? share * s2 : 0.0;
+    block[angle_weights][i] = has_angle ? angle_weight : 0.0;
+    block[degrees][i] = degree_weight * dolp[i];
+    block[degree_weights][i] = degree_weight;
   }
-
-  static double total(const Lanes& sums) { return (sums[0] + sums[1]) + (sums[2] + sums[3]); }
-};
+}
 
 template <StatisticsWeight weight>
-Sums sum_lanes(const CountedPixels& pixels) {
-  Sums sums;
-  std::size_t i = 0;
-  for (; i + Sums::lanes <= pixels.count; i += Sums::lanes) {
-    for (std::size_t lane = 0; lane < Sums::lanes; ++lane) {
-      sums.add<weight>(pixels, i + lane, lane);
+NEROVA_INLINE Sums sum_lanes(const CountedPixels& pixels) {
+  Sums sums{};
+  Block block;  // NOLINT(cppcoreguidelines-pro-type-member-init): written first
+  for (std::size_t first = 0; first < pixels.count; first += block_pixels) {
+    if (pixels.count - first >= block_pixels) {
+      make_terms<weight>(pixels, first, block_pixels, block);
+    } else {
+      block = {};
+      make_terms<weight>(pixels, first, pixels.count - first, block);
+    }
+    for (std::size_t term = 0; term < term_count; ++term) {
+      for (std::size_t i = 0; i < block_pixels; i += lanes) {
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+          sums[term][lane] += block[term][i + lane];
+        }
+      }
     }
   }
-  for (; i < pixels.count; ++i) {
-    sums.add<weight>(pixels, i, i % Sums::lanes);
-  }
   return sums;
+}
+
+double total(const Sums& sums, Term term) {
+  double sum = 0.0;
+  for (const double lane : sums[term]) {
+    sum += lane;
+  }
+  return sum;
+}
+
+NEROVA_INLINE Sums sum_by_weight(const CountedPixels& pixels, StatisticsWeight weight) {
+  return weight == StatisticsWeight::power ? sum_lanes<StatisticsWeight::power>(pixels)
+                                           : sum_lanes<StatisticsWeight::equal>(pixels);
+}
+
+Sums sum_baseline(const CountedPixels& pixels, StatisticsWeight weight) { return sum_by_weight(pixels, weight); }
+
+[[gnu::target("avx2")]] Sums sum_avx2(const CountedPixels& pixels, StatisticsWeight weight) {
+  return sum_by_weight(pixels, weight);
 }
 
 StatisticsSums sum_of_step(const CountedPixels& pixels, int full_scale, int output_maximum, StatisticsWeight weight) {
@@ -95,15 +126,15 @@ StatisticsSums sum_of_step(const CountedPixels& pixels, int full_scale, int outp
     result.saturated[image] = counts.saturated;
     result.dark[image] = counts.dark;
   }
-  const Sums sums = weight == StatisticsWeight::power ? sum_lanes<StatisticsWeight::power>(pixels)
-                                                      : sum_lanes<StatisticsWeight::equal>(pixels);
-  result.without_degree = static_cast<std::uint64_t>(Sums::total(sums.without_degree));
-  result.without_angle = static_cast<std::uint64_t>(Sums::total(sums.without_angle));
-  result.cosines = Sums::total(sums.cosines);
-  result.sines = Sums::total(sums.sines);
-  result.angle_weights = Sums::total(sums.angle_weights);
-  result.degrees = Sums::total(sums.degrees);
-  result.degree_weights = Sums::total(sums.degree_weights) * output_maximum;
+  static const bool avx2 = __builtin_cpu_supports("avx2") != 0;
+  const Sums sums = (avx2 ? sum_avx2 : sum_baseline)(pixels, weight);
+  result.without_degree = static_cast<std::uint64_t>(total(sums, without_degree));
+  result.without_angle = static_cast<std::uint64_t>(total(sums, without_angle));
+  result.cosines = total(sums, cosines);
+  result.sines = total(sums, sines);
+  result.angle_weights = total(sums, angle_weights);
+  result.degrees = total(sums, degrees);
+  result.degree_weights = total(sums, degree_weights) * output_maximum;
   return result;
 }
 
