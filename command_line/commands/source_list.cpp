@@ -1,5 +1,7 @@
 #include "commands/source_list.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <filesystem>
 #include <optional>
@@ -17,23 +19,66 @@ namespace {
 constexpr std::size_t least_frames = 4;
 constexpr std::size_t most_frames = 360;
 
+/** Without blanks around, and without the quotes that spreadsheets put around a text. */
 std::string trimmed(const std::string& text) {
   const std::size_t first = text.find_first_not_of(" \t\r");
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+  if (first == std::string::npos) {
+    return "";
+  }
+  std::string inside = text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+  const bool is_quoted = inside.size() > 1 && inside.front() == '"' && inside.back() == '"';
+  return is_quoted ? inside.substr(1, inside.size() - 2) : inside;
 }
 
-/** Angle and file around the first `separator`. */
-std::optional<SourceFile> split(const std::string& text, char separator) {
-  const std::size_t at = text.find(separator);
-  if (at == std::string::npos) {
-    return std::nullopt;
+std::optional<SourceFile> source_of(std::string angle_text, const std::string& path, bool decimal_comma) {
+  if (decimal_comma) {
+    std::replace(angle_text.begin(), angle_text.end(), ',', '.');
   }
-  const std::optional<double> angle = parse_number(trimmed(text.substr(0, at)));
-  const std::string path = trimmed(text.substr(at + 1));
+  const std::optional<double> angle = parse_number(angle_text);
   if (!angle || !(std::abs(*angle) <= 3600.0) || path.empty()) {
     return std::nullopt;
   }
   return SourceFile{*angle, path};
+}
+
+/** How the lines of a list are made up, as far as its first line says. */
+struct ListForm {
+  bool file_comes_first = false;
+};
+
+/** Angle and file of a line; semicolons and tabs part them before commas do, which may then be decimal ones. */
+std::optional<SourceFile> parse_line(const std::string& line, const ListForm& form) {
+  for (const char separator : {';', '\t', ','}) {
+    const std::size_t at = form.file_comes_first ? line.rfind(separator) : line.find(separator);
+    if (at == std::string::npos) {
+      continue;
+    }
+    std::string angle = trimmed(line.substr(0, at));
+    std::string path = trimmed(line.substr(at + 1));
+    if (form.file_comes_first) {
+      std::swap(angle, path);
+    }
+    if (auto source = source_of(angle, path, separator != ',')) {
+      return source;
+    }
+  }
+  return std::nullopt;
+}
+
+/** The form that a line with the names of columns tells; nothing for every other line. */
+std::optional<ListForm> parse_header(std::string line) {
+  std::transform(line.begin(), line.end(), line.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  const std::size_t angle = std::min(line.find("angle"), line.find("deg"));
+  if (angle == std::string::npos) {
+    return std::nullopt;
+  }
+  for (const char* const ending : {".png", ".tif", ".pgm", ".npy", ".raw", ".bin"}) {
+    if (line.find(ending) != std::string::npos) {
+      return std::nullopt;  // a frame that is called so
+    }
+  }
+  return ListForm{line.find_first_of(";\t,") < angle};
 }
 
 bool same_angle(double first, double second) { return std::abs(std::remainder(first - second, 180.0)) < 0.01; }
@@ -41,7 +86,10 @@ bool same_angle(double first, double second) { return std::abs(std::remainder(fi
 }  // namespace
 
 SourceFile parse_source(const std::string& text) {
-  const std::optional<SourceFile> source = split(text, ':');
+  const std::size_t colon = text.find(':');
+  const std::optional<SourceFile> source =
+      colon == std::string::npos ? std::nullopt
+                                 : source_of(trimmed(text.substr(0, colon)), trimmed(text.substr(colon + 1)), false);
   if (!source) {
     throw UsageError("--frame " + text +
                      " makes no sense; it should read like 30:frame.png, with the angle in degrees.");
@@ -51,16 +99,29 @@ SourceFile parse_source(const std::string& text) {
 
 std::vector<SourceFile> read_source_list(const std::string& path) {
   const Bytes bytes = read_file(path, "a list of frames");
-  std::istringstream lines(std::string(bytes.begin(), bytes.end()));
+  static const std::string byte_order_mark = "\xEF\xBB\xBF";
+  std::string text(bytes.begin(), bytes.end());
+  if (text.rfind(byte_order_mark, 0) == 0) {
+    text.erase(0, byte_order_mark.size());
+  }
+  std::istringstream lines(text);
   const std::filesystem::path folder = std::filesystem::path(path).parent_path();
   std::vector<SourceFile> sources;
+  ListForm form;
+  bool is_first = true;
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
-    line = trimmed(line);
-    if (line.empty() || line[0] == '#' || (number == 1 && line.rfind("angle", 0) == 0)) {
+    const std::string content = trimmed(line);
+    if (content.empty() || content[0] == '#') {
       continue;
     }
-    std::optional<SourceFile> source = split(line, ',');
+    const std::optional<ListForm> header = is_first ? parse_header(line) : std::nullopt;
+    is_first = false;
+    if (header) {
+      form = *header;
+      continue;
+    }
+    std::optional<SourceFile> source = parse_line(line, form);
     if (!source) {
       throw Failure("line " + std::to_string(number) + " of " + path +
                     " makes no sense; it should read like 30,frame.png, with the angle in degrees.");

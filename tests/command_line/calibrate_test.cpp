@@ -1,6 +1,8 @@
 // From files to a calibration and back; what a series must be is tested in the imaging module.
 #include <nlohmann/json.hpp>
 
+#include "commands/source_list.h"
+#include "formatted.h"
 #include "imaging/even_light.h"
 #include "tool_run.h"
 
@@ -37,6 +39,23 @@ TEST_F(CalibrateTest, AListOfFramesMakesAFileAPlotAndAReport) {
   EXPECT_NE(result.output.find("plot in c.png"), std::string::npos) << result.output;
   EXPECT_EQ(nlohmann::json::parse(read("c.json")).at("dark").at("levels").at(3), 200.0);
   EXPECT_FALSE(read("c.png").empty());
+}
+
+TEST_F(CalibrateTest, ListsMayBeThoseOfSpreadsheets) {
+  const auto listed = [&](const std::string& text) {
+    write("lists/list.csv", text);
+    std::string found;
+    for (const SourceFile& source : read_source_list(path("lists/list.csv"))) {
+      found += formatted("%g %s|", source.angle, std::filesystem::path(source.path).filename().string().c_str());
+    }
+    return found;
+  };
+  EXPECT_EQ(listed("\xEF\xBB\xBF"
+                   "Angle (deg);File\r\n22,5;a.png\r\n-30;b;c.png\r\n"),
+            "22.5 a.png|-30 b;c.png|");
+  EXPECT_EQ(listed("# by hand\nfile\tpolarizer angle\n\"a,1.png\"\t1.5\n"), "1.5 a,1.png|");
+  EXPECT_EQ(listed("0,angle0.png\n90 , \"b.png\"\n"), "0 angle0.png|90 b.png|");
+  EXPECT_ANY_THROW(listed("O,angle0.png\n90,b.png\n")) << "a mistake in the first line is no header";
 }
 
 // Frames that share a library and are worked on at once must not differ from lone ones.

@@ -54,7 +54,9 @@ void FormatsTest::expect_exact(const std::string& name, int bit_depth, const std
                                   std::to_string(bit_depth));
   ASSERT_EQ(simulated.exit_code, 0) << simulated.errors;
   const RunResult transformed =
-      run("transform " + name + sensor + "--output-max 4095 -o results --format " + format + " " + options);
+      run("transform " + name + sensor +
+          "--output-max 4095 -o results --outputs stokes,power,hv,diagonal,azimuth,dolp --format " + format + " " +
+          options);
   ASSERT_EQ(transformed.exit_code, 0) << transformed.errors;
   EXPECT_EQ(transformed.errors, "");
 
@@ -69,7 +71,6 @@ void FormatsTest::expect_exact(const std::string& name, int bit_depth, const std
         {"dolp", expected.dolp}}) {
     expect_file(stem + "_" + output + "." + format, {Element::uint16, 37, 30, 1, values.data()}, output);
   }
-  EXPECT_FALSE(read(stem + "_sheet.png").empty());
 }
 
 // Every kind of file goes through both commands without a bit changed, down to frames of one bit, which hold pixels
