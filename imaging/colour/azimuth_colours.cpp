@@ -7,11 +7,19 @@ namespace nerova_zel {
 
 namespace {
 
-/** [n / 255] without the remainder, for n up to 65534. */
-constexpr std::uint16_t divide_by_255(std::uint16_t n) { return static_cast<std::uint16_t>((n + 1 + (n >> 8U)) >> 8U); }
+// What each instruction set gets compiled for itself.
+#define NEROVA_INLINE [[gnu::always_inline]] inline
+
+// Two channels in the halves of a number, so that each product and sum serves both.
+constexpr std::uint32_t in_both(std::uint32_t value) { return value | value << 16U; }
+
+/** [n / 255] without the remainder, for n up to 65152 in both halves. */
+NEROVA_INLINE constexpr std::uint32_t divide_both_by_255(std::uint32_t n) {
+  return (n + in_both(1) + (n >> 8U & in_both(255))) >> 8U & in_both(255);
+}
 
 /** [n / 255 / 255] without the remainder, for n up to 255^3 + 255^2 / 2. A test tries all mixtures. */
-constexpr std::uint32_t divide_twice_by_255(std::uint32_t n) {
+NEROVA_INLINE constexpr std::uint32_t divide_twice_by_255(std::uint32_t n) {
   const std::uint32_t once = ((n + ((n + (n >> 8U)) >> 8U) + 1) >> 8U) + 1;
   return (once + (once >> 8U)) >> 8U;
 }
@@ -32,36 +40,35 @@ constexpr std::uint32_t prepared_hue(AzimuthStyle style, std::uint32_t hue) {
   return style == AzimuthStyle::light || style == AzimuthStyle::composite ? 0xFFFFFFU - hue : hue;
 }
 
-/** A channel of a prepared hue by the level of the degree and the grey of the power, 0 to 255. */
+/** A prepared hue by the level of the degree and the grey of the power, 0 to 255. */
 template <AzimuthStyle style>
-std::uint16_t mix_channel(std::uint16_t hue, std::uint16_t degree, std::uint16_t grey) {
+NEROVA_INLINE std::uint32_t mix(std::uint32_t hue, std::uint32_t degree, std::uint32_t grey) {
+  const std::uint32_t ends = hue & in_both(255);
+  const std::uint32_t middle = hue >> 8U & 255U;
   if constexpr (style == AzimuthStyle::dark) {
-    return divide_by_255(static_cast<std::uint16_t>(degree * hue + 127));
+    const auto darkened = [degree](std::uint32_t channels) {
+      return divide_both_by_255(channels * degree + in_both(127));
+    };
+    return darkened(ends) | darkened(middle) << 8U;
   } else if constexpr (style == AzimuthStyle::light) {
-    return divide_by_255(static_cast<std::uint16_t>(255 * 255 + 127 - degree * hue));
+    const auto whitened = [degree](std::uint32_t channels) {
+      return divide_both_by_255(in_both(255 * 255 + 127) - channels * degree);
+    };
+    return whitened(ends) | (whitened(middle) & 255U) << 8U;
   } else if constexpr (style == AzimuthStyle::composite) {
-    const std::uint32_t white = grey * (255U * 255U);
-    const auto both = static_cast<std::uint16_t>(degree * grey);
-    return static_cast<std::uint16_t>(divide_twice_by_255(white + 255 * 255 / 2 - std::uint32_t{both} * hue));
+    const std::uint32_t white = grey * (255U * 255U) + 255 * 255 / 2;
+    const std::uint32_t both = degree * grey;
+    const std::uint32_t first = divide_twice_by_255(white - both * (hue & 255U));
+    const std::uint32_t second = divide_twice_by_255(white - both * middle);
+    const std::uint32_t third = divide_twice_by_255(white - both * (hue >> 16U & 255U));
+    return first | second << 8U | third << 16U;
   } else {
     return hue;
   }
 }
 
-/** All three, 8 bits apart in one number. */
-template <AzimuthStyle style>
-std::uint32_t mix(std::uint32_t hue, std::uint16_t degree, std::uint16_t grey) {
-  const auto channel = [&](unsigned shift) {
-    return std::uint32_t{mix_channel<style>(static_cast<std::uint16_t>(hue >> shift & 0xFFU), degree, grey)} << shift;
-  };
-  return channel(0) | channel(8) | channel(16);
-}
-
 /** Colours of so many pixels lie in the first cache between the loops, of which the compiler makes vector code. */
 constexpr std::size_t block_pixels = 512;
-
-// What each instruction set gets compiled for itself.
-#define NEROVA_INLINE [[gnu::always_inline]] inline
 
 /** Colours, 3 bytes apart. */
 NEROVA_INLINE void store(const std::uint32_t* packed, std::size_t count, std::uint8_t* colours) {
@@ -99,6 +106,7 @@ NEROVA_INLINE void paint_pixels(std::size_t count, const HueAt& hue_at, const De
 struct Tables {
   const std::uint32_t* hues;
   const std::uint8_t* degrees;
+  float degree_steps;  ///< 0 where the table of degrees serves
   const std::uint8_t* powers;
 };
 
@@ -108,10 +116,14 @@ struct Images {
   const std::uint16_t* power;
 };
 
-NEROVA_INLINE void paint_style(AzimuthStyle style, const Tables& tables, const Images& images, std::size_t count,
-                               std::uint8_t* colours) {
+NEROVA_INLINE std::uint16_t stepped_level(std::uint16_t degree, float steps) {
+  return static_cast<std::uint16_t>(std::min(255.0F, static_cast<float>(degree) * steps + 0.5F));
+}
+
+template <class DegreeAt>
+NEROVA_INLINE void paint_style(AzimuthStyle style, const Tables& tables, const Images& images,
+                               const DegreeAt& degree_at, std::size_t count, std::uint8_t* colours) {
   const auto hue_at = [=](std::size_t i) { return tables.hues[images.azimuth[i]]; };
-  const auto degree_at = [=](std::size_t i) { return tables.degrees[images.degree[i]]; };
   const auto grey_at = [=](std::size_t i) { return tables.powers[images.power[i]]; };
   const auto nothing = [](std::size_t) { return std::uint8_t{0}; };
   switch (style) {
@@ -123,6 +135,19 @@ NEROVA_INLINE void paint_style(AzimuthStyle style, const Tables& tables, const I
       return paint_pixels<AzimuthStyle::dark>(count, hue_at, degree_at, nothing, colours);
     case AzimuthStyle::composite:
       return paint_pixels<AzimuthStyle::composite>(count, hue_at, degree_at, grey_at, colours);
+  }
+}
+
+NEROVA_INLINE void paint_style(AzimuthStyle style, const Tables& tables, const Images& images, std::size_t count,
+                               std::uint8_t* colours) {
+  if (tables.degree_steps > 0.0F) {
+    paint_style(
+        style, tables, images, [=](std::size_t i) { return stepped_level(images.degree[i], tables.degree_steps); },
+        count, colours);
+  } else {
+    paint_style(
+        style, tables, images, [=](std::size_t i) { return std::uint16_t{tables.degrees[images.degree[i]]}; }, count,
+        colours);
   }
 }
 
@@ -151,6 +176,18 @@ std::vector<Value> table_of(int maximum, const ValueOf& value_of) {
   }
   table.resize(std::size_t{1} << 16U, table.back());
   return table;
+}
+
+/** The steps of a degree by which a product gives every level of the table, or 0: vectors multiply faster than they
+ * look up. */
+float steps_of(const std::vector<std::uint8_t>& levels, double full_level_degree) {
+  const auto steps = static_cast<float>(255.0 / full_level_degree);
+  for (std::size_t degree = 0; degree < levels.size(); ++degree) {
+    if (stepped_level(static_cast<std::uint16_t>(degree), steps) != levels[degree]) {
+      return 0.0F;
+    }
+  }
+  return steps;
 }
 
 }  // namespace
@@ -189,6 +226,7 @@ AzimuthColours::AzimuthColours(AzimuthStyle style, const Scales& scales, Channel
   if (needs_degree()) {
     degrees_ = table_of<std::uint8_t>(scales.output_maximum,
                                       [&](double share) { return mixing_level(share / scales.degree_end); });
+    degree_steps_ = steps_of(degrees_, scales.output_maximum * scales.degree_end);
   }
   if (needs_power()) {
     powers_ =
@@ -198,7 +236,7 @@ AzimuthColours::AzimuthColours(AzimuthStyle style, const Scales& scales, Channel
 
 void AzimuthColours::paint(const std::uint16_t* azimuth, const std::uint16_t* degree, const std::uint16_t* power,
                            std::size_t count, std::uint8_t* colours) const {
-  const Tables tables{hues_.data(), degrees_.data(), powers_.data()};
+  const Tables tables{hues_.data(), degrees_.data(), degree_steps_, powers_.data()};
   const Images images{azimuth, degree, power};
   (avx2_ ? paint_avx2 : paint_baseline)(style_, tables, images, count, colours);
 }

@@ -81,6 +81,7 @@ class AzimuthColours {
   bool avx2_;
   std::vector<std::uint32_t> hues_;    ///< by azimuth: a byte for each channel, or what is missing to 255 of it
   std::vector<std::uint8_t> degrees_;  ///< by degree: saturation or brightness
+  float degree_steps_ = 0.0F;          ///< levels of a step of the degree, where that gives the same as degrees_
   std::vector<std::uint8_t> powers_;   ///< by power: brightness
 };
 
