@@ -14,6 +14,9 @@ Bytes read_bytes(const std::string& path);
  * CodecError. */
 void read_bytes(const std::string& path, std::uint64_t offset, std::size_t count, Bytes& bytes);
 
+/** The same into `room`; returns how many bytes. */
+std::size_t read_bytes(const std::string& path, std::uint64_t offset, void* room, std::size_t count);
+
 /** Length of a file. Throws CodecError. */
 std::uint64_t file_length(const std::string& path);
 

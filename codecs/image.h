@@ -67,8 +67,18 @@ struct GreyPage {
   std::vector<std::uint16_t> pixels;
 };
 
-/** Significant bits by what the file declares: those of the greatest value, else all that there is room for. */
-int declared_bit_depth(const PageFacts& facts);
+/** Key of the text by which a PNG file of a frame says its significant bits, in digits. */
+constexpr const char* bit_depth_key = "BitDepth";
+
+/** What a file says of the significant bits of its samples. */
+struct DeclaredDepth {
+  int bits;        ///< 1 to 16
+  bool is_stated;  ///< else they are all that a sample has room for, which need not mean anything
+  bool is_scaled;  ///< samples were scaled up from so many bits to all that they have room for
+};
+
+/** By the greatest value unless that is all a sample has room for, a text of bit_depth_key, or PNG's sBIT. */
+DeclaredDepth declared_depth(const PageFacts& facts);
 
 /** The most pixels that a page may have unless a reader is told otherwise. */
 constexpr std::uint64_t default_pixel_limit = std::uint64_t{1} << 28U;

@@ -182,7 +182,7 @@ std::string npy_header(Element element, const std::vector<std::size_t>& shape) {
   return header + description;
 }
 
-NpyArray parse_npy(const Bytes& bytes, const std::string& name) {
+NpyArray parse_npy(const Bytes& bytes, std::uint64_t size, const std::string& name) {
   constexpr std::size_t version_length = 2;
   std::size_t at = magic_length + version_length;
   if (!is_npy(bytes) || bytes.size() < at) {
@@ -207,7 +207,7 @@ NpyArray parse_npy(const Bytes& bytes, const std::string& name) {
                          bytes.begin() + static_cast<std::ptrdiff_t>(at + length));
   Description(text, name).parse(array);
   array.at = at + static_cast<std::size_t>(length);
-  const std::size_t present = (bytes.size() - array.at) / size_of(array.element);
+  const std::uint64_t present = (size - array.at) / size_of(array.element);
   for (const std::size_t extent : array.shape) {
     if (extent != 0 && array.count > std::numeric_limits<std::size_t>::max() / extent) {
       fail(name, "its array is larger than any memory");
@@ -232,13 +232,11 @@ std::vector<float> npy_floats(const Bytes& bytes, const NpyArray& array) {
   return values;
 }
 
-void npy_pixels(const Bytes& bytes, const NpyArray& array, std::size_t first, std::size_t count,
-                std::uint16_t* pixels) {
-  const unsigned char* const start = bytes.data() + array.at + first * size_of(array.element);
+void npy_pixels(const unsigned char* elements, const NpyArray& array, std::size_t count, std::uint16_t* pixels) {
   if (array.element == Element::uint16) {
-    join_bytes(start, count, array.high_byte_first, pixels);
+    join_bytes(elements, count, array.high_byte_first, pixels);
   } else {
-    widen(start, count, pixels);
+    widen(elements, count, pixels);
   }
 }
 

@@ -26,16 +26,23 @@ struct NpyArray {
   std::size_t count = 1;           ///< elements, all of them present
 };
 
+/** So many bytes of a file hold the head of any array of images. */
+constexpr std::size_t npy_head_room = std::size_t{1} << 17U;
+
 /**
- * Reads the head of an array of 8- or 16-bit unsigned integers or 32-bit floats. `name` stands for the file in errors.
- * Throws CodecError, also for other elements, for Fortran order, and where elements are missing.
+ * Reads the head of an array of 8- or 16-bit unsigned integers or 32-bit floats from a file's first bytes, `size` being
+ * the length of the whole file. `name` stands for the file in errors. Throws CodecError, also for other elements, for
+ * Fortran order, and where elements are missing.
  */
-NpyArray parse_npy(const Bytes& bytes, const std::string& name);
+NpyArray parse_npy(const Bytes& head, std::uint64_t size, const std::string& name);
+
+/** The same of a file that is in memory. */
+inline NpyArray parse_npy(const Bytes& bytes, const std::string& name) { return parse_npy(bytes, bytes.size(), name); }
 
 /** All of its elements, in the byte order of the machine. */
 std::vector<float> npy_floats(const Bytes& bytes, const NpyArray& array);
 
-/** Integers, one page of a stack of images (of a single one: page 0): `pixels` has room for them. */
-void npy_pixels(const Bytes& bytes, const NpyArray& array, std::size_t first, std::size_t count, std::uint16_t* pixels);
+/** So many integers of the array, which begin at `elements`, into `pixels`, which has room for them. */
+void npy_pixels(const unsigned char* elements, const NpyArray& array, std::size_t count, std::uint16_t* pixels);
 
 }  // namespace nerova_zel

@@ -38,9 +38,10 @@ int next_number(const Bytes& bytes, std::size_t& at) {
   return value;
 }
 
-Header read_header(const Bytes& bytes, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit) {
+/** Of the image whose bytes, or at least the first, are given; `at` counts from there. */
+Header parse_header(const Bytes& bytes, const std::string& name, std::uint64_t pixel_limit) {
   Header header;
-  header.at = static_cast<std::size_t>(offset) + 2;
+  header.at = 2;
   header.width = next_number(bytes, header.at);
   header.height = next_number(bytes, header.at);
   header.greatest = next_number(bytes, header.at);
@@ -53,9 +54,24 @@ Header read_header(const Bytes& bytes, const std::string& name, std::uint64_t of
   return header;
 }
 
-bool begins_at(const Bytes& bytes, std::size_t at) {
-  return bytes.size() >= 2 && at <= bytes.size() - 2 && bytes[at] == 'P' && bytes[at + 1] == '5';
+/** Of the image that begins at `offset`. Comments may make a header long. */
+Header read_header(ByteSource& source, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit) {
+  constexpr std::size_t usual_room = 256;
+  constexpr std::size_t greatest_room = std::size_t{1} << 20U;
+  for (std::size_t room = usual_room; room < greatest_room; room *= 16) {
+    const Bytes head = source.part(offset, room);
+    std::size_t at = 2;
+    for (int numbers = 0; numbers < 3; ++numbers) {
+      next_number(head, at);
+    }
+    if (at < head.size()) {  // the last number has ended
+      return parse_header(head, name, pixel_limit);
+    }
+  }
+  return parse_header(source.part(offset, greatest_room), name, pixel_limit);
 }
+
+bool begins_here(const Bytes& bytes) { return bytes.size() >= 2 && bytes[0] == 'P' && bytes[1] == '5'; }
 
 PageFacts facts_of(const Header& header) {
   PageFacts facts;
@@ -68,26 +84,27 @@ PageFacts facts_of(const Header& header) {
 
 }  // namespace
 
-bool is_pgm(const Bytes& bytes) { return begins_at(bytes, 0); }
+bool is_pgm(const Bytes& bytes) { return begins_here(bytes); }
 
-std::vector<std::uint64_t> pgm_pages(const Bytes& bytes, const std::string& name, std::uint64_t pixel_limit) {
+std::vector<std::uint64_t> pgm_pages(ByteSource& source, const std::string& name, std::uint64_t pixel_limit) {
   std::vector<std::uint64_t> offsets;
-  for (std::size_t at = 0; begins_at(bytes, at);) {
+  for (std::uint64_t at = 0; begins_here(source.part(at, 2));) {
     offsets.push_back(at);
-    const Header header = read_header(bytes, name, at, pixel_limit);
-    at = header.at + header.bytes();
+    const Header header = read_header(source, name, at, pixel_limit);
+    at += header.at + header.bytes();
   }
   return offsets;
 }
 
-PageFacts pgm_facts(const Bytes& bytes, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit) {
-  return facts_of(read_header(bytes, name, offset, pixel_limit));
+PageFacts pgm_facts(ByteSource& source, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit) {
+  return facts_of(read_header(source, name, offset, pixel_limit));
 }
 
-void read_pgm(const Bytes& bytes, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit,
+void read_pgm(ByteSource& source, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit,
               GreyPage& page) {
-  const Header header = read_header(bytes, name, offset, pixel_limit);
-  const std::size_t present = bytes.size() - std::min(header.at, bytes.size());
+  const Header header = read_header(source, name, offset, pixel_limit);
+  const std::uint64_t at = offset + header.at;
+  const std::uint64_t present = source.size() - std::min(at, source.size());
   if (present < header.bytes()) {
     throw CodecError(CodecError::Reason::damaged, name + " is cut short: " + std::to_string(header.width) + " x " +
                                                       std::to_string(header.height) + " pixels take " +
@@ -96,10 +113,11 @@ void read_pgm(const Bytes& bytes, const std::string& name, std::uint64_t offset,
   }
   page.facts = facts_of(header);
   page.pixels.resize(header.pixels);
+  const Bytes samples = source.part(at, header.bytes());
   if (header.greatest > 255) {
-    join_bytes(bytes.data() + header.at, header.pixels, true, page.pixels.data());
+    join_bytes(samples.data(), header.pixels, true, page.pixels.data());
   } else {
-    widen(bytes.data() + header.at, header.pixels, page.pixels.data());
+    widen(samples.data(), header.pixels, page.pixels.data());
   }
 }
 

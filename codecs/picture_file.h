@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "byte_source.h"
 #include "image.h"
 #include "npy_file.h"
 
@@ -13,8 +15,8 @@ enum class PictureFormat { png, tiff, pgm, npy };
 
 /**
  * A file of grey images of unsigned integers: PNG, TIFF, binary PGM, or a NumPy array of rows and columns, or of
- * images, rows and columns. Told apart by content, not by name. The file is kept in memory; its pages are decoded when
- * they are read. Errors are CodecErrors.
+ * images, rows and columns. Told apart by content, not by name. Only what a page needs is read, when it is read; the
+ * file is not kept open. Errors are CodecErrors.
  *
  * Thread safety: any number of threads may read pages at the same time.
  */
@@ -38,10 +40,13 @@ class PictureFile {
 
  private:
   void find_pages();
+  void find_arrays(ByteSource& source);
+  std::unique_ptr<ByteSource> open() const;
   PageFacts npy_facts() const;
 
+  bool in_memory_;
   Bytes bytes_;
-  std::string name_;
+  std::string name_;  ///< the path of a file that is not in memory
   std::uint64_t pixel_limit_;
   PictureFormat format_ = PictureFormat::png;
   std::vector<std::uint64_t> pages_;  ///< where they begin: an offset in the file, or an array's first element

@@ -7,15 +7,26 @@
 
 namespace nerova_zel {
 
-int declared_bit_depth(const PageFacts& facts) {
-  if (!facts.greatest) {
-    return facts.stored_bits;
+DeclaredDepth declared_depth(const PageFacts& facts) {
+  const int all = facts.stored_bits;
+  if (facts.greatest && *facts.greatest < (1 << static_cast<unsigned>(all)) - 1) {
+    int bits = 1;
+    while ((1 << bits) - 1 < *facts.greatest) {
+      ++bits;
+    }
+    return {bits, true, false};
   }
-  int bits = 1;
-  while (bits < 16 && (1 << bits) - 1 < *facts.greatest) {
-    ++bits;
+  for (const TextEntry& entry : facts.texts) {
+    const std::string& text = entry.text;
+    const bool is_number = !text.empty() && text.size() <= 2 && text.find_first_not_of("0123456789") == text.npos;
+    if (entry.key == bit_depth_key && is_number && std::stoi(text) >= 1 && std::stoi(text) <= all) {
+      return {std::stoi(text), true, false};
+    }
   }
-  return bits;
+  if (facts.significant_bits) {
+    return {*facts.significant_bits, true, *facts.significant_bits < all};
+  }
+  return {all, all != 8 && all != 16, false};
 }
 
 std::size_t checked_pixel_count(const std::string& name, std::uint64_t width, std::uint64_t height,

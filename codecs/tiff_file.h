@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "byte_source.h"
 #include "image.h"
 
 namespace nerova_zel {
@@ -16,14 +17,14 @@ bool is_tiff(const Bytes& bytes);
  * Where the directories of a TIFF file's pages lie; thumbnails and masks, as their tags declare them, are left out.
  * `name` stands for the file in errors. Throws CodecError.
  */
-std::vector<std::uint64_t> tiff_pages(const Bytes& bytes, const std::string& name);
+std::vector<std::uint64_t> tiff_pages(ByteSource& source, const std::string& name);
 
 /** What the page whose directory lies at `offset` says of itself. Throws CodecError, also for pixels that are not grey.
  */
-PageFacts tiff_facts(const Bytes& bytes, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit);
+PageFacts tiff_facts(ByteSource& source, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit);
 
 /** Its pixels as well: of 1, 2, 4 or 8 to 16 bits, in strips or tiles, compressed or not. Throws CodecError. */
-void read_tiff(const Bytes& bytes, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit,
+void read_tiff(ByteSource& source, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit,
                GreyPage& page);
 
 /** What a TIFF file says beside its pixels. */

@@ -11,7 +11,7 @@ namespace nerova_zel {
 
 std::string TiffMemory::error() const { return message_text(error_); }
 
-TiffMemory::TiffMemory(const Bytes& input) : input_(&input) {
+TiffMemory::TiffMemory(ByteSource& input) : input_(&input) {
   open("rm");  // m: no memory mapping
 }
 
@@ -55,10 +55,15 @@ void TiffMemory::close() {
 }
 
 tmsize_t TiffMemory::read(void* room, tmsize_t count) {
-  const std::uint64_t left = size() - std::min(size(), position_);
-  const auto taken = static_cast<std::size_t>(std::min<std::uint64_t>(left, static_cast<std::uint64_t>(count)));
-  if (taken > 0) {
-    std::memcpy(room, (output_ != nullptr ? output_->data() : input_->data()) + position_, taken);
+  std::size_t taken = 0;
+  if (output_ != nullptr) {
+    taken = MemorySource(*output_).read(position_, room, static_cast<std::size_t>(count));
+  } else {
+    try {
+      taken = input_->read(position_, room, static_cast<std::size_t>(count));
+    } catch (...) {  // libtiff is C
+      return -1;
+    }
   }
   position_ += taken;
   return static_cast<tmsize_t>(taken);

@@ -5,15 +5,17 @@
 #include <cstdint>
 #include <string>
 
+#include "byte_source.h"
 #include "image.h"
 
 namespace nerova_zel {
 
-/** A TIFF file in memory, opened with libtiff. What libtiff has to say of errors is kept here and printed nowhere. */
+/** A TIFF file that is read in parts or written to memory, opened with libtiff. What libtiff has to say of errors is
+ * kept here and printed nowhere. */
 class TiffMemory {
  public:
   /** Opens a file for reading; `input` must outlive this. tiff() is NULL if libtiff refuses it. */
-  explicit TiffMemory(const Bytes& input);
+  explicit TiffMemory(ByteSource& input);
 
   /** Begins a file with the low byte first; `output` must outlive this. Throws std::bad_alloc. */
   explicit TiffMemory(Bytes& output);
@@ -40,7 +42,7 @@ class TiffMemory {
                                                     va_list arguments);
   static int on_warning(TIFF* tiff, void* self, const char* module, const char* format, va_list arguments);
 
-  const Bytes* input_ = nullptr;
+  ByteSource* input_ = nullptr;
   Bytes* output_ = nullptr;
   std::uint64_t position_ = 0;
   char error_[160] = "";

@@ -15,7 +15,7 @@ namespace {
 
 class TiffReader {
  public:
-  TiffReader(const Bytes& bytes, const std::string& name) : name_(name), file_(bytes) {
+  TiffReader(ByteSource& source, const std::string& name) : name_(name), file_(source) {
     if (file_.tiff() == nullptr) {
       fail();
     }
@@ -230,19 +230,19 @@ bool is_tiff(const Bytes& bytes) {
          });
 }
 
-std::vector<std::uint64_t> tiff_pages(const Bytes& bytes, const std::string& name) {
-  return TiffReader(bytes, name).pages();
+std::vector<std::uint64_t> tiff_pages(ByteSource& source, const std::string& name) {
+  return TiffReader(source, name).pages();
 }
 
-PageFacts tiff_facts(const Bytes& bytes, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit) {
-  TiffReader reader(bytes, name);
+PageFacts tiff_facts(ByteSource& source, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit) {
+  TiffReader reader(source, name);
   reader.go_to(offset);
   return reader.facts(pixel_limit);
 }
 
-void read_tiff(const Bytes& bytes, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit,
+void read_tiff(ByteSource& source, const std::string& name, std::uint64_t offset, std::uint64_t pixel_limit,
                GreyPage& page) {
-  TiffReader reader(bytes, name);
+  TiffReader reader(source, name);
   reader.go_to(offset);
   page.facts = reader.facts(pixel_limit);
   reader.pixels(page);

@@ -23,7 +23,10 @@ constexpr Advice advices[] = {
     {Fact::library_not_loaded, "", "", "say where it is with --library PATH"},
     {Fact::file_length, "", "", "say --pixel-format for many frames in a file or packed pixels"},
     {Fact::bit_depth_too_great, "the bit depth ", "--bit-depth ", ""},
+    {Fact::bit_depth_unknown, "", "", "say it with --bit-depth"},
     {Fact::value_too_great, "", "", "say its bit depth with --bit-depth"},
+    {Fact::overflow, "", "", "--bit-depth or --pixel-format is wrong, or --allow-overflow takes them as they are"},
+    {Fact::other_bit_depth, "", "", "use frames of that bit depth, or say it with --bit-depth"},
     {Fact::region_beyond_frame, "the region ", "the region of --roi ", ""},
     {Fact::wrong_orientation, "", "",
      "--layout or --origin is wrong, or the angles of the frames do not count counter-clockwise from the image's "

@@ -4,9 +4,7 @@
 #include <cctype>
 #include <filesystem>
 
-#include "input_bytes.h"
 #include "pgm_file.h"
-#include "picture_file.h"
 #include "png_file.h"
 #include "tiff_file.h"
 #include "usage_error.h"
@@ -30,12 +28,19 @@ Bytes headerless(const std::vector<std::uint16_t>& pixels, bool two_bytes) {
 
 }  // namespace
 
-RawFrame read_picture(const std::string& path) {
-  const PictureFile file(read_file(path, "the file of a frame"), path);
-  GreyPage page;
-  file.read(0, page);
-  const PageFacts& facts = page.facts;
-  return {facts.width, facts.height, declared_bit_depth(facts), facts.stored_bits, std::move(page.pixels)};
+void read_page(const PictureFile& file, std::uint64_t page, RawFrame& frame) {
+  GreyPage room;
+  room.pixels.swap(frame.pixels);
+  file.read(static_cast<std::size_t>(page), room);
+  const DeclaredDepth depth = declared_depth(room.facts);
+  frame.width = room.facts.width;
+  frame.height = room.facts.height;
+  frame.bit_depth = depth.bits;
+  frame.storage_bits = room.facts.stored_bits;
+  frame.depth_is_stated = depth.is_stated;
+  frame.scaled_from_bits = depth.is_scaled ? depth.bits : 0;
+  frame.orientation = room.facts.orientation;
+  frame.pixels.swap(room.pixels);
 }
 
 std::string lower_case_extension(const std::string& path) {
@@ -72,7 +77,10 @@ Bytes encode_frame(const std::vector<std::uint16_t>& pixels, int width, int heig
   if (two_bytes) {
     image.data = pixels.data();
   }
-  return extension == ".png" ? encode_png(image) : encode_tiff(image);
+  if (extension == ".png") {
+    return encode_png(image, {{bit_depth_key, std::to_string(bit_depth)}});
+  }
+  return encode_tiff(image, {"", "", (1 << bit_depth) - 1});
 }
 
 }  // namespace nerova_zel

@@ -6,12 +6,12 @@
 
 #include "frames/raw_frame.h"
 #include "image.h"
+#include "picture_file.h"
 
 namespace nerova_zel {
 
-/** Reads a PNG, TIFF, binary PGM or NPY file of grey pixels, the first page of several. Throws Failure or CodecError.
- */
-RawFrame read_picture(const std::string& path);
+/** Reads a page of grey pixels. Throws CodecError. */
+void read_page(const PictureFile& file, std::uint64_t page, RawFrame& frame);
 
 /**
  * The file's bytes for a raw mosaic frame, in the form that `path` names by its extension: .png, .tif, .tiff, .pgm or

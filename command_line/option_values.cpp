@@ -59,6 +59,27 @@ Region parse_region(const std::string& text) {
   return {corner->first, corner->second, {size->first, size->second}};
 }
 
+FrameRange parse_frames(const std::string& text) {
+  const std::size_t colon = text.find(':');
+  const auto number = [](const std::string& digits) -> std::optional<std::uint64_t> {
+    if (digits.empty() || digits.size() > 18 || digits.find_first_not_of("0123456789") != std::string::npos) {
+      return std::nullopt;
+    }
+    return std::stoull(digits);
+  };
+  if (colon != std::string::npos) {
+    const std::string first = text.substr(0, colon);
+    const std::string end = text.substr(colon + 1);
+    const FrameRange range{number(first).value_or(0), number(end)};
+    const bool good = (first.empty() || number(first)) && (end.empty() || range.end) && (!first.empty() || range.end);
+    if (good && range.first < range.end.value_or(range.first + 1)) {
+      return range;
+    }
+  }
+  throw UsageError("--frames " + text +
+                   " is no range; it should read A:B for frames A to B - 1, A: or :B, counted from 0.");
+}
+
 std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest) {
   std::vector<double> values;
   std::istringstream stream(text);

@@ -11,7 +11,11 @@ enum class Fact {
   library_not_loaded,   ///< nothing can be computed without the polarization processor library
   file_length,          ///< a headerless file does not hold one frame of 8- or 16-bit pixels
   bit_depth_too_great,  ///< a pixel has fewer bits than are to be used
-  value_too_great,      ///< a pixel has a value above the full scale of the bit depth
+  bit_depth_unknown,    ///< left-aligned pixels need one
+  stride_without_format,
+  value_too_great,  ///< a pixel has a value above the full scale of the bit depth
+  overflow,         ///< more than a few pixels have
+  other_bit_depth,  ///< a calibration was made with another one
   region_beyond_frame,
   colour_calibration,  ///< a calibration of colours is given for a frame without
   grey_calibration,    ///< and the other way round

@@ -14,6 +14,14 @@ namespace fs = std::filesystem;
 
 std::string FrameInput::name() const { return is_standard_input() ? "standard input" : path; }
 
+std::optional<std::uint64_t> FrameInput::wanted_frames() const {
+  if (!frames && !range.end) {
+    return std::nullopt;
+  }
+  const std::uint64_t end = !frames ? *range.end : !range.end ? *frames : std::min(*frames, *range.end);
+  return end - range.first;
+}
+
 std::string FrameInput::frame_name(std::uint64_t number) const {
   return name() + (is_numbered() ? " frame " + std::to_string(number) : "");
 }
@@ -38,7 +46,8 @@ std::string stem_of(const fs::path& path, const fs::path& argument) {
 }  // namespace
 
 std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
-                                    const std::optional<HeaderlessLayout>& headerless, bool recursive) {
+                                    const std::optional<HeaderlessLayout>& headerless, bool recursive,
+                                    const FrameRange& range) {
   std::vector<FrameInput> inputs;
   std::set<fs::path> seen;
   std::size_t outputs = 0;
@@ -48,7 +57,7 @@ std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
         throw UsageError("standard input is a stream of headerless pixels; say --raw WxH and --pixel-format.");
       }
       if (seen.insert(argument).second) {
-        inputs.push_back({argument, std::nullopt, "stdin"});
+        inputs.push_back({argument, std::nullopt, "stdin", range, nullptr});
       }
       continue;
     }
@@ -57,7 +66,13 @@ std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
     for (const std::string& path : found.paths) {
       std::error_code error;
       if (seen.insert(fs::weakly_canonical(path, error)).second) {
-        inputs.push_back({path, frames_in_file(path, headerless), stem_of(path, argument)});
+        FrameInput input{path, 1, stem_of(path, argument), range, nullptr};
+        count_frames_of(input, headerless);
+        if (range.first >= *input.frames) {
+          throw Failure(path + " holds " + std::to_string(*input.frames) + (*input.frames == 1 ? " frame" : " frames") +
+                        ", numbered from 0; --frames begins at " + std::to_string(range.first) + ".");
+        }
+        inputs.push_back(std::move(input));
       }
     }
   }

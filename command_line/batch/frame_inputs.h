@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "frames/headerless_frame.h"
+#include "picture_file.h"
 
 namespace nerova_zel {
 
@@ -20,10 +22,17 @@ struct FrameInput {
   std::optional<std::uint64_t> frames = 1;
   /** What the names of its outputs begin with, "run" or "below/run". */
   std::string stem;
+  /** Which of them are wanted, by number. */
+  FrameRange range;
+  /** A file of several pages, or nothing. */
+  std::shared_ptr<const PictureFile> pictures;
 
   bool is_standard_input() const { return path == "-"; }
   /** Whether it is a stream, whose frames are told apart by numbers from 0. */
   bool is_numbered() const { return frames != std::uint64_t{1}; }
+
+  /** How many of its frames are wanted; unknown for standard input without an end. */
+  std::optional<std::uint64_t> wanted_frames() const;
 
   /** What to call it when talking to the user. */
   std::string name() const;
@@ -37,9 +46,10 @@ struct FrameInput {
  * What the arguments name, in their order: "-" is standard input, see expand_argument for the others. A file that is
  * named twice counts once. A file that is missing or broken is an input all the same: its own turn will tell.
  * `headerless` is set when files have no header; `recursive` takes the folders below a folder, too, whose names become
- * part of the stems. Throws Failure.
+ * part of the stems. Throws Failure, also for a file that ends before `range` begins.
  */
 std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
-                                    const std::optional<HeaderlessLayout>& headerless, bool recursive = false);
+                                    const std::optional<HeaderlessLayout>& headerless, bool recursive,
+                                    const FrameRange& range);
 
 }  // namespace nerova_zel

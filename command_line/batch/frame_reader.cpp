@@ -15,41 +15,60 @@ constexpr const char* frame_file = "the file of a frame";
 
 }  // namespace
 
-std::uint64_t frames_in_file(const std::string& path, const std::optional<HeaderlessLayout>& headerless) {
-  if (!headerless) {
-    return 1;
-  }
+std::shared_ptr<const PictureFile> open_picture(const std::string& path) {
   std::error_code error;
-  const std::uint64_t bytes = std::filesystem::file_size(path, error);
-  return error ? 1 : count_frames(bytes, *headerless);
+  if (std::filesystem::is_directory(path, error)) {
+    throw Failure(path + " is a directory; " + frame_file + " is needed.");
+  }
+  return std::make_shared<PictureFile>(path);
+}
+
+void count_frames_of(FrameInput& input, const std::optional<HeaderlessLayout>& headerless) {
+  if (headerless) {
+    std::error_code error;
+    const std::uint64_t bytes = std::filesystem::file_size(input.path, error);
+    input.frames = error ? 1 : count_frames(bytes, *headerless);
+    return;
+  }
+  try {
+    const std::shared_ptr<const PictureFile> pictures = open_picture(input.path);
+    input.frames = pictures->page_count();
+    if (input.frames > std::uint64_t{1}) {
+      input.pictures = pictures;  // where its pages lie need not be found out again
+    }
+  } catch (const std::exception&) {
+    input.frames = 1;  // its own turn will tell what is wrong
+  }
 }
 
 void read_frame(const FrameTicket& ticket, const std::optional<HeaderlessLayout>& headerless, Bytes& bytes,
                 RawFrame& frame) {
-  const std::string& path = ticket.input->path;
+  const FrameInput& input = *ticket.input;
   if (!headerless) {
-    frame = read_picture(path);
+    read_page(input.pictures ? *input.pictures : *open_picture(input.path), ticket.number, frame);
     return;
   }
   HeaderlessLayout layout = *headerless;
   if (!layout.format) {
-    bytes = read_file(path, frame_file);
-    layout.format = format_by_length(path, layout.size, bytes.size());
-  } else if (!ticket.input->is_standard_input()) {
-    const std::size_t length = frame_bytes(layout);
-    read_part_of_file(path, frame_file, ticket.number * length, length, bytes);
+    bytes = read_file(input.path, frame_file);
+    layout.format = format_by_length(input.path, layout, bytes.size());
+    bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(layout.header));
+  } else if (!input.is_standard_input()) {
+    read_part_of_file(input.path, frame_file, frame_offset(layout, ticket.number), frame_bytes(layout), bytes);
   }
   unpack_frame(ticket.name(), bytes, layout, frame);
 }
 
 RawFrame read_only_frame(const std::string& path, const std::optional<HeaderlessLayout>& headerless) {
-  if (frames_in_file(path, headerless) > 1) {
+  FrameInput input;
+  input.path = path;
+  count_frames_of(input, headerless);
+  if (input.frames > std::uint64_t{1}) {
     throw Failure(path + " holds more than one frame; files of a single one are needed.");
   }
   if (!headerless) {
     refuse_output(path);
   }
-  const FrameInput input{path, 1, ""};
   Bytes bytes;
   RawFrame frame;
   read_frame({0, &input, 0}, headerless, bytes, frame);

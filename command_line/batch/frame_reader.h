@@ -11,8 +11,11 @@
 
 namespace nerova_zel {
 
-/** How many frames a file holds, a last one that is cut short included; 1 for what cannot be read, or is a picture. */
-std::uint64_t frames_in_file(const std::string& path, const std::optional<HeaderlessLayout>& headerless);
+/**
+ * Finds out how many frames the input's file holds: pages of a picture file, or headerless frames, a last one that is
+ * cut short included. 1 for what cannot be read.
+ */
+void count_frames_of(FrameInput& input, const std::optional<HeaderlessLayout>& headerless);
 
 /**
  * Reads the ticket's frame into `frame`: a picture, or with `headerless` pixels without a header. Of standard input

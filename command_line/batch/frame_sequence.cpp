@@ -1,5 +1,6 @@
 #include "batch/frame_sequence.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "input_bytes.h"
@@ -12,28 +13,40 @@ FrameSequence::FrameSequence(std::vector<FrameInput> inputs, std::optional<Heade
 std::optional<std::uint64_t> FrameSequence::total() const {
   std::uint64_t sum = 0;
   for (const FrameInput& input : inputs_) {
-    if (!input.frames) {
+    const std::optional<std::uint64_t> wanted = input.wanted_frames();
+    if (!wanted) {
       return std::nullopt;
     }
-    sum += *input.frames;
+    sum += *wanted;
   }
   return sum;
+}
+
+bool FrameSequence::read_stream(Bytes& bytes) {
+  const std::size_t length = frame_bytes(*headerless_);
+  if (number_ == 0) {
+    std::uint64_t skipped = frame_offset(*headerless_, inputs_[input_].range.first);
+    while (skipped > 0) {
+      const std::uint64_t part = std::min<std::uint64_t>(skipped, std::uint64_t{1} << 20U);
+      read_standard_input(static_cast<std::size_t>(part), bytes);
+      if (bytes.empty()) {
+        return false;
+      }
+      skipped -= bytes.size();
+    }
+  }
+  read_standard_input(length, bytes);
+  return !bytes.empty();
 }
 
 bool FrameSequence::next(FrameTicket& ticket, Bytes& bytes) {
   const std::lock_guard<std::mutex> lock(mutex_);
   while (input_ < inputs_.size()) {
     const FrameInput& input = inputs_[input_];
-    bool ended = false;
-    if (input.is_standard_input()) {
-      const std::size_t needed = frame_bytes(*headerless_);
-      read_standard_input(needed, bytes);
-      ended = bytes.empty();
-    } else {
-      ended = number_ == *input.frames;
-    }
+    const std::optional<std::uint64_t> wanted = input.wanted_frames();
+    const bool ended = number_ == wanted || (input.is_standard_input() && !read_stream(bytes));
     if (!ended) {
-      ticket = {index_++, &input, number_++};
+      ticket = {index_++, &input, input.range.first + number_++};
       return true;
     }
     ++input_;

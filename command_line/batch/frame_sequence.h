@@ -33,7 +33,7 @@ class FrameSequence {
   /** Whether all there is to do is a single frame, not one of a stream. */
   bool is_lone_frame() const { return inputs_.size() == 1 && !inputs_.front().is_numbered(); }
 
-  /** The number of frames; unknown when standard input is among them. */
+  /** The number of frames; unknown when standard input without an end is among them. */
   std::optional<std::uint64_t> total() const;
 
   /**
@@ -46,7 +46,11 @@ class FrameSequence {
   const std::vector<FrameInput> inputs_;
   const std::optional<HeaderlessLayout> headerless_;
   std::mutex mutex_;
+  /** Reads the next frame of standard input, and first what comes before; false where it ends. */
+  bool read_stream(Bytes& bytes);
+
   std::size_t input_ = 0;
+  /** Of the next frame among the wanted ones of its input. */
   std::uint64_t number_ = 0;
   std::uint64_t index_ = 0;
 };

@@ -18,6 +18,7 @@
 #include "file_set.h"
 #include "formatted.h"
 #include "frame_files.h"
+#include "frames/bit_depth.h"
 #include "messages.h"
 #include "option_declarations.h"
 #include "results.h"
@@ -63,12 +64,14 @@ CalibrationSeries read_series(const CalibrateOptions& options) {
   const std::optional<HeaderlessLayout> headerless = options.headerless.layout();
   CalibrationSeries series(options.layout, options.origin);
   for (const SourceFile& source : sources) {
-    const RawFrame frame = read_only_frame(source.path, headerless);
-    series.add(source.path, source.angle, frame, bit_depth_of(frame, options.bit_depth, source.path));
+    RawFrame frame = read_only_frame(source.path, headerless);
+    const int bit_depth = settle_bit_depth(frame, {options.bit_depth}, source.path);
+    series.add(source.path, source.angle, frame, bit_depth);
   }
   if (options.dark) {
-    const RawFrame frame = read_only_frame(*options.dark, headerless);
-    series.set_dark(*options.dark, frame, bit_depth_of(frame, options.bit_depth, *options.dark));
+    RawFrame frame = read_only_frame(*options.dark, headerless);
+    const int bit_depth = settle_bit_depth(frame, {options.bit_depth}, *options.dark);
+    series.set_dark(*options.dark, frame, bit_depth);
   }
   return series;
 }

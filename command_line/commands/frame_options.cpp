@@ -18,6 +18,26 @@ namespace nerova_zel {
 namespace {
 
 constexpr int most_jobs = 1024;
+constexpr long long most_bytes = 1'000'000'000;
+
+/** Cameras' names for the same bits are taken too, but not listed. */
+void add_pixel_format(CLI::App* command, std::optional<PixelFormat>& format, const std::string& help) {
+  std::vector<std::string> names;
+  for (const auto& [name, known] : pixel_format_names()) {
+    names.push_back(name);
+  }
+  const auto parse = [names](const std::string& text) -> std::optional<PixelFormat> {
+    for (const auto& table : {pixel_format_names(), pixel_format_aliases()}) {
+      for (const auto& [name, known] : table) {
+        if (name == text) {
+          return known;
+        }
+      }
+    }
+    refuse_choice("--pixel-format", text, names);
+  };
+  add_parsed<std::optional<PixelFormat>>(command, "--pixel-format", format, parse, help)->type_name(braced(names));
+}
 
 }  // namespace
 
@@ -60,17 +80,31 @@ void add_bit_depth(CLI::App* command, std::optional<int>& bit_depth, const std::
 void HeaderlessOptions::declare(CLI::App* command, const std::string& raw_help, const std::string& format_help) {
   const auto parse = [](const std::string& text) { return std::optional(parse_size("--raw", text)); };
   add_parsed<std::optional<FrameSize>>(command, "--raw", size_, parse, raw_help)->type_name("WxH");
-  add_choice<PixelFormat>(command, "--pixel-format", format_, pixel_format_names(), format_help);
+  add_pixel_format(command, format_, format_help);
+  limit(
+      command->add_option("--header", header_, "Bytes of a headerless file before its first frame")->type_name("BYTES"),
+      0, most_bytes);
+  limit(command
+            ->add_option("--stride", stride_, "Bytes from one row of headerless pixels to the next, if rows are padded")
+            ->type_name("BYTES"),
+        1, most_bytes);
 }
 
 std::optional<HeaderlessLayout> HeaderlessOptions::layout() const {
   if (!size_) {
-    if (format_) {
-      throw UsageError("--pixel-format is for headerless pixels; say their size with --raw WxH.");
+    const char* const alone = format_ ? "--pixel-format" : header_ ? "--header" : stride_ ? "--stride" : nullptr;
+    if (alone != nullptr) {
+      throw UsageError(std::string(alone) + " is for headerless pixels; say their size with --raw WxH.");
     }
     return std::nullopt;
   }
-  return HeaderlessLayout{*size_, format_};
+  const HeaderlessLayout layout{*size_, format_, header_.value_or(0), static_cast<std::size_t>(stride_.value_or(0))};
+  try {
+    check_layout(layout);
+  } catch (const Failure& failure) {
+    throw UsageError(failure.fact() == Fact::stride_without_format ? "--stride needs --pixel-format." : failure.what());
+  }
+  return layout;
 }
 
 void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
@@ -91,17 +125,29 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
                       "How headerless pixels lie in bytes\n"
                       "Files hold any number of frames then, which are told apart by number: STEM_000000_power.png. "
                       "Mono8, Mono10, Mono12 and Mono16 (16 bits, low byte first), Mono10p and Mono12p (streams of "
-                      "bits), Mono12Packed.");
+                      "bits), Mono10Packed, Mono12Packed. The names that polarization cameras have for the same bits "
+                      "are taken, too: Polarized12p and PolarizeMono12p are Mono12p.");
   add_layout(command, request.layout, &request.layout_is_given);
   add_origin(command, request.origin, "frame's top-left pixel");
   const auto parse = [](const std::string& text) { return std::optional(parse_region(text)); };
   add_parsed<std::optional<Region>>(command, "--roi", request.region, parse,
                                     "Only this region of the frame, as if the camera had read out no more")
       ->type_name("X,Y,W,H");
-  add_bit_depth(command, request.bit_depth,
-                "Significant bits of a pixel; else as the file says\n"
-                "A pixel format says it, and a PGM file by its greatest value; otherwise 8 or 16 bits are taken, as "
-                "many as the file has room for.");
+  add_bit_depth(
+      command, request.depth.bit_depth,
+      "Significant bits of a pixel; else as the file says\n"
+      "A pixel format says it, a PGM file by its greatest value, a TIFF file by MaxSampleValue, a PNG file by "
+      "a text BitDepth or by sBIT; otherwise 8 or 16 bits are taken, as many as the file has room for.");
+  command->add_flag("--left-aligned", request.depth.left_aligned, "The significant bits are the upper ones of a pixel");
+  command->add_flag("--allow-overflow", request.allow_overflow,
+                    "Transform frames with many pixels beyond full scale, too\n"
+                    "Without it a frame fails of which more than 16 pixels and more than 0.01 % exceed full scale.");
+  const auto range = [](const std::string& text) { return parse_frames(text); };
+  add_parsed<FrameRange>(command, "--frames", request.range, range,
+                         "Only frames A to B - 1 of each file\n"
+                         "Frames (pages, arrays) are counted from 0. A: goes on to the last, :B begins with the first. "
+                         "Outputs keep the numbers.")
+      ->type_name("A:B");
   limit(command->add_option("-j,--jobs", jobs_, "Frames to work on at once; else as many as there are cores")
             ->type_name("N"),
         1, most_jobs);

@@ -19,6 +19,7 @@ struct FrameRequest : TransformSettings {
   /** Folders stand for the frames of the folders in them, too. */
   bool recursive = false;
   std::optional<HeaderlessLayout> headerless;
+  FrameRange range;
   std::string calibration_file;
   /** What tells the calibration from another. */
   std::string calibration_mark;
@@ -32,17 +33,19 @@ void add_layout(CLI::App* command, MosaicLayout& layout, bool* is_given = nullpt
 void add_origin(CLI::App* command, Origin& origin, const std::string& frame);
 void add_bit_depth(CLI::App* command, std::optional<int>& bit_depth, const std::string& help);
 
-/** --raw and --pixel-format, which belong together. */
+/** --raw, --pixel-format, --header and --stride, which belong together. */
 class HeaderlessOptions {
  public:
   void declare(CLI::App* command, const std::string& raw_help, const std::string& format_help);
 
-  /** Nothing without --raw. Throws Failure for --pixel-format alone. */
+  /** Nothing without --raw. Throws Failure for another of them alone. */
   std::optional<HeaderlessLayout> layout() const;
 
  private:
   std::optional<FrameSize> size_;
   std::optional<PixelFormat> format_;
+  std::optional<std::uint64_t> header_;
+  std::optional<std::uint64_t> stride_;
 };
 
 /** The options of the commands that transform frames. */

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "batch/batch_runner.h"
+#include "batch/frame_notes.h"
 #include "batch/frame_reader.h"
 #include "batch/interruption.h"
 #include "commands/frame_options.h"
@@ -66,8 +67,13 @@ class StatisticsLog {
 
 class StatisticsJob : public FrameJob {
  public:
-  StatisticsJob(const FrameRequest& request, const Library& library, StatisticsWeight weight, StatisticsLog& log)
-      : request_(request), weight_(weight), log_(log), transformer_(request, library, statistics_outputs()) {}
+  StatisticsJob(const FrameRequest& request, const Library& library, StatisticsWeight weight, StatisticsLog& log,
+                FrameNotes& notes)
+      : request_(request),
+        weight_(weight),
+        log_(log),
+        notes_(notes),
+        transformer_(request, library, statistics_outputs()) {}
 
  private:
   FrameReport work(const FrameTicket& ticket) override {
@@ -76,12 +82,14 @@ class StatisticsJob : public FrameJob {
     const StatisticsSums sums = sum_up(transformer_.frame(), transformer_.full_scale(), transformer_.outputs(),
                                        request_.output_maximum, weight_);
     log_.add(ticket.index, {ticket.name(), sums});
-    return {FrameReport::Result::done, "", {}, sums.pixels};
+    return {FrameReport::Result::done, "",
+            notes_.of(ticket.name(), transformer_.frame(), transformer_.counts(), request_.depth), sums.pixels};
   }
 
   const FrameRequest& request_;
   const StatisticsWeight weight_;
   StatisticsLog& log_;
+  FrameNotes& notes_;
   FrameTransformer transformer_;
 };
 
@@ -164,7 +172,8 @@ std::string as_json(const StatisticsLog& log, bool summary, const char* weight, 
 void run_stats(StatsOptions& options) {
   FrameRequest& request = options.request;
   options.frames.finish(request);
-  FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive), request.headerless);
+  FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive, request.range),
+                       request.headerless);
   Library library(request.library);
   use_calibration(library, request);
   BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::nothing);
@@ -172,10 +181,11 @@ void run_stats(StatsOptions& options) {
     report.add_note(layout_assumption(request.layout));
   }
   StatisticsLog log;
+  FrameNotes notes;
   const Interruption interruption;
   run_batch(
-      frames, request.jobs, [&] { return std::make_unique<StatisticsJob>(request, library, options.weight, log); },
-      report);
+      frames, request.jobs,
+      [&] { return std::make_unique<StatisticsJob>(request, library, options.weight, log, notes); }, report);
   if (options.json) {
     print_result(as_json(log, options.summary, name_of(options.weight), report.failed()));
   } else if (!log.frames().empty()) {

@@ -109,7 +109,8 @@ void run_transform(TransformOptions& options) {
   request.needed = products.needed_outputs();
   request.files = output_files(products, options.format, request.picture_style.azimuth);
   request.repeat = std::max(1, options.benchmark);
-  FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive), request.headerless);
+  FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive, request.range),
+                       request.headerless);
   check_output_names(frames.inputs(), request.directory.string(), endings(request.files));
   Library library(request.library);
   remark_route(library);
@@ -122,8 +123,9 @@ void run_transform(TransformOptions& options) {
   if (!request.layout_is_given) {
     report.add_note(layout_assumption(request.layout));
   }
+  FrameNotes notes;
   run_batch(
-      frames, request.jobs, [&] { return std::make_unique<TransformJob>(request, library); }, report);
+      frames, request.jobs, [&] { return std::make_unique<TransformJob>(request, library, notes); }, report);
   if (report.done() > 0) {
     directory.commit();
   }

@@ -6,7 +6,6 @@
 #include "commands/how_made.h"
 #include "formatted.h"
 #include "messages.h"
-#include "statistics/pixel_counts.h"
 
 namespace nerova_zel {
 
@@ -65,14 +64,15 @@ void TransformJob::write(const FrameTicket& ticket, const std::string& source) {
   files.commit();
 }
 
-FrameReport TransformJob::describe(const std::string& name, const FrameTransformer::Timing& timing) const {
+FrameReport TransformJob::describe(const std::string& name, const FrameTransformer::Timing& timing) {
   const RawFrame& frame = transformer_.frame();
   const int full_scale = transformer_.full_scale();
-  const PixelCounts counts = count_pixels(frame.pixels.data(), frame.pixels.size(), full_scale);
+  const PixelCounts& counts = transformer_.counts();
   const double percent = 100.0 / static_cast<double>(frame.pixels.size());
   FrameReport report;
   report.result = FrameReport::Result::done;
   report.pixels = frame.pixels.size();
+  report.notes = notes_.of(name, frame, counts, request_.depth);
   if (counts.above > 0) {
     report.notes.push_back(formatted("%.1f %% of the pixels of %s exceed %d, the full scale of %d bits.",
                                      percent * counts.above, name.c_str(), full_scale, transformer_.bit_depth()));

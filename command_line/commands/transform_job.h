@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "batch/frame_job.h"
+#include "batch/frame_notes.h"
 #include "commands/frame_options.h"
 #include "commands/output_files.h"
 #include "frame_pictures.h"
@@ -29,18 +30,19 @@ struct TransformRequest : FrameRequest {
 /** Writes the outputs of frames. */
 class TransformJob : public FrameJob {
  public:
-  /** Both are shared and must outlive it; the request's directory must exist. */
-  TransformJob(const TransformRequest& request, const Library& library)
-      : request_(request), transformer_(request, library, request.needed) {}
+  /** All are shared and must outlive it; the request's directory must exist. */
+  TransformJob(const TransformRequest& request, const Library& library, FrameNotes& notes)
+      : request_(request), notes_(notes), transformer_(request, library, request.needed) {}
 
  private:
   FrameReport work(const FrameTicket& ticket) override;
   std::filesystem::path path_of(const FrameTicket& ticket, const OutputFile& file) const;
   bool is_finished(const FrameTicket& ticket, const std::string& source) const;
   void write(const FrameTicket& ticket, const std::string& source);
-  FrameReport describe(const std::string& name, const FrameTransformer::Timing& timing) const;
+  FrameReport describe(const std::string& name, const FrameTransformer::Timing& timing);
 
   const TransformRequest& request_;
+  FrameNotes& notes_;
   FrameTransformer transformer_;
 };
 

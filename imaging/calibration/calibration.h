@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "calibration/polarizer_fit.h"
@@ -14,10 +16,14 @@ namespace nerova_zel {
 struct CameraCalibration {
   /** Matrix m serves the pixels under the polarizer at 45 * m degrees, whatever layout and origin. */
   Calibration matrices{};
-  /** Pixel values without light under the polarizers 0, 45, 90 and 135 degrees, for pixels of `bit_depth` bits. */
+  /** Pixel values without light under the polarizers 0, 45, 90 and 135 degrees. */
   PerPolarizer dark_levels{};
-  int bit_depth = 16;
+  /** Of the frames that it was made from; none of others may be corrected by it. */
+  std::optional<int> bit_depth;
 };
+
+/** Throws Failure if the calibration was made with another bit depth; `name` is what it calls the frame. */
+void check_bit_depth(const CameraCalibration& calibration, int bit_depth, const std::string& name);
 
 /** Where a frame lies on the sensor, and how many bits of its pixels count. */
 struct FrameGeometry {
@@ -26,9 +32,7 @@ struct FrameGeometry {
   int bit_depth;
 };
 
-/**
- * Fills `result` with the pixels less their dark level, rounded and not below 0; a level of another bit depth is scaled
- * as full scale is. `pixels` and `result` may be the same.
+/** Fills `result` with the pixels less their dark level, rounded and not below 0. `pixels` and `result` may be the same.
  */
 void without_dark_level(const std::uint16_t* pixels, const FrameSize& size, const FrameGeometry& geometry,
                         const CameraCalibration& calibration, std::uint16_t* result);

@@ -72,7 +72,8 @@ Json part_of_file(const CameraCalibration& calibration, const PolarizerFit& fit)
   for (const double level : calibration.dark_levels) {
     levels.push_back(rounded(level, 1e3));
   }
-  part["dark"] = {{"bit_depth", calibration.bit_depth}, {"levels", levels}};
+  part["bit_depth"] = calibration.bit_depth.value_or(16);
+  part["dark"] = {{"levels", levels}};
   part["report"] = report_of(fit);
   return part;
 }
@@ -94,6 +95,7 @@ class CalibrationReader {
   const Json& member(const Json& object, const char* name) const;
   float weight(const Json& value, const std::string& place) const;
   CalibrationMatrix matrix(const Json& rows, const std::string& place) const;
+  int bit_depth(const Json& bits) const;
   void read_dark(const Json& dark, CameraCalibration& calibration) const;
 
   const std::string& name_;
@@ -140,14 +142,19 @@ CalibrationMatrix CalibrationReader::matrix(const Json& rows, const std::string&
   return result;
 }
 
-void CalibrationReader::read_dark(const Json& dark, CameraCalibration& calibration) const {
-  const Json& bits = member(dark, "bit_depth");
-  const Json& levels = member(dark, "levels");
+int CalibrationReader::bit_depth(const Json& bits) const {
   if (!bits.is_number_integer() || bits.get<double>() < 1 || bits.get<double>() > 16) {
     refuse("has the \"bit_depth\" " + bits.dump() + "; 1 to 16 is needed");
   }
-  calibration.bit_depth = bits.get<int>();
-  const double full_scale = (1 << calibration.bit_depth) - 1;
+  return bits.get<int>();
+}
+
+void CalibrationReader::read_dark(const Json& dark, CameraCalibration& calibration) const {
+  if (!calibration.bit_depth) {
+    calibration.bit_depth = bit_depth(member(dark, "bit_depth"));
+  }
+  const Json& levels = member(dark, "levels");
+  const double full_scale = (1 << *calibration.bit_depth) - 1;
   if (!levels.is_array() || levels.size() != 4) {
     refuse("does not have 4 dark \"levels\"");
   }
@@ -182,6 +189,9 @@ CameraCalibration CalibrationReader::calibration(const Json& part, const std::st
   CameraCalibration calibration;
   for (std::size_t m = 0; m < 4; ++m) {
     calibration.matrices[m] = matrix(matrices[m], "matrix " + std::to_string(m) + place);
+  }
+  if (part.contains("bit_depth")) {
+    calibration.bit_depth = bit_depth(part.at("bit_depth"));
   }
   if (part.contains("dark")) {
     read_dark(part.at("dark"), calibration);

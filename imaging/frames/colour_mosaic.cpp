@@ -184,6 +184,8 @@ void split_frame(const ColourMosaic& mosaic, const RawFrame& frame, PerPlane<Raw
     plane.height = size.height;
     plane.bit_depth = frame.bit_depth;
     plane.storage_bits = frame.storage_bits;
+    plane.depth_is_stated = frame.depth_is_stated;
+    plane.scaled_from_bits = frame.scaled_from_bits;
     plane.pixels.resize(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
     pixels[i] = plane.pixels.data();
   }

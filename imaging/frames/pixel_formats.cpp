@@ -15,12 +15,13 @@ struct Description {
   int storage_bits;
 };
 
-constexpr std::array<Description, 7> descriptions = {{{PixelFormat::mono8, "Mono8", 8, 8},
+constexpr std::array<Description, 8> descriptions = {{{PixelFormat::mono8, "Mono8", 8, 8},
                                                       {PixelFormat::mono10, "Mono10", 10, 16},
                                                       {PixelFormat::mono12, "Mono12", 12, 16},
                                                       {PixelFormat::mono16, "Mono16", 16, 16},
                                                       {PixelFormat::mono10p, "Mono10p", 10, 10},
                                                       {PixelFormat::mono12p, "Mono12p", 12, 12},
+                                                      {PixelFormat::mono10_packed, "Mono10Packed", 10, 12},
                                                       {PixelFormat::mono12_packed, "Mono12Packed", 12, 12}}};
 
 const Description& describe(PixelFormat format) {
@@ -56,6 +57,15 @@ struct Rule12Packed {
     const std::uint64_t pairs = pairs_of_12(word);
     return (pairs & 0x00FF00FF00FF00FFU) << 4U | (pairs >> 8U & 0x0000000F0000000FU) |
            (pairs & 0x0000F0000000F000U) << 4U;
+  }
+};
+
+struct Rule10Packed {
+  static constexpr std::size_t bytes = 6;
+  static std::uint64_t spread(std::uint64_t word) {
+    const std::uint64_t pairs = pairs_of_12(word);
+    return (pairs & 0x00FF00FF00FF00FFU) << 2U | (pairs >> 8U & 0x0000000300000003U) |
+           (pairs & 0x0000300000003000U) << 4U;
   }
 };
 
@@ -97,11 +107,31 @@ std::vector<std::pair<std::string, PixelFormat>> pixel_format_names() {
   return names;
 }
 
+std::vector<std::pair<std::string, PixelFormat>> pixel_format_aliases() {
+  const std::string first_word = "Mono";
+  std::vector<std::pair<std::string, PixelFormat>> names;
+  for (const char* word : {"Polarized", "PolarizeMono"}) {
+    for (const Description& description : descriptions) {
+      names.emplace_back(word + std::string(description.name).substr(first_word.size()), description.format);
+    }
+  }
+  return names;
+}
+
 const char* name_of(PixelFormat format) { return describe(format).name; }
 
 int significant_bits(PixelFormat format) { return describe(format).significant_bits; }
 
 int storage_bits(PixelFormat format) { return describe(format).storage_bits; }
+
+int value_bits(PixelFormat format) { return storage_bits(format) == 16 ? 16 : significant_bits(format); }
+
+bool is_unpacked(PixelFormat format) {
+  const std::uint16_t one = 1;
+  unsigned char first = 0;
+  std::memcpy(&first, &one, 1);
+  return storage_bits(format) == 16 && first == 1;
+}
 
 std::size_t byte_count(PixelFormat format, std::size_t pixels) {
   const auto bits = static_cast<std::size_t>(storage_bits(format));
@@ -123,6 +153,9 @@ void unpack(PixelFormat format, const unsigned char* bytes, std::size_t pixels, 
       break;
     case PixelFormat::mono12p:
       unpack_by_four<Rule12p>(bytes, byte_count(format, pixels), pixels, unpacked);
+      break;
+    case PixelFormat::mono10_packed:
+      unpack_by_four<Rule10Packed>(bytes, byte_count(format, pixels), pixels, unpacked);
       break;
     case PixelFormat::mono12_packed:
       unpack_by_four<Rule12Packed>(bytes, byte_count(format, pixels), pixels, unpacked);

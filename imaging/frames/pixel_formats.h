@@ -19,11 +19,15 @@ enum class PixelFormat {
   mono16,         ///< two bytes, low byte first
   mono10p,        ///< a stream of bits, lowest first: 4 pixels in 5 bytes
   mono12p,        ///< a stream of bits, lowest first: 2 pixels in 3 bytes
-  mono12_packed,  ///< 2 pixels in 3 bytes: high bits of the first, both low nibbles, high bits of the second
+  mono10_packed,  ///< 2 pixels in 3 bytes: high bits of the first, low bits of both, high bits of the second
+  mono12_packed,  ///< the same with low nibbles
 };
 
 /** Every format by its name, such as "Mono12p". */
 std::vector<std::pair<std::string, PixelFormat>> pixel_format_names();
+
+/** Names that polarization cameras have for the same bits, such as "Polarized12p" and "PolarizeMono12p" for Mono12p. */
+std::vector<std::pair<std::string, PixelFormat>> pixel_format_aliases();
 
 const char* name_of(PixelFormat format);
 
@@ -32,6 +36,12 @@ int significant_bits(PixelFormat format);
 
 /** Bits that a pixel takes. */
 int storage_bits(PixelFormat format);
+
+/** Bits that its value has room for: unused bits of two whole bytes count, others do not. */
+int value_bits(PixelFormat format);
+
+/** Whether pixels of the format are 16-bit numbers of this machine, so that they need no unpacking. */
+bool is_unpacked(PixelFormat format);
 
 /** Bytes of a frame of so many pixels; the last one may be partly used. */
 std::size_t byte_count(PixelFormat format, std::size_t pixels);

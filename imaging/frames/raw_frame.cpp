@@ -14,15 +14,6 @@ std::string size_of(const RawFrame& frame) {
 
 }  // namespace
 
-int bit_depth_of(const RawFrame& frame, const std::optional<int>& wanted, const std::string& name) {
-  if (wanted && *wanted > frame.storage_bits) {
-    throw Failure("the bit depth " + std::to_string(*wanted) + " is more than the " +
-                      std::to_string(frame.storage_bits) + " bits of a pixel in " + name + ".",
-                  Fact::bit_depth_too_great);
-  }
-  return wanted.value_or(frame.bit_depth);
-}
-
 void check_mosaic_size(const RawFrame& frame, const std::string& name) {
   if (frame.width < 2 || frame.height < 2) {
     throw Failure(name + " is " + size_of(frame) + "; a mosaic frame has at least 2 x 2.");

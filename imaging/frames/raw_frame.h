@@ -25,6 +25,13 @@ struct Region {
   FrameSize size;
 };
 
+/** Frames of a file or stream by number, counted from 0. */
+struct FrameRange {
+  std::uint64_t first = 0;
+  /** Behind the last; nothing for all that there are. */
+  std::optional<std::uint64_t> end;
+};
+
 /** A raw mosaic frame as its file holds it. */
 struct RawFrame {
   int width = 0;
@@ -35,12 +42,16 @@ struct RawFrame {
   int storage_bits = 0;
   /** width * height values, row by row. */
   std::vector<std::uint16_t> pixels;
+  /** Whether the file says its bit depth, or it is only what a pixel has room for. */
+  bool depth_is_stated = true;
+  /** Not 0 where the file says that its samples were scaled up to all storage bits from so many. */
+  int scaled_from_bits = 0;
+  /** TIFF's orientation tag, 1 if there is none. Pixels are as stored, whatever it says: turning them would move the
+   * polarizers. */
+  int orientation = 1;
 };
 
 // `name` is what failures call the frame.
-
-/** The `wanted` bit depth of a frame, else its own. Throws Failure if its pixels have no room for it. */
-int bit_depth_of(const RawFrame& frame, const std::optional<int>& wanted, const std::string& name);
 
 /** Throws Failure if the frame is smaller than the 2 x 2 pixels of a mosaic. */
 void check_mosaic_size(const RawFrame& frame, const std::string& name);

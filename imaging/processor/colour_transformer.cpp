@@ -38,12 +38,11 @@ std::optional<CameraCalibration> ColourSettings::calibration(std::size_t i) cons
   CameraCalibration result = (*calibrations)[static_cast<std::size_t>(plane(i))];
   if (merge_green && plane(i) == ColourPlane::green1) {
     const CameraCalibration& other = (*calibrations)[green2];
-    const double scale = static_cast<double>((1 << result.bit_depth) - 1) / ((1 << other.bit_depth) - 1);
     for (std::size_t m = 0; m < result.matrices.size(); ++m) {
       for (std::size_t k = 0; k < result.matrices[m].size(); ++k) {
         result.matrices[m][k] = 0.5F * (result.matrices[m][k] + other.matrices[m][k]);
       }
-      result.dark_levels[m] = 0.5 * (result.dark_levels[m] + scale * other.dark_levels[m]);
+      result.dark_levels[m] = 0.5 * (result.dark_levels[m] + other.dark_levels[m]);
     }
   }
   return result;

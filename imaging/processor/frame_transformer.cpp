@@ -21,7 +21,14 @@ FrameTransformer::Timing FrameTransformer::run(const std::string& name) {
   if (settings_.region) {
     crop(frame_, *settings_.region, name);
   }
-  bit_depth_ = bit_depth_of(frame_, settings_.bit_depth, name);
+  bit_depth_ = settle_bit_depth(frame_, settings_.depth, name);
+  if (settings_.calibration) {
+    check_bit_depth(*settings_.calibration, bit_depth_, name);
+  }
+  counts_ = count_pixels(frame_.pixels.data(), frame_.pixels.size(), full_scale());
+  if (!settings_.allow_overflow) {
+    check_overflow(counts_, frame_, bit_depth_, name);
+  }
   outputs_.allocate(frame_.width, frame_.height);
   return transform();
 }

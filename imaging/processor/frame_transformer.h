@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "calibration/calibration.h"
+#include "frames/bit_depth.h"
 #include "frames/mosaic_layout.h"
 #include "frames/raw_frame.h"
 #include "processor/library.h"
@@ -20,8 +21,9 @@ struct TransformSettings {
   Origin origin{};
   /** The part of a frame to transform, as if the camera had read out no more. */
   std::optional<Region> region;
-  /** Significant bits of a pixel; else what the frame says. */
-  std::optional<int> bit_depth;
+  DepthChoice depth;
+  /** Transform frames with many pixels beyond full scale, too. */
+  bool allow_overflow = false;
   int output_maximum = 65535;
   std::optional<CameraCalibration> calibration;
   /** Transforms of each frame, for the time of the best. */
@@ -50,6 +52,8 @@ class FrameTransformer {
   const Origin& origin() const { return origin_; }
   int bit_depth() const { return bit_depth_; }
   int full_scale() const { return (1 << bit_depth_) - 1; }
+  /** Of its pixels, before any dark level is taken off. */
+  const PixelCounts& counts() const { return counts_; }
   const OutputImages& outputs() const { return outputs_; }
 
  private:
@@ -64,6 +68,7 @@ class FrameTransformer {
   std::vector<std::uint16_t> calibrated_;
   Origin origin_;
   int bit_depth_ = 16;
+  PixelCounts counts_;
   OutputImages outputs_;
 };
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "angles.h"
-#include "statistics/pixel_counts.h"
+#include "frames/pixel_counts.h"
 #include "threads.h"
 
 namespace nerova_zel {

@@ -71,9 +71,9 @@ TEST(RoundTrip, TiffSaysTheGreatestSample) {
   const auto pixels = noisy_slope(9, 9, 12);
   const PageFacts facts = page_of(encode_tiff(view_of(pixels, 9, 9), {"", "", 4095})).facts;
   EXPECT_EQ(facts.greatest, 4095);
-  EXPECT_EQ(declared_bit_depth(facts), 12);
+  EXPECT_EQ(declared_depth(facts).bits, 12);
   EXPECT_TRUE(facts.texts.empty());
-  EXPECT_EQ(declared_bit_depth(page_of(encode_tiff(view_of(pixels, 9, 9))).facts), 16);
+  EXPECT_EQ(declared_depth(page_of(encode_tiff(view_of(pixels, 9, 9))).facts).bits, 16);
 }
 
 TEST(RoundTrip, ColourPngAndTiff) {
@@ -91,7 +91,8 @@ TEST(RoundTrip, ColourPngAndTiff) {
     EXPECT_EQ(read, pixels);
 
     const Bytes tiff = encode_tiff(view_of(pixels, width, height, 3), {}, compression);
-    const TiffMemory file(tiff);
+    MemorySource source(tiff);
+    const TiffMemory file(source);
     std::vector<std::uint32_t> raster(static_cast<std::size_t>(width) * height);
     ASSERT_EQ(TIFFReadRGBAImageOriented(file.tiff(), width, height, raster.data(), ORIENTATION_TOPLEFT, 1), 1);
     for (std::size_t i = 0; i < raster.size(); ++i) {
@@ -105,7 +106,8 @@ TEST(RoundTrip, ColourPngAndTiff) {
 TEST(RoundTrip, FloatTiffKeepsEveryBit) {
   const std::vector<float> values = {0.0F, -0.0F, 1.5F, -3e38F, 1e-45F, 0.1F};
   const Bytes tiff = encode_tiff({Element::float32, 3, 2, 1, values.data()});
-  const TiffMemory file(tiff);
+  MemorySource source(tiff);
+    const TiffMemory file(source);
   std::vector<float> read(values.size());
   ASSERT_EQ(TIFFReadEncodedStrip(file.tiff(), 0, read.data(), 24), 24);
   EXPECT_EQ(std::memcmp(read.data(), values.data(), 24), 0);
@@ -122,7 +124,7 @@ TEST(RoundTrip, PgmOfOneAndManyImages) {
   EXPECT_EQ(PictureFile(file, "FILE").page_count(), 2U);
   EXPECT_EQ(page_of(file, 0).pixels, first);
   EXPECT_EQ(page_of(file, 1).pixels, second);
-  EXPECT_EQ(declared_bit_depth(page_of(file, 1).facts), 12);
+  EXPECT_EQ(declared_depth(page_of(file, 1).facts).bits, 12);
   const std::string commented = "P5 # a camera\n# more\n2\t1 # a row\n255\n\x01\xFF";
   EXPECT_EQ(page_of({commented.begin(), commented.end()}).pixels, (std::vector<std::uint16_t>{1, 255}));
 }

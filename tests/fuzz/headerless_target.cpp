@@ -24,17 +24,18 @@ void check_frame(const RawFrame& frame) {
           "a frame with another number of pixels than its size");
   require(frame.bit_depth >= 1 && frame.bit_depth <= frame.storage_bits && frame.storage_bits <= 16,
           "a frame with a strange bit depth");
-  require(bit_depth_of(frame, 8, "") == 8, "a bit depth that was not asked for");
+  require(settle_bit_depth(frame, {8}, "") == 8, "a bit depth that was not asked for");
 }
 
 /** A pixel of a headerless frame, bit by bit. */
 unsigned plain_pixel(PixelFormat format, const std::uint8_t* bytes, std::size_t pixel) {
   const auto bits = static_cast<std::size_t>(storage_bits(format));
-  if (format == PixelFormat::mono12_packed) {
+  if (format == PixelFormat::mono10_packed || format == PixelFormat::mono12_packed) {
+    const unsigned low_count = static_cast<unsigned>(significant_bits(format)) - 8U;
     const std::uint8_t* const pair = bytes + pixel / 2 * 3;
-    const unsigned low_bits = pair[1];
+    const unsigned low_bits = pixel % 2 == 0 ? pair[1] : pair[1] >> 4U;
     const unsigned high_bits = pair[pixel % 2 == 0 ? 0 : 2];
-    return high_bits << 4U | (pixel % 2 == 0 ? low_bits & 15U : low_bits >> 4U);
+    return high_bits << low_count | (low_bits & ((1U << low_count) - 1U));
   }
   unsigned value = 0;
   for (std::size_t i = 0; i < bits; ++i) {
@@ -59,7 +60,7 @@ HeaderlessLayout parse_line(const std::string& line) {
 
 void read_frames(HeaderlessLayout layout, const std::uint8_t* content, std::size_t length) {
   if (!layout.format) {
-    layout.format = format_by_length("file", layout.size, length);
+    layout.format = format_by_length("file", layout, length);
   }
   const std::uint64_t frames = std::min<std::uint64_t>(3, count_frames(length, layout));
   RawFrame frame;

@@ -20,7 +20,7 @@ constexpr std::size_t page_limit = 8;
 void check_facts(const PageFacts& facts) {
   require(facts.width > 0 && facts.height > 0, "a page without pixels");
   require(facts.stored_bits >= 8 && facts.stored_bits <= 16, "a page with strange samples");
-  require(declared_bit_depth(facts) >= 1 && declared_bit_depth(facts) <= facts.stored_bits, "a strange bit depth");
+  require(declared_depth(facts).bits >= 1 && declared_depth(facts).bits <= facts.stored_bits, "a strange bit depth");
   require(facts.orientation >= 1 && facts.orientation <= 8, "a strange orientation");
 }
 

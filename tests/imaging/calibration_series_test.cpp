@@ -142,7 +142,7 @@ TEST_F(SeriesTest, ExtinctionIsToldAsFarAsItIsKnown) {
   EXPECT_EQ(told(0.0, 0.00001), "above 50000");
 }
 
-TEST(DarkLevel, IsTakenOffAtTheBitDepthOfTheFrame) {
+TEST(DarkLevel, IsTakenOffFramesOfItsOwnBitDepth) {
   CameraCalibration calibration;
   calibration.dark_levels = {10.0, 20.0, 30.0, 40.4};
   calibration.bit_depth = 12;
@@ -153,9 +153,11 @@ TEST(DarkLevel, IsTakenOffAtTheBitDepthOfTheFrame) {
   EXPECT_EQ(result, (std::vector<std::uint16_t>{90, 60, 0, 80, 70, 4075}));
   without_dark_level(frame, {layout, {1, 0}, 12}, calibration, result);
   EXPECT_EQ(result, (std::vector<std::uint16_t>{60, 90, 0, 70, 80, 4065}));
-  // In 8 bits a level is 255 / 4095 of what it is in 12.
-  without_dark_level(frame, {layout, {0, 0}, 8}, calibration, result);
-  EXPECT_EQ(result, (std::vector<std::uint16_t>{99, 97, 4, 99, 98, 4094}));
+  check_bit_depth(calibration, 12, "f");
+  expect_failure([&] { check_bit_depth(calibration, 10, "f"); }, {"f has 10 bits", "frames of 12"},
+                 Fact::other_bit_depth);
+  calibration.bit_depth.reset();
+  check_bit_depth(calibration, 10, "f");
 }
 
 TEST_F(SeriesTest, CalibrationFiles) {
@@ -193,7 +195,11 @@ TEST_F(SeriesTest, CalibrationFiles) {
   expect_changed("/dark/levels", {1, 2, 3}, {"4 dark \"levels\""});
   expect_changed("/dark/levels/0", -1, {"dark level -1"});
   expect_changed("/dark/levels/0", 4095, {"dark level 4095"});
-  expect_changed("/dark/bit_depth", 17, {"\"bit_depth\" 17"});
+  expect_changed("/bit_depth", 17, {"\"bit_depth\" 17"});
+  auto earlier = good;  // files of earlier versions have the depth among the dark levels
+  earlier["dark"]["bit_depth"] = earlier["bit_depth"];
+  earlier.erase("bit_depth");
+  EXPECT_EQ(parse_calibration(earlier.dump(), "earlier.json").bit_depth, 12);
   std::string odd = good.dump();
   expect(odd.replace(odd.find("1.0"), 3, "1e999"), {"too large"});
   expect(odd.replace(odd.find("1e999"), 5, "NaN"), {"not JSON"});

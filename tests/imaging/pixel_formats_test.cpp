@@ -21,6 +21,12 @@ struct Layout {
   BitPlace place;
 };
 
+std::size_t place_in_10_packed(std::size_t pixel, std::size_t bit) {
+  const bool second = pixel % 2 == 1;
+  const std::size_t in_group = bit >= 2 ? (second ? 16 : 0) + bit - 2 : (second ? 12 : 8) + bit;
+  return pixel / 2 * 24 + in_group;
+}
+
 std::size_t place_in_12_packed(std::size_t pixel, std::size_t bit) {
   const bool second = pixel % 2 == 1;
   const std::size_t in_group = bit >= 4 ? (second ? 16 : 0) + bit - 4 : (second ? 12 : 8) + bit;
@@ -34,6 +40,7 @@ const Layout layouts[] = {
     {PixelFormat::mono16, 16, [](std::size_t pixel, std::size_t bit) { return 16 * pixel + bit; }},
     {PixelFormat::mono10p, 10, [](std::size_t pixel, std::size_t bit) { return 10 * pixel + bit; }},
     {PixelFormat::mono12p, 12, [](std::size_t pixel, std::size_t bit) { return 12 * pixel + bit; }},
+    {PixelFormat::mono10_packed, 10, place_in_10_packed},
     {PixelFormat::mono12_packed, 12, place_in_12_packed}};
 
 // Packed bit by bit into bytes that end where memory ends, and unpacked to where memory ends.
@@ -65,6 +72,18 @@ TEST(PixelFormats, AnyNumberOfPixelsComesBackAndNothingElseIsTouched) {
       ASSERT_TRUE(std::equal(pixels.begin(), pixels.end(), unpacked));
       ASSERT_TRUE(output.surroundings_intact());
     }
+  }
+}
+
+TEST(PixelFormats, CamerasNamesMeanTheSameBits) {
+  const auto known = pixel_format_aliases();
+  for (const auto& [name, format] : {std::pair{"Polarized8", PixelFormat::mono8},
+                                     {"Polarized10p", PixelFormat::mono10p},
+                                     {"Polarized12p", PixelFormat::mono12p},
+                                     {"PolarizeMono8", PixelFormat::mono8},
+                                     {"PolarizeMono12Packed", PixelFormat::mono12_packed}}) {
+    const std::pair<std::string, PixelFormat> alias{name, format};
+    EXPECT_NE(std::find(known.begin(), known.end(), alias), known.end()) << name;
   }
 }
 
