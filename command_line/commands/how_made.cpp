@@ -38,8 +38,10 @@ std::string frame_options(const TransformRequest& request) {
     const HeaderlessLayout& raw = *request.headerless;
     text +=
         formatted(", raw %dx%d %s", raw.size.width, raw.size.height, raw.format ? name_of(*raw.format) : "by length");
+    text += formatted(", header %llu, stride %zu", static_cast<unsigned long long>(raw.header), raw.stride);
   }
-  text += ", bit depth " + (request.bit_depth ? std::to_string(*request.bit_depth) : "by file");
+  text += ", bit depth " + (request.depth.bit_depth ? std::to_string(*request.depth.bit_depth) : "by file");
+  text += request.depth.left_aligned ? ", left-aligned" : "";
   text += ", output maximum " + std::to_string(request.output_maximum);
   return text + ", calibration " + (request.calibration ? request.calibration_mark : "none");
 }

@@ -138,7 +138,7 @@ int32_t nv_imaging_calibration_values(const nv_imaging_calibration* calibration,
       std::copy(values.dark_levels.begin(), values.dark_levels.end(), dark_levels);
     }
     if (bit_depth != nullptr) {
-      *bit_depth = values.bit_depth;
+      *bit_depth = values.bit_depth.value_or(0);
     }
     if (frames != nullptr) {
       *frames = calibration->fit ? calibration->fit->residuals.size() : 0;
@@ -164,6 +164,7 @@ int32_t nv_imaging_subtract_dark(const nv_imaging_calibration* calibration, cons
   return guarded_call([&] {
     require(calibration != nullptr && result != nullptr, no_calibration);
     const Frame pixels = frame_of(frame);
+    check_bit_depth(calibration->calibration, pixels.bit_depth, "the frame");
     without_dark_level(pixels.pixels.data(), {pixels.width, pixels.height},
                        {layout_of(frame->layout), {pixels.origin_x % 2, pixels.origin_y % 2}, pixels.bit_depth},
                        calibration->calibration, result);

@@ -135,6 +135,9 @@ class VideoTransformer::Work {
                         std::to_string(storage_bits_) + " bits of a sample.",
                     Fact::bit_depth_too_great);
     }
+    if (settings_.calibration) {
+      check_bit_depth(*settings_.calibration, bit_depth(), "the frame");
+    }
   }
 
   int bit_depth() const { return settings_.bit_depth > 0 ? settings_.bit_depth : storage_bits_; }

@@ -378,7 +378,7 @@ typedef struct nv_imaging_polarizer {
  *
  * @param matrices room for 64 floats: four matrices as the processor takes them; NULL if not wanted.
  * @param dark_levels room for 4 pixel values without light under the polarizers 0, 45, 90, 135; NULL if not wanted.
- * @param bit_depth receives the depth of those pixel values; NULL if not wanted.
+ * @param bit_depth receives the depth of the frames it was made from, 0 if its file does not say; NULL if not wanted.
  * @param polarizers room for 4; NULL if not wanted. Only a calibration that was fitted has them.
  * @param frames receives the number of frames that were fitted, 0 for a calibration that was read; NULL if not wanted.
  * @return 0; 101 (a NULL calibration, or polarizers of one that was read).
@@ -400,11 +400,11 @@ NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_calibration_residuals(const nv
                                                                         double* residuals, const char** warnings);
 
 /**
- * Subtracts the dark levels of a calibration from a frame, rounded and not below 0; levels of another bit depth are
- * scaled. This is what a frame goes through before it is transformed by the matrices.
+ * Subtracts the dark levels of a calibration from a frame, rounded and not below 0. This is what a frame goes through
+ * before it is transformed by the matrices.
  *
  * @param result room for width * height pixels; may be the frame's own.
- * @return 0; 101; 103.
+ * @return 0; 101; 102 (a calibration from frames of another bit depth); 103.
  */
 NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_subtract_dark(const nv_imaging_calibration* calibration,
                                                                 const nv_imaging_frame* frame, uint16_t* result);
