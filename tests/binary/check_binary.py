@@ -14,11 +14,8 @@ SSE41_AND_BELOW = re.compile(
     r"pmax(sb|sd|ud|uw)|pmin(sb|sd|ud|uw)|pmovsx\w*|pmovzx\w*|pmuldq|pmulld|ptest|round[ps][sd]|movntdqa|"
     r"addsub\w*|hadd\w*|hsub\w*|lddqu|movddup|movs[hl]dup|pcmpgtq|popcnt|crc32\w*)$")
 AVX = re.compile(r"^v[a-z0-9]+$")
-# Every 32-bit position-independent object has these; they hold two integer instructions.
-HARMLESS_SHARED = re.compile(r"^__x86\.get_pc_thunk\.")
-
-# The compiler keeps its pointer to this function, which every C++ library has, in data that stay writable.
-PERSONALITY = "__gxx_personality_v0"
+# The compiler keeps its pointers to these, which every C++ library has, in data that stay writable.
+STAYS_WRITABLE = ("__gxx_personality_v0", "_ZTI")
 
 
 def run(*command):
@@ -70,36 +67,32 @@ def check_baseline(arguments):
     return faults
 
 
+def check_unshared(arguments):
+    return [f"{path}: {name} could be shared with code for older processors" for path in arguments.objects
+            for kind, name in symbols(path) if kind in "WwVvu"]
+
+
+def symbols(path):
+    """Kinds and names, but for what every 32-bit position-independent object has: two integer instructions."""
+    found = (line.split()[-2:] for line in run("nm", path).splitlines())
+    return [(kind, name) for kind, name in found if not name.startswith("__x86.get_pc_thunk.")]
+
+
 def check_isolated(arguments):
-    faults = []
+    faults = check_unshared(arguments)
     for path in arguments.objects:
         mnemonics = {mnemonic for mnemonic, _ in instructions(path)}
         if not mnemonics & set(arguments.uses):
             faults.append(f"{path}: none of {', '.join(arguments.uses)}: built without its instruction set?")
         if not arguments.avx and any(AVX.match(mnemonic) for mnemonic in mnemonics):
             faults.append(f"{path}: holds AVX instructions")
-        for line in run("nm", path).splitlines():
-            kind, name = line.split()[-2:]
-            if HARMLESS_SHARED.match(name):
-                continue
-            if kind in "WwVvu":
-                faults.append(f"{path}: {name} could be shared with code for older processors")
+        for kind, name in symbols(path):
             # The second is the compiler's own on Windows, for frames of more than a page.
-            if kind == "U" and name not in ("_GLOBAL_OFFSET_TABLE_", "___chkstk_ms", *arguments.needs):
+            if kind == "U" and name not in ("_GLOBAL_OFFSET_TABLE_", "___chkstk_ms"):
                 faults.append(f"{path}: calls {name} elsewhere")
         sections = run("objdump", "-h", path)
         if re.search(r"\.(init_array|ctors|fini_array)", sections):
             faults.append(f"{path}: runs code when the library is loaded, on any processor")
-    return faults
-
-
-def check_unshared(arguments):
-    faults = []
-    for path in arguments.objects:
-        for line in run("nm", path).splitlines():
-            kind, name = line.split()[-2:]
-            if kind in "WVu" and not HARMLESS_SHARED.match(name):
-                faults.append(f"{path}: {name} could be shared with code for older processors")
     return faults
 
 
@@ -119,82 +112,51 @@ def check_windows(arguments):
     return faults
 
 
-class ElfFile:
-    """What readelf tells of a shared library. Addresses are those of the file, before it is loaded."""
-
-    def __init__(self, path):
-        with open(path, "rb") as file:
-            self.bytes = file.read()
-        self.segments = []  # (type, file offset, address, size in the file, flags)
-        for line in run("readelf", "-lW", path).splitlines():
-            match = re.match(r"\s+(\w+)\s+0x(\w+) 0x(\w+) 0x\w+ 0x(\w+) 0x\w+ ([R ][W ][E ])", line)
-            if match:
-                kind, *numbers, flags = match.groups()
-                self.segments.append((kind, *(int(number, 16) for number in numbers), flags))
-        self.dynamic = run("readelf", "-dW", path)
-        self.relocations = []  # (address, the address or the name of what it points to)
-        for line in run("readelf", "-rW", path).splitlines():
-            match = re.match(r"([0-9a-f]+)\s+[0-9a-f]+\s+(R_\S+)\s*(.*)", line)
-            if match:
-                self.relocations.append((int(match.group(1), 16), self.target(*match.groups())))
-        self.functions = {}  # by name; None where another library defines it
-        for line in run("readelf", "--dyn-syms", "-W", path).splitlines():
-            match = re.match(r"\s+\d+: ([0-9a-f]+)\s+\d+ FUNC\s+\S+\s+\S+\s+(\S+) ([^@\s]+)", line)
-            if match:
-                address, section, name = match.groups()
-                self.functions[name] = None if section == "UND" else int(address, 16)
-
-    def target(self, address, kind, rest):
-        if kind.endswith("_RELATIVE"):  # 32-bit files keep the value where it belongs
-            return int(rest, 16) if rest else int.from_bytes(self.at(int(address, 16), 4), "little")
-        return rest.split()[1].split("@")[0] if len(rest.split()) > 1 else None
-
-    def at(self, address, size):
-        for kind, offset, start, length, _ in self.segments:
-            if kind == "LOAD" and start <= address < start + length:
-                return self.bytes[offset + address - start:][:size]
-        return b""
-
-    def within(self, address, wanted):
-        return any(kind == wanted and start <= address < start + length
-                   for kind, _, start, length, _ in self.segments)
-
-    def is_code(self, address):
-        return address is not None and any(
-            kind == "LOAD" and "E" in flags and start <= address < start + length
-            for kind, _, start, length, flags in self.segments)
-
-
 def check_hardened(arguments):
     """Nothing both writable and executable, no pointer to code that stays writable, stacks watched over."""
     library = arguments.library
-    elf = ElfFile(library)
-    faults = [f"{library}: a {kind} segment is writable and executable" for kind, *_, flags in elf.segments
+    with open(library, "rb") as file:
+        content = file.read()
+    pattern = r"\s+(\w+)\s+0x(\w+) 0x(\w+) 0x\w+ 0x(\w+) 0x\w+ ([R ][W ][E ])"
+    segments = [(kind, int(offset, 16), int(start, 16), int(start, 16) + int(size, 16), flags)
+                for kind, offset, start, size, flags in re.findall(pattern, run("readelf", "-lW", library))]
+    faults = [f"{library}: a {kind} segment is writable and executable" for kind, *_, flags in segments
               if "W" in flags and "E" in flags]
-    stacks = [flags for kind, *_, flags in elf.segments if kind == "GNU_STACK"]
-    if not stacks or "E" in stacks[0]:
+    if not any(kind == "GNU_STACK" and "E" not in flags for kind, *_, flags in segments):
         faults.append(f"{library}: wants an executable stack")
-    if "BIND_NOW" not in elf.dynamic and not re.search(r"FLAGS_1.*NOW", elf.dynamic):
+    dynamic = run("readelf", "-dW", library)
+    if "BIND_NOW" not in dynamic and not re.search(r"FLAGS_1.*NOW", dynamic):
         faults.append(f"{library}: binds functions late")
-    if "TEXTREL" in elf.dynamic:
+    if "TEXTREL" in dynamic:
         faults.append(f"{library}: code is relocated")
+
+    def at(address, size):
+        return next((content[offset + address - start:][:size] for kind, offset, start, end, _ in segments
+                     if kind == "LOAD" and start <= address < end), b"")
+
+    relocations = run("readelf", "-rW", library)
     pointers = 0
     unmarked = []
-    for address, target in elf.relocations:
-        code = elf.functions.get(target) if isinstance(target, str) else target
-        if target not in elf.functions and not elf.is_code(code):
+    for place, kind, rest in re.findall(r"^([0-9a-f]+)\s+[0-9a-f]+\s+(R_\S+) *(.*)$", relocations, re.MULTILINE):
+        address = int(place, 16)
+        kept = any(kind == "GNU_RELRO" and start <= address < end for kind, _, start, end, _ in segments)
+        if not kind.endswith("_RELATIVE"):
+            if not kept and not rest.split()[1].startswith(STAYS_WRITABLE):
+                faults.append(f"{library}: the pointer to {rest.split()[1]} stays writable")
             continue
-        pointers += 1
-        if target != PERSONALITY and not elf.within(address, "GNU_RELRO"):
-            faults.append(f"{library}: the pointer to code at {address:#x} stays writable")
-        if elf.is_code(code) and elf.at(code, 4) != b"\xf3\x0f\x1e\xfa":
-            unmarked.append(f"{code:#x}")
+        # 32-bit files keep the value where it belongs.
+        target = int(rest, 16) if rest else int.from_bytes(at(address, 4), "little")
+        if any(kind == "LOAD" and "E" in flags and start <= target < end for kind, _, start, end, flags in segments):
+            pointers += 1
+            if not kept:
+                faults.append(f"{library}: the pointer to code at {place} stays writable")
+            if at(target, 4) != b"\xf3\x0f\x1e\xfa":
+                unmarked.append(f"{target:#x}")
     if arguments.landing and unmarked:
         faults.append(f"{library}: called by pointers without ENDBR64: {len(unmarked)}, {' '.join(unmarked[:5])}")
     if pointers == 0:
         faults.append(f"{library}: no pointer to code was found")
-    faults += [f"{library}: does not call {name}" for name in arguments.calls if name not in elf.functions]
-    return faults
+    return faults + [f"{library}: does not call {name}" for name in arguments.calls if f" {name}@" not in relocations]
 
 
 def check_size(arguments):
@@ -218,7 +180,6 @@ def main():
     baseline.set_defaults(check=check_baseline)
     isolated = checks.add_parser("isolated", help="objects built for an instruction set share nothing")
     isolated.add_argument("--uses", action="append", required=True, help="an instruction that shows the set is used")
-    isolated.add_argument("--needs", action="append", default=[], help="a name that may be defined elsewhere")
     isolated.add_argument("--avx", action="store_true", help="the set is AVX or above")
     isolated.add_argument("objects", nargs="+")
     isolated.set_defaults(check=check_isolated)
