@@ -1,6 +1,10 @@
 #include "calibration/polarizer_fit.h"
 
-#include <Eigen/Dense>
+// The matrices are small, and code for vector units would double what is compiled.
+#define EIGEN_DONT_VECTORIZE
+#include <Eigen/Cholesky>
+#include <Eigen/Core>
+#include <Eigen/Eigenvalues>
 #include <algorithm>
 #include <cmath>
 
@@ -14,18 +18,19 @@ namespace {
 
 constexpr Eigen::Index polarizers = 4;
 
-/** Responses by polarizer (rows) to s0, s1 and s2 (columns). */
-using AnalyzerMatrix = Eigen::Matrix<double, 4, 3>;
+// One type for all matrices: each combination of sizes would be compiled again.
+using Matrix = Eigen::MatrixXd;
+using Vector = Eigen::VectorXd;
 
 /** Signals = diag(source) * states * responses^T, all relative to the mean signal. */
 struct Model {
-  Eigen::MatrixX3d states;   ///< 1, cos(2 angle), sin(2 angle) by frame
-  Eigen::MatrixX4d signals;  ///< measured, by frame
-  AnalyzerMatrix responses;
-  Eigen::VectorXd source;  ///< by frame; its mean is 1
+  Matrix states;     ///< 1, cos(2 angle), sin(2 angle) by frame
+  Matrix signals;    ///< measured, by frame
+  Matrix responses;  ///< by polarizer (rows) to s0, s1 and s2 (columns)
+  Vector source;     ///< by frame; its mean is 1
 
   Eigen::Index frames() const { return signals.rows(); }
-  Eigen::MatrixX4d residuals() const { return signals - source.asDiagonal() * (states * responses.transpose()); }
+  Matrix residuals() const { return signals - source.asDiagonal() * (states * responses.transpose()); }
   void move_scale_to_responses() {
     responses *= source.mean();
     source /= source.mean();
@@ -38,19 +43,25 @@ struct Model {
       "such as every 15.");
 }
 
+/** The matrix whose product with `columns` is one, if they are independent; each has more rows than columns. */
+Matrix left_inverse(const Matrix& columns) {
+  const Matrix normal = columns.transpose() * columns;
+  return normal.ldlt().solve(columns.transpose());
+}
+
 /**
  * Intensities t^-1 of the source that bring diag(t) * signals closest to the span of the states: t is the eigenvector
  * of the smallest eigenvalue. A start for the fit that needs no guess.
  */
-Eigen::VectorXd first_source(const Model& model) {
+Vector first_source(const Model& model) {
   const Eigen::Index frames = model.frames();
-  const Eigen::MatrixXd into_span = model.states * model.states.completeOrthogonalDecomposition().pseudoInverse();
-  const Eigen::MatrixXd out_of_span = Eigen::MatrixXd::Identity(frames, frames) - into_span;
-  Eigen::MatrixXd departure = Eigen::MatrixXd::Zero(frames, frames);
+  const Matrix into_span = model.states * left_inverse(model.states);
+  const Matrix out_of_span = Matrix::Identity(frames, frames) - into_span;
+  Matrix departure = Matrix::Zero(frames, frames);
   for (Eigen::Index k = 0; k < polarizers; ++k) {
     departure += model.signals.col(k).asDiagonal() * out_of_span * model.signals.col(k).asDiagonal();
   }
-  const Eigen::VectorXd inverse = Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd>(departure).eigenvectors().col(0);
+  const Vector inverse = Eigen::SelfAdjointEigenSolver<Matrix>(departure).eigenvectors().col(0);
   if (!((inverse.array() * inverse(0)) > 0.0).all()) {
     refuse_angles();
   }
@@ -58,15 +69,15 @@ Eigen::VectorXd first_source(const Model& model) {
 }
 
 /** Derivatives of the signals (frame by frame, the polarizer fastest) by the responses, then by the source. */
-Eigen::MatrixXd jacobian(const Model& model, bool steady) {
+Matrix jacobian(const Model& model, bool steady) {
   const Eigen::Index parameters = 3 * polarizers + (steady ? 0 : model.frames());
-  Eigen::MatrixXd derivatives = Eigen::MatrixXd::Zero(polarizers * model.frames(), parameters);
+  Matrix derivatives = Matrix::Zero(polarizers * model.frames(), parameters);
   for (Eigen::Index frame = 0; frame < model.frames(); ++frame) {
     for (Eigen::Index k = 0; k < polarizers; ++k) {
-      derivatives.block<1, 3>(polarizers * frame + k, 3 * k) = model.source(frame) * model.states.row(frame);
+      derivatives.block(polarizers * frame + k, 3 * k, 1, 3) = model.source(frame) * model.states.row(frame);
     }
     if (!steady) {
-      derivatives.block<4, 1>(polarizers * frame, 3 * polarizers + frame) =
+      derivatives.block(polarizers * frame, 3 * polarizers + frame, polarizers, 1) =
           model.responses * model.states.row(frame).transpose();
     }
   }
@@ -74,11 +85,11 @@ Eigen::MatrixXd jacobian(const Model& model, bool steady) {
 }
 
 /** Inverse of the normal matrix; the common scale of source and responses, which nothing determines, stays as it is. */
-Eigen::MatrixXd covariance_shape(const Eigen::MatrixXd& derivatives, bool steady) {
+Matrix covariance_shape(const Matrix& derivatives, bool steady) {
   // Below this a relative error of the signals would come out two hundred times as large.
   constexpr double least_share = 0.005 * 0.005;
-  const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(derivatives.transpose() * derivatives);
-  Eigen::VectorXd values = solver.eigenvalues();
+  const Eigen::SelfAdjointEigenSolver<Matrix> solver(derivatives.transpose() * derivatives);
+  Vector values = solver.eigenvalues();
   const Eigen::Index free = steady ? 0 : 1;
   if (!(values(free) > least_share * values(values.size() - 1))) {
     refuse_angles();
@@ -89,18 +100,19 @@ Eigen::MatrixXd covariance_shape(const Eigen::MatrixXd& derivatives, bool steady
 }
 
 /** Gauss-Newton iteration; one step is exact for a steady source. Returns the shape of the covariance at the end. */
-Eigen::MatrixXd fit(Model& model, bool steady) {
+Matrix fit(Model& model, bool steady) {
   constexpr int most_steps = 50;
   constexpr double negligible = 1e-13;
   for (int step_number = 0;; ++step_number) {
-    const Eigen::MatrixXd derivatives = jacobian(model, steady);
-    Eigen::MatrixXd shape = covariance_shape(derivatives, steady);
-    const Eigen::Matrix4Xd by_frame = model.residuals().transpose();
-    const Eigen::VectorXd step = shape * (derivatives.transpose() * by_frame.reshaped());
+    const Matrix derivatives = jacobian(model, steady);
+    Matrix shape = covariance_shape(derivatives, steady);
+    const Matrix by_frame = model.residuals().transpose();
+    const Vector right = derivatives.transpose() * Eigen::Map<const Vector>(by_frame.data(), by_frame.size());
+    const Vector step = shape * right;
     if (!step.allFinite() || step_number == most_steps) {
       refuse_angles();
     }
-    model.responses += Eigen::Map<const Eigen::Matrix<double, 3, 4>>(step.data()).transpose();
+    model.responses += Eigen::Map<const Matrix>(step.data(), 3, polarizers).transpose();
     if (!steady) {
       model.source += step.tail(model.frames());
       model.move_scale_to_responses();
@@ -111,20 +123,31 @@ Eigen::MatrixXd fit(Model& model, bool steady) {
   }
 }
 
-PolarizerResponse response_of(const AnalyzerMatrix& responses, Eigen::Index polarizer, double scale) {
+PolarizerResponse response_of(const Matrix& responses, Eigen::Index polarizer, double scale) {
   return {scale * responses(polarizer, 0), scale * responses(polarizer, 1), scale * responses(polarizer, 2)};
 }
 
+/** The standard deviation of what depends so on the three numbers of a response. */
+double deviation(const std::array<double, 3>& derivatives, const Matrix& covariance) {
+  double variance = 0.0;
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t k = 0; k < 3; ++k) {
+      variance +=
+          derivatives[i] * covariance(static_cast<Eigen::Index>(i), static_cast<Eigen::Index>(k)) * derivatives[k];
+    }
+  }
+  return std::sqrt(variance);
+}
+
 /** First-order propagation of the covariance of a response's three numbers to its angle and leakage. */
-ResponseUncertainty propagate(const PolarizerResponse& response, const Eigen::Matrix3d& covariance) {
+ResponseUncertainty propagate(const PolarizerResponse& response, const Matrix& covariance) {
   const double swing = length_of(response.cosine, response.sine);
   const double c = response.cosine / swing;
   const double s = response.sine / swing;
   const double greatest = response.unpolarized + swing;
-  const Eigen::Vector3d angle(0.0, -0.5 * s / swing, 0.5 * c / swing);
-  const Eigen::Vector3d leakage =
-      2.0 / (greatest * greatest) * Eigen::Vector3d(swing, -response.unpolarized * c, -response.unpolarized * s);
-  return {degrees_per_radian * std::sqrt(angle.dot(covariance * angle)), std::sqrt(leakage.dot(covariance * leakage))};
+  const double of_leakage = 2.0 / (greatest * greatest);
+  return {degrees_per_radian * deviation({0.0, -0.5 * s / swing, 0.5 * c / swing}, covariance),
+          of_leakage * deviation({swing, -response.unpolarized * c, -response.unpolarized * s}, covariance)};
 }
 
 double root_mean_square(double squares, std::size_t count) { return std::sqrt(squares / static_cast<double>(count)); }
@@ -177,19 +200,19 @@ PolarizerFit fit_polarizers(const std::vector<SourceSample>& samples, bool stead
     const SourceSample& sample = samples[static_cast<std::size_t>(frame)];
     const double twice = 2.0 * sample.angle_degrees / degrees_per_radian;
     model.states.row(frame) << 1.0, std::cos(twice), std::sin(twice);
-    model.signals.row(frame) = Eigen::Map<const Eigen::RowVector4d>(sample.signal.data());
+    model.signals.row(frame) = Eigen::Map<const Eigen::RowVectorXd>(sample.signal.data(), polarizers);
   }
   const double mean_signal = model.signals.mean();
   model.signals /= mean_signal;
-  model.source = steady ? Eigen::VectorXd::Ones(frames) : first_source(model);
+  model.source = steady ? Vector::Ones(frames) : first_source(model);
   model.source /= model.source.mean();
-  const Eigen::MatrixX3d lit_states = model.source.asDiagonal() * model.states;
-  model.responses = lit_states.completeOrthogonalDecomposition().solve(model.signals).transpose();
-  const Eigen::MatrixXd shape = fit(model, steady);
+  const Matrix lit_states = model.source.asDiagonal() * model.states;
+  model.responses = (left_inverse(lit_states) * model.signals).transpose();
+  const Matrix shape = fit(model, steady);
 
   const double scale = 0.5 / model.responses.col(0).mean();
   const double mean_source = mean_signal / scale;
-  const Eigen::MatrixX4d left = model.residuals();
+  const Matrix left = model.residuals();
   const Eigen::Index parameters = 3 * polarizers + (steady ? 0 : frames - 1);
   const double variance = left.squaredNorm() / static_cast<double>(polarizers * frames - parameters);
   PolarizerFit result;
@@ -197,7 +220,7 @@ PolarizerFit fit_polarizers(const std::vector<SourceSample>& samples, bool stead
     const auto at = static_cast<std::size_t>(k);
     result.responses[at] = response_of(model.responses, k, scale);
     result.uncertainties[at] =
-        propagate(result.responses[at], scale * scale * variance * shape.block<3, 3>(3 * k, 3 * k));
+        propagate(result.responses[at], scale * scale * variance * shape.block(3 * k, 3 * k, 3, 3));
   }
   for (Eigen::Index frame = 0; frame < frames; ++frame) {
     result.source.push_back(model.source(frame) * mean_source);
@@ -210,13 +233,13 @@ PolarizerFit fit_polarizers(const std::vector<SourceSample>& samples, bool stead
 }
 
 Calibration calibration_matrices(const std::array<PolarizerResponse, 4>& responses) {
-  AnalyzerMatrix analyzers;
+  Matrix analyzers(4, 3);
   for (std::size_t k = 0; k < responses.size(); ++k) {
     analyzers.row(static_cast<Eigen::Index>(k)) << responses[k].unpolarized, responses[k].cosine, responses[k].sine;
   }
   // The library's first row gives twice the power.
-  const Eigen::Matrix<double, 3, 4> weights =
-      Eigen::Vector3d(2.0, 1.0, 1.0).asDiagonal() * analyzers.completeOrthogonalDecomposition().pseudoInverse();
+  Matrix weights = left_inverse(analyzers);
+  weights.row(0) *= 2.0;
   Calibration matrices{};
   for (std::size_t m = 0; m < matrices.size(); ++m) {
     const MosaicLayout around(45 * static_cast<int>(m));
