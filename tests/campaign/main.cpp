@@ -1,8 +1,8 @@
 // Compares the library with the reference model over many frames, in memory that faults outside the buffers.
 //
-//   campaign --library PATH --route sse2|sse41|avx2|avx512 [--stand-in yes] [--cases N] [--seed N] [--only N]
+//   campaign --library PATH --route sse2|sse41|avx2|avx512 [--stand-in yes] [--cases N] [--large N] [--seed N] [--only N]
 //
-// --cases is the number of random frames besides the systematic ones; --only repeats the frame of one number, given
+// --cases is the number of random frames besides the systematic ones, --large that of the large ones; --only repeats the frame of one number, given
 // the same other options. The route is what this processor must take, by itself or by a stand-in for the AVX-512
 // plugin; where it does not, nothing runs and the exit code says so.
 
@@ -29,6 +29,7 @@ struct Options {
   std::string route_name;
   bool stand_in = false;
   int random_frames = 40000;
+  int large_frames = 3;
   std::uint64_t seed = 1;
   int only = -1;
 };
@@ -46,6 +47,8 @@ Options parse(int argc, char** argv) {
       options.stand_in = value == "yes";
     } else if (name == "--cases") {
       options.random_frames = std::stoi(value);
+    } else if (name == "--large") {
+      options.large_frames = std::stoi(value);
     } else if (name == "--seed") {
       options.seed = std::stoull(value);
     } else if (name == "--only") {
@@ -163,7 +166,9 @@ class Campaign {
   void large_frames() {
     constexpr unsigned stokes_pairs = 1;
     CaseRunner runner(processor_, rules_, std::size_t{1031} * 1019);
-    for (const auto& [width, height] : {std::pair(1030, 1019), std::pair(1031, 1019), std::pair(62, 16930)}) {
+    constexpr std::pair<int, int> sizes[] = {{1031, 1019}, {1030, 1019}, {62, 16930}};
+    for (int i = 0; i < options_.large_frames; ++i) {
+      const auto& [width, height] = sizes[i];
       FrameCase frame_case = random_frame(width, height, random_.one_in(2));
       frame_case.matrices = width % 2 == 0 ? MatrixKind::Default : MatrixKind::Mild;
       run_frame(
