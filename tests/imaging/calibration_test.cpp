@@ -1,7 +1,6 @@
 // From simulated frames of a uniform source through a calibration to the errors of azimuth and degree.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -20,12 +19,11 @@ constexpr double output_maximum = 65535.0;
 constexpr std::array<PixelPolarizer, 4> poor_polarizers = {
     PixelPolarizer{1.2, 300.0, 1.05}, {-0.8, 150.0, 0.97}, {-1.5, 220.0, 1.0}, {0.6, 90.0, 0.94}};
 
+/** Root mean squares over some of the pixels. */
 struct Errors {
-  double azimuth_rms;
-  double azimuth_95;        ///< 95 of 100 are smaller
-  double stokes_angle_rms;  ///< of the exact arctangent of the normalized Stokes pair
-  double degree_rms;
-  double degree_95;
+  double azimuth;
+  double stokes_angle;  ///< of the exact arctangent of the normalized Stokes pair
+  double degree;
   std::size_t pixels;
 };
 
@@ -35,12 +33,6 @@ double rms(const std::vector<double>& values) {
     squares += value * value;
   }
   return std::sqrt(squares / static_cast<double>(values.size()));
-}
-
-double percentile_95(std::vector<double> values) {
-  const auto at = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 95 / 100);
-  std::nth_element(values.begin(), at, values.end());
-  return *at;
 }
 
 class CalibrationTest : public ::testing::Test {
@@ -116,8 +108,7 @@ Errors CalibrationTest::transform(const std::string& library_file, const std::op
       }
     }
   }
-  return {rms(azimuth_errors), percentile_95(azimuth_errors), rms(stokes_angle_errors),
-          rms(degree_errors),  percentile_95(degree_errors),  azimuth_errors.size()};
+  return {rms(azimuth_errors), rms(stokes_angle_errors), rms(degree_errors), azimuth_errors.size()};
 }
 
 TEST_F(CalibrationTest, AnIdealSensorGivesTheDefaultMatrices) {
@@ -236,17 +227,7 @@ TEST_F(CalibrationTest, EachColourIsFittedByItself) {
             Fact::grey_calibration);
 }
 
-class CalibratedRoute : public CalibrationTest, public ::testing::WithParamInterface<const char*> {
- protected:
-  void record(const std::string& name, const Errors& errors) {
-    char text[160] = "";
-    std::snprintf(text, sizeof(text),
-                  "azimuth %.3f rms %.3f 95 %%, by Stokes pair %.3f; degree %.4f rms %.4f 95 %%; %zu pixels",
-                  errors.azimuth_rms, errors.azimuth_95, errors.stokes_angle_rms, errors.degree_rms, errors.degree_95,
-                  errors.pixels);
-    RecordProperty(name, text);
-  }
-};
+class CalibratedRoute : public CalibrationTest, public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(CalibratedRoute, ErrorsBeforeAndAfter) {
   const std::string library = GetParam();
@@ -260,8 +241,8 @@ TEST_P(CalibratedRoute, ErrorsBeforeAndAfter) {
 
   // Without noise, what is left is the sensor's doing, and the library's documented 0.16 degrees.
   camera_.full_well = 0.0;
-  camera_.width = 1224;
-  camera_.height = 1024;
+  camera_.width = 612;
+  camera_.height = 512;
   const SimulatedScene scene(camera_.width, camera_.height, {});
   const Errors before = transform(library, std::nullopt, scene, false);
   const Errors after = transform(library, calibration, scene, false);
@@ -271,23 +252,18 @@ TEST_P(CalibratedRoute, ErrorsBeforeAndAfter) {
   camera_.polarizers = {};
   camera_.dark_level = 0.0;
   const Errors ideal = transform(library, std::nullopt, scene, false);
-  record("ideal", ideal);
-  record("before", before);
-  record("after", after);
-  record("edges_before", edges_before);
-  record("edges_after", edges_after);
   ASSERT_GT(after.pixels, 20000U);
 
-  EXPECT_GT(before.azimuth_rms, 0.5);
-  EXPECT_GT(edges_before.azimuth_rms, 0.5);
-  EXPECT_LT(edges_after.azimuth_rms, 0.2);
-  EXPECT_LT(edges_after.degree_rms, 0.002);
+  EXPECT_GT(before.azimuth, 0.5);
+  EXPECT_GT(edges_before.azimuth, 0.5);
+  EXPECT_LT(edges_after.azimuth, 0.2);
+  EXPECT_LT(edges_after.degree, 0.002);
   if (plugin) {
-    EXPECT_LT(after.azimuth_rms, ideal.azimuth_rms + 0.01);
-    EXPECT_LT(after.stokes_angle_rms, ideal.stokes_angle_rms + 0.01);
-    EXPECT_LT(after.degree_rms, ideal.degree_rms + 0.0005);
+    EXPECT_LT(after.azimuth, ideal.azimuth + 0.01);
+    EXPECT_LT(after.stokes_angle, ideal.stokes_angle + 0.01);
+    EXPECT_LT(after.degree, ideal.degree + 0.0005);
   } else {
-    EXPECT_EQ(after.azimuth_rms, before.azimuth_rms);
+    EXPECT_EQ(after.azimuth, before.azimuth);
   }
 }
 
