@@ -91,11 +91,13 @@ std::string manual_page(const CLI::App& app) {
       }
     }
   }
-  page << ".SH EXIT STATUS\n"
-       << "0 when everything is done, 1 when a frame or the whole failed (one sentence on the standard error stream "
-          "says "
-          "which and why), 2 when the command line makes no sense. After an interruption the signal's own status.\n"
-       << ".SH EXAMPLES\n.nf\n";
+  page
+      << ".SH EXIT STATUS\n"
+      << roff(
+             "0 when everything is done. 1 when a frame or the whole failed, or standard output cannot be written: one "
+             "sentence on the standard error stream says which and why. 2 when the command line makes no sense, "
+             "whatever is in the files. After an interruption the signal's own status.\n")
+      << ".SH EXAMPLES\n.nf\n";
   for (const CLI::App* command : commands) {
     show_examples(page, command->get_footer());
   }

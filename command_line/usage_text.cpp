@@ -68,10 +68,15 @@ std::string describe_value(const CLI::ParseError& error, const CLI::App& command
   if (const std::size_t colon = said.find(": 1 required "); colon != std::string::npos) {
     return said.substr(0, colon) + " needs a value";
   }
-  for (const DeclaredOption& option : declared_options(command)) {
-    if (!option.positional.empty() && said == option.name + " is required") {
-      return option.positional + " is missing";
+  if (const std::size_t colon = said.find(": At Most 1 required"); colon != std::string::npos) {
+    return said.substr(0, colon) + " is given more than once";
+  }
+  if (const std::size_t end = said.find(" is required"); end != std::string::npos) {
+    std::string name = said.substr(0, end);
+    for (const DeclaredOption& option : declared_options(command)) {
+      name = !option.positional.empty() && name == option.name ? option.positional : name;
     }
+    return name + " is missing";
   }
   return said;
 }

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "batch/frame_reader.h"
+#include "batch/interruption.h"
 #include "calibration/calibration_file.h"
 #include "calibration/fit_text.h"
 #include "calibration/series.h"
@@ -115,6 +116,7 @@ void run_calibrate(const CalibrateOptions& options) {
   for (const std::string& doubt : series.doubtful_frames(fit, options.steady_source)) {
     note(doubt);
   }
+  const Interruption interruption;
   FileSet files(options.force ? FileSet::Earlier::replaced : FileSet::Earlier::refused);
   const std::string text = encode_calibration(series.calibration(fit), fit);
   files.write(options.file, {{text.data(), text.size()}});
@@ -125,7 +127,7 @@ void run_calibrate(const CalibrateOptions& options) {
                                           output_texts("calibration-plot", "the fit of a calibration")));
     plot = "plot in " + plot_file.string();
   }
-  files.commit();
+  commit_unless_interrupted(files);
   report(options, series, fit, plot);
 }
 
@@ -167,7 +169,8 @@ void declare_calibrate(CLI::App& app) {
   command->footer(
       "Examples:\n"
       "  nerova-polarize calibrate --list angles.csv --dark dark.png --bit-depth 12 --output camera.json\n"
-      "  nerova-polarize calibrate --frame 0:a.png --frame 45:b.png --frame 90:c.png --frame 135:d.png c.json");
+      "  nerova-polarize calibrate c.json --frame 0:a.png --frame 45:b.png \\\n"
+      "    --frame 90:c.png --frame 135:d.png");
   command->callback([options] { run_calibrate(*options); });
 }
 

@@ -4,6 +4,7 @@
 #include <sstream>
 #include <utility>
 
+#include "batch/interruption.h"
 #include "failure.h"
 #include "file_texts.h"
 #include "npy_file.h"
@@ -191,6 +192,13 @@ void refuse_existing(const std::filesystem::path& path, const std::string& remed
   if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) {
     throw Failure(path.string() + " is there already; " + remedy + ".");
   }
+}
+
+void commit_unless_interrupted(FileSet& files) {
+  if (Interruption::is_requested()) {
+    throw Failure("interrupted; nothing is written.");
+  }
+  files.commit();
 }
 
 Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts) {

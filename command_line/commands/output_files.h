@@ -49,6 +49,9 @@ std::vector<OutputFile> output_files(const Products& products, FileFormat format
 /** Throws Failure if there is a file of that name; `remedy` ends the sentence. */
 void refuse_existing(const std::filesystem::path& path, const std::string& remedy);
 
+/** Commits, unless an interruption was noted: then it throws Failure. */
+void commit_unless_interrupted(FileSet& files);
+
 /** A PNG file. Throws CodecError. */
 Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts = {});
 

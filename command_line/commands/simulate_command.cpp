@@ -7,9 +7,11 @@
 #include <optional>
 
 #include "angles.h"
+#include "batch/interruption.h"
 #include "calibration/polarizer_fit.h"
 #include "commands/colour_options.h"
 #include "commands/frame_options.h"
+#include "commands/output_files.h"
 #include "commands/truth_files.h"
 #include "file_set.h"
 #include "formatted.h"
@@ -109,10 +111,11 @@ std::vector<std::uint16_t> simulate(const SimulateOptions& options, const Camera
 
 void run_simulate(const SimulateOptions& options) {
   const CameraSettings camera = camera_of(options);
+  const Interruption interruption;
   FileSet files(options.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
   const std::vector<std::uint16_t> pixels = simulate(options, camera, files);
   files.write(options.file, encode_frame(pixels, camera.width, camera.height, camera.bit_depth, options.file));
-  files.commit();
+  commit_unless_interrupted(files);
   if (verbosity() != Verbosity::quiet) {
     print_result(formatted("%s: %d x %d, %d-bit, layout %d; transform it with: %s\n", options.file.c_str(),
                            camera.width, camera.height, camera.bit_depth, camera.layout.angle_at(0, 0),
@@ -216,7 +219,7 @@ void declare_simulate(CLI::App& app) {
   command->footer(
       "Examples:\n"
       "  nerova-polarize simulate frame.png --bit-depth 12 --photons 10000 --truth truth\n"
-      "  nerova-polarize simulate a30.png --source-angle 30 --angle-errors=1.2,-0.8,-1.5,0.6 --extinction 200");
+      "  nerova-polarize simulate a30.png --source-angle 30 --angle-errors=1.2,-0.8,-1.5,0.6");
   command->callback([options] { run_simulate(*options); });
 }
 

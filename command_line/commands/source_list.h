@@ -15,9 +15,9 @@ struct SourceFile {
 SourceFile parse_source(const std::string& text);
 
 /**
- * Lines such as "30,frame.png"; semicolons and tabs may stand for the comma, with which angles may have a decimal comma,
- * and texts may be quoted. A first line that names the columns may say that the file comes first. Empty lines and lines
- * that begin with # are passed over. Files lie relative to the list. Throws Failure.
+ * Lines such as "30,frame.png"; semicolons and tabs may stand for the comma, with which angles may have a decimal
+ * comma, and texts may be quoted. A first line that names the columns may say that the file comes first. Empty lines
+ * and lines that begin with # are passed over. Files lie relative to the list. Throws Failure.
  */
 std::vector<SourceFile> read_source_list(const std::string& path);
 

@@ -200,13 +200,13 @@ void declare_stats(CLI::App& app) {
   const auto options = std::make_shared<StatsOptions>();
   CLI::App* command =
       app.add_subcommand("stats", "Print means of angle and degree, and how many pixels are saturated or dark");
-  options->frames.declare(command, options->request);
   add_choice<StatisticsWeight>(
       command, "--weight", options->weight, weights,
       "What a pixel counts for in means\n"
       "equal: as much as any other. power: for its light, so that the means are those of all light together.");
   command->add_flag("--summary", options->summary, "Print only what is of all frames together");
   command->add_flag("--json", options->json, "Print a JSON document");
+  options->frames.declare(command, options->request);
   command->footer(
       "Examples:\n"
       "  nerova-polarize stats frame.png --bit-depth 12 --roi 800,600,200,200\n"

@@ -138,7 +138,6 @@ void declare_transform(CLI::App& app) {
   const auto options = std::make_shared<TransformOptions>();
   TransformRequest& request = options->request;
   CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
-  options->frames.declare(command, request);
   limit(command->add_option("--output-max", request.output_maximum, "What full scale, 180 degrees and degree 1 map to")
             ->type_name("N")
             ->capture_default_str(),
@@ -190,6 +189,7 @@ void declare_transform(CLI::App& app) {
           ->type_name("N"),
       1, 100'000);
   add_former_name(command, "--repeat", benchmark);
+  options->frames.declare(command, request);
   command->footer(
       "Examples:\n"
       "  nerova-polarize transform frame.png --bit-depth 12 --output pictures\n"

@@ -70,6 +70,10 @@ TEST_F(CommandLineTest, CompletionsAndManualKnowEveryCommandAndOption) {
       4U);
   EXPECT_EQ(completed("--v"), std::set<std::string>{"--version"});
   for (const std::string& command : commands) {
+    std::istringstream help(output(command + " --help"));
+    for (std::string line; std::getline(help, line);) {
+      EXPECT_LE(line.size(), 100U) << line;
+    }
     const std::set<std::string> options = options_of(command);
     EXPECT_EQ(completed(command + " --"), options) << command;
     for (const std::string& option : options) {
