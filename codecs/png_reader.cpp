@@ -4,6 +4,7 @@
 
 #include "codec_error.h"
 #include "message_text.h"
+#include "png_errors.h"
 #include "png_file.h"
 #include "samples.h"
 
@@ -11,12 +12,10 @@ namespace nerova_zel {
 
 namespace {
 
-// libpng reports errors by longjmp, which skips destructors. So everything with a destructor lives in PngReader,
-// outside of attempt(), and what runs inside of attempt() holds plain values only.
-class PngReader {
+class PngReader : PngErrors {
  public:
   PngReader(const Bytes& bytes, const std::string& name) : bytes_(bytes), name_(name) {
-    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, &on_error, &on_warning);
+    png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, static_cast<PngErrors*>(this), &on_error, &on_warning);
     info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
     if (info_ == nullptr) {
       png_destroy_read_struct(&png_, nullptr, nullptr);
@@ -86,15 +85,6 @@ class PngReader {
     }
   }
 
-  template <class Action>
-  bool succeeds(const Action& action) {
-    if (setjmp(png_jmpbuf(png_)) != 0) {
-      return false;
-    }
-    action();
-    return true;
-  }
-
   void check_kind() const {
     const int colour = png_get_color_type(png_, info_);
     if (colour != PNG_COLOR_TYPE_GRAY) {
@@ -134,20 +124,9 @@ class PngReader {
     }
   }
 
-  [[noreturn]] static void on_error(png_structp png, png_const_charp message) {
-    auto& self = *static_cast<PngReader*>(png_get_error_ptr(png));
-    std::strncpy(self.message_, message, sizeof(self.message_) - 1);
-    png_longjmp(png, 1);
-  }
-
-  static void on_warning(png_structp /*png*/, png_const_charp /*message*/) {}
-
   const Bytes& bytes_;
   const std::string& name_;
   std::size_t at_ = 0;
-  char message_[128] = "";
-  png_structp png_ = nullptr;
-  png_infop info_ = nullptr;
 };
 
 }  // namespace

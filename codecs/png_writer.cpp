@@ -6,6 +6,7 @@
 
 #include "codec_error.h"
 #include "message_text.h"
+#include "png_errors.h"
 #include "png_file.h"
 
 namespace nerova_zel {
@@ -16,10 +17,10 @@ bool is_ascii(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 128; });
 }
 
-// libpng reports errors by longjmp, which skips destructors: what runs inside of attempt() holds plain values only.
-class PngWriter {
+class PngWriter : PngErrors {
  public:
-  PngWriter() : png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, this, &on_error, &on_warning)) {
+  PngWriter() {
+    png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, static_cast<PngErrors*>(this), &on_error, &on_warning);
     info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
     if (info_ == nullptr) {
       png_destroy_write_struct(&png_, nullptr);
@@ -91,15 +92,6 @@ class PngWriter {
     }
   }
 
-  template <class Action>
-  bool succeeds(const Action& action) {
-    if (setjmp(png_jmpbuf(png_)) != 0) {
-      return false;
-    }
-    action();
-    return true;
-  }
-
   static void append(png_structp png, png_bytep data, std::size_t count) {
     auto& self = *static_cast<PngWriter*>(png_get_io_ptr(png));
     bool full = false;
@@ -113,18 +105,7 @@ class PngWriter {
     }
   }
 
-  [[noreturn]] static void on_error(png_structp png, png_const_charp message) {
-    auto& self = *static_cast<PngWriter*>(png_get_error_ptr(png));
-    std::strncpy(self.message_, message, sizeof(self.message_) - 1);
-    png_longjmp(png, 1);
-  }
-
-  static void on_warning(png_structp /*png*/, png_const_charp /*message*/) {}
-
   Bytes bytes_;
-  char message_[128] = "";
-  png_structp png_ = nullptr;
-  png_infop info_ = nullptr;
 };
 
 }  // namespace

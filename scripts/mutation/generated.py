@@ -2,13 +2,13 @@
 
 import os
 import random
-import shutil
 import signal
 import subprocess
 import time
 import tomllib
 
 from operators import mutants_of
+from tree import copy_tree, run
 
 SETTINGS = ["-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O0",
             "-DNEROVA_LANES_OPTIMIZATION=-O1", "-DNEROVA_WARNINGS_AS_ERRORS=OFF"]
@@ -17,11 +17,6 @@ TIME_LIMIT = 120  # seconds: a mutant may loop for ever
 
 def read_modules(folder):
     return tomllib.loads((folder / "modules.toml").read_text())
-
-
-def run(command, **options):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
-                          stdin=subprocess.DEVNULL, **options)
 
 
 class GeneratedMutants:
@@ -36,12 +31,7 @@ class GeneratedMutants:
 
     def prepare(self):
         """Builds a copy of the sources. Returns an error text, or None."""
-        self.sources.mkdir(parents=True, exist_ok=True)
-        for name in run(["git", "-C", self.root, "ls-files"]).stdout.splitlines():
-            copy = self.sources / name
-            copy.parent.mkdir(parents=True, exist_ok=True)
-            if not copy.exists() or copy.read_bytes() != (self.root / name).read_bytes():
-                shutil.copyfile(self.root / name, copy)
+        copy_tree(self.root, self.sources)
         result = run(["cmake", "-S", self.sources, "-B", self.build, *SETTINGS])
         if result.returncode == 0:
             result = self.compile()

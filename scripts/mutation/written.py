@@ -16,16 +16,13 @@ import time
 import tomllib
 from concurrent.futures import ThreadPoolExecutor
 
+from tree import copy_tree, run
+
 TEST_PROGRAMS = ["campaign", "lifecycle_tests", "whole_frame_test", "real_plugins_test", "exact_quotients_avx2",
                  "exact_quotients_avx512", "cpu_features_test"]
 SETTINGS = ["-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1",
             "-DNEROVA_LANES_OPTIMIZATION=-O1", "-DNEROVA_WARNINGS_AS_ERRORS=OFF", "-DNEROVA_BUILD_TOOLS=OFF"]
 TIME_LIMIT = 300  # seconds: a mutant may walk in circles
-
-
-def run(command, **options):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
-                          **options)
 
 
 class Tests:
@@ -100,12 +97,7 @@ class Tree:
 
     def prepare(self):
         """Copies the sources and builds them; what is up to date stays."""
-        self.sources.mkdir(parents=True, exist_ok=True)
-        for name in run(["git", "-C", self.root, "ls-files"]).stdout.splitlines():
-            copy = self.sources / name
-            copy.parent.mkdir(parents=True, exist_ok=True)
-            if not copy.exists() or copy.read_bytes() != (self.root / name).read_bytes():
-                shutil.copyfile(self.root / name, copy)
+        copy_tree(self.root, self.sources)
         for command in (["cmake", "-S", self.sources, "-B", self.build, *SETTINGS],
                         ["cmake", "--build", self.build, "--target", *TEST_PROGRAMS]):
             result = run(command)
