@@ -5,6 +5,7 @@
 
 #include "calibration/calibration_file.h"
 #include "commands/how_made.h"
+#include "commands/recorded_frames.h"
 #include "failure.h"
 #include "input_bytes.h"
 #include "messages.h"
@@ -67,8 +68,8 @@ void add_layout(CLI::App* command, MosaicLayout& layout, bool* is_given) {
       ->default_str(std::to_string(layout.angle_at(0, 0)));
 }
 
-void add_origin(CLI::App* command, Origin& origin, const std::string& frame) {
-  add_parsed<Origin>(command, "--origin", origin, parse_origin, "Sensor coordinates of the " + frame)
+CLI::Option* add_origin(CLI::App* command, Origin& origin, const std::string& frame) {
+  return add_parsed<Origin>(command, "--origin", origin, parse_origin, "Sensor coordinates of the " + frame)
       ->type_name("X,Y")
       ->default_str("0,0");
 }
@@ -112,7 +113,8 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
       ->add_option("FRAME", request.frames,
                    "Grey PNG, TIFF, PGM or NPY files, or headerless ones (--raw); folders; patterns; - (stdin)\n"
                    "Pixels of 8 or 16 bits. Of a folder its frames are taken, by name. Patterns with * and ? go in "
-                   "quotes. Headerless frames can come from standard input, as -.")
+                   "quotes. Headerless frames can come from standard input, as -. Recordings "
+                   "(FILE.raw with FILE.raw.json) need no further options.")
       ->type_name("FILE")
       ->required();
   command->add_flag("--recursive", request.recursive,
@@ -128,7 +130,7 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
                       "bits), Mono10Packed, Mono12Packed. The names that polarization cameras have for the same bits "
                       "are taken, too: Polarized12p and PolarizeMono12p are Mono12p.");
   add_layout(command, request.layout, &request.layout_is_given);
-  add_origin(command, request.origin, "frame's top-left pixel");
+  origin_option_ = add_origin(command, request.origin, "frame's top-left pixel");
   const auto parse = [](const std::string& text) { return std::optional(parse_region(text)); };
   add_parsed<std::optional<Region>>(command, "--roi", request.region, parse,
                                     "Only this region of the frame, as if the camera had read out no more")
@@ -161,8 +163,33 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
   add_verbosity(command);
 }
 
+void FrameOptions::take_recording(FrameRequest& request) const {
+  const std::optional<Recording> recording = find_recording(request.frames);
+  if (!recording) {
+    return;
+  }
+  request.headerless = HeaderlessLayout{recording->size, recording->format};
+  if (!request.layout_is_given) {
+    request.layout = recording->layout;
+    request.layout_is_given = true;
+  } else if (request.layout.phase() != recording->layout.phase()) {
+    note("the recording says layout " + std::to_string(recording->layout.angle_at(0, 0)) + "; --layout " +
+         std::to_string(request.layout.angle_at(0, 0)) + " is used.");
+  }
+  if (origin_option_->count() == 0) {
+    request.origin = recording->origin;
+  }
+  if (recording->colour) {
+    note(std::string("the recording is of a sensor with colour filters, ") + name_of(*recording->colour) +
+         "; its colours are taken together.");
+  }
+}
+
 void FrameOptions::finish(FrameRequest& request) const {
   request.headerless = headerless_.layout();
+  if (!request.headerless) {
+    take_recording(request);
+  }
   if (!request.calibration_file.empty()) {
     const Bytes bytes = read_file(request.calibration_file, "a calibration file");
     request.calibration_mark = calibration_mark(bytes);

@@ -30,7 +30,7 @@ struct FrameRequest : TransformSettings {
 
 /** Options of a sensor and of headerless pixels, which calibrate takes too. All refer to what must outlive parsing. */
 void add_layout(CLI::App* command, MosaicLayout& layout, bool* is_given = nullptr);
-void add_origin(CLI::App* command, Origin& origin, const std::string& frame);
+CLI::Option* add_origin(CLI::App* command, Origin& origin, const std::string& frame);
 void add_bit_depth(CLI::App* command, std::optional<int>& bit_depth, const std::string& help);
 
 /** --raw, --pixel-format, --header and --stride, which belong together. */
@@ -58,7 +58,11 @@ class FrameOptions {
   void finish(FrameRequest& request) const;
 
  private:
+  /** What is not said by options is taken from the description of a recording. */
+  void take_recording(FrameRequest& request) const;
+
   HeaderlessOptions headerless_;
+  const CLI::Option* origin_option_ = nullptr;
   std::optional<int> jobs_;
 };
 

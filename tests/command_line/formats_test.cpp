@@ -1,5 +1,7 @@
 // Every form of frame and output, bit for bit what the library computes.
 #include "file_texts.h"
+#include "frames/recording.h"
+#include "picture_file.h"
 #include "png_file.h"
 #include "tiff_file.h"
 #include "tool_run.h"
@@ -84,6 +86,41 @@ TEST_F(FormatsTest, EveryKindOfFrameGivesWhatTheLibraryComputes) {
   expect_exact("f.PGM", 12, "png", "");
   expect_exact("g.raw", 7, "png", "--bit-depth 7 --raw 37x30");
   expect_exact("h.raw", 14, "tiff", "--bit-depth 14 --raw 37x30");
+}
+
+TEST_F(FormatsTest, RecordingsAreReadByTheirDescription) {
+  run("simulate a.raw --size 37x30 --bit-depth 12 --layout 135 --origin 3,0 --seed 1");
+  run("simulate b.raw --size 37x30 --bit-depth 12 --layout 135 --origin 3,0 --seed 2");
+  write("r.raw", read("a.raw") + read("b.raw"));
+  Recording recording;
+  recording.format = PixelFormat::mono12;
+  recording.size = {37, 30};
+  recording.origin = {3, 0};
+  recording.layout = MosaicLayout(135);
+  recording.frames = 2;
+  write("r.raw.json", encode_recording(recording));
+  write("copy.raw", read("r.raw"));
+  EXPECT_EQ(run("transform copy.raw --raw 37x30 --pixel-format Mono12 --layout 135 --origin 3,0 -o wanted --outputs hv")
+                .exit_code,
+            0);
+  const RunResult result = run("transform r.raw -o found --outputs hv");
+  EXPECT_EQ(result.errors.find("assumed"), std::string::npos) << result.errors;
+  const auto pixels = [this](const std::string& name) {
+    GreyPage page;
+    PictureFile(path(name)).read(0, page);
+    return page.pixels;
+  };
+  for (const std::string frame : {"0", "1"}) {
+    EXPECT_EQ(pixels("found/r_00000" + frame + "_hv.png"), pixels("wanted/copy_00000" + frame + "_hv.png"));
+  }
+  // A doubt is said, and frames of two kinds are no batch.
+  EXPECT_NE(run("stats r.raw --layout 90").errors.find("the recording says layout 135"), std::string::npos);
+  write("r.raw", read("a.raw"));
+  EXPECT_NE(run("stats r.raw").errors.find("r.raw has 2220 bytes"), std::string::npos);
+  write("r.raw", read("copy.raw"));
+  expect_refusal("stats r.raw a.raw", {"a.raw", "recording"});
+  write("a.raw.json", "{}");
+  expect_refusal("stats a.raw", {"a.raw.json", "does not describe a recording"});
 }
 
 TEST_F(FormatsTest, TruthIsThatOfTheScene) {
