@@ -125,8 +125,8 @@ std::vector<TextEntry> read_tiff_texts(const std::filesystem::path& path) {
   return texts;
 }
 
-std::vector<TextEntry> read_array_texts(const std::filesystem::path& path) {
-  std::ifstream file(texts_file_of_array(path), std::ios::binary);
+std::vector<TextEntry> read_json_texts(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
   std::vector<TextEntry> texts;
   const nlohmann::ordered_json document = nlohmann::ordered_json::parse(file, nullptr, false);
   if (document.is_object()) {
@@ -189,7 +189,11 @@ std::vector<TextEntry> read_texts(const std::filesystem::path& path) {
   if (extension == ".tif" || extension == ".tiff") {
     return read_tiff_texts(path);
   }
-  return extension == ".npy" ? read_array_texts(path) : std::vector<TextEntry>();
+  if (extension == ".npy") {
+    return read_json_texts(texts_file_of_array(path));
+  }
+  const bool is_beside_array = extension == ".json" && path.stem().extension() == ".npy";
+  return is_beside_array ? read_json_texts(path) : std::vector<TextEntry>();
 }
 
 }  // namespace nerova_zel

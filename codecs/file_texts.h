@@ -27,8 +27,9 @@ std::string texts_to_json(const std::vector<TextEntry>& texts);
 std::filesystem::path texts_file_of_array(const std::filesystem::path& array);
 
 /**
- * The texts of a PNG, TIFF or NPY file, told apart by their names, of any kind of pixels. Only what is needed is read
- * of it: in PNG texts before the pixels, in TIFF those of the first page. None of what cannot be read, or is damaged.
+ * The texts of a PNG, TIFF or NPY file, or of one beside an array, told apart by their names, of any pixels. Only what
+ * is needed is read of it: in PNG texts before the pixels, in TIFF those of the first page. None of what cannot be
+ * read, or is damaged.
  */
 std::vector<TextEntry> read_texts(const std::filesystem::path& path);
 

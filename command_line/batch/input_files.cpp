@@ -63,7 +63,7 @@ FoundFiles only_frames(std::vector<std::string> paths, const std::string& place,
 }  // namespace
 
 FoundFiles expand_argument(const std::string& argument, const FolderRules& rules) {
-  static const std::set<std::string> picture_endings = {".png", ".tif", ".tiff", ".pgm"};
+  static const std::set<std::string> picture_endings = {".png", ".tif", ".tiff", ".pgm", ".npy"};
   static const std::set<std::string> headerless_endings = {".raw", ".bin"};
   std::error_code error;
   const fs::path path(argument);
@@ -74,7 +74,7 @@ FoundFiles expand_argument(const std::string& argument, const FolderRules& rules
                                                      : accepted<fs::directory_iterator>(path, ends_well);
     if (files.empty()) {
       throw Failure("the folder " + argument + " holds no frames; they should end in " +
-                    (rules.headerless ? ".raw or .bin." : ".png, .tif, .tiff or .pgm."));
+                    (rules.headerless ? ".raw or .bin." : ".png, .tif, .tiff, .pgm or .npy."));
     }
     return only_frames(std::move(files), "the folder " + argument, rules.headerless);
   }

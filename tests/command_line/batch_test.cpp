@@ -208,7 +208,7 @@ TEST_F(BatchTest, EarlierOutputsOutliveFailures) {
 
 TEST_F(BatchTest, OutputsAreNotTakenForFrames) {
   ASSERT_EQ(run("simulate f.png --size 16x16 --truth .").exit_code, 0);
-  for (const std::string format : {"png", "tiff"}) {
+  for (const std::string format : {"png", "tiff", "npy"}) {
     ASSERT_EQ(run("transform f.png --outputs power,dolp -f " + format).exit_code, 0);
   }
   for (const std::string arguments :
@@ -218,7 +218,7 @@ TEST_F(BatchTest, OutputsAreNotTakenForFrames) {
     EXPECT_NE(result.errors.find("outputs of nerova-polarize and left out"), std::string::npos) << result.errors;
   }
   EXPECT_TRUE(read("again/f_power_power.png").empty());
-  for (const std::string output : {"f_power.png", "f_dolp.tiff", "f_true_angle.tiff"}) {
+  for (const std::string output : {"f_power.png", "f_dolp.tiff", "f_power.npy", "f_true_angle.tiff"}) {
     expect_refusal("transform " + output + " -o more", {output + " is no frame", "output"});
   }
 }
