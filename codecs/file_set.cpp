@@ -39,7 +39,8 @@ class Replaced {
   ~Replaced() {
     std::error_code ignored;
     for (auto file = files_.rbegin(); file != files_.rend(); ++file) {
-      if (!kept_new_ && file->published) {
+      // What another program put there since is not ours to remove.
+      if (!kept_new_ && file->published != nullptr && file->published->is_in_place()) {
         if (file->kept.empty()) {
           fs::remove(file->path, ignored);
         } else {
@@ -53,7 +54,7 @@ class Replaced {
 
   /** Before a file is replaced. */
   void keep(const fs::path& path) {
-    files_.push_back({path, {}, false});
+    files_.push_back({path, {}, nullptr});
     std::error_code error;
     if (!fs::exists(fs::symlink_status(path, error))) {
       return;
@@ -72,7 +73,7 @@ class Replaced {
     files_.back().kept = kept;
   }
 
-  void published() { files_.back().published = true; }
+  void published(const PartialFile& file) { files_.back().published = &file; }
 
   void keep_new() { kept_new_ = true; }
 
@@ -91,7 +92,7 @@ class Replaced {
   struct File {
     fs::path path;
     fs::path kept;  ///< empty when there was none
-    bool published;
+    const PartialFile* published;
   };
   std::vector<File> files_;
   bool kept_new_ = false;
@@ -179,7 +180,7 @@ void FileSet::commit() {
     if (!entry.partial.publish()) {
       fail(entry.path, last_error());
     }
-    replaced.published();
+    replaced.published(entry.partial);
   }
   replaced.keep_new();
   committed_ = true;

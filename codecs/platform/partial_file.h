@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 
 namespace nerova_zel {
@@ -34,12 +35,17 @@ class PartialFile {
   /** Gives the file its place's name, in one step; a file that had the name is replaced. */
   bool publish();
 
+  /** Whether the file that was published still has its name, and no other program's took its place since. */
+  bool is_in_place() const;
+
  private:
   void close();
 
   std::filesystem::path place_;
   std::filesystem::path temporary_;  ///< empty when there is none
   int descriptor_ = -1;
+  std::uint64_t device_ = 0;  ///< with file_, what tells the published file from others
+  std::uint64_t file_ = 0;
 };
 
 }  // namespace nerova_zel

@@ -65,7 +65,9 @@ PartialFile::PartialFile(std::filesystem::path place) : place_(std::move(place))
 PartialFile::PartialFile(PartialFile&& other) noexcept
     : place_(std::move(other.place_)),
       temporary_(std::exchange(other.temporary_, {})),
-      descriptor_(std::exchange(other.descriptor_, -1)) {}
+      descriptor_(std::exchange(other.descriptor_, -1)),
+      device_(other.device_),
+      file_(other.file_) {}
 
 PartialFile::~PartialFile() {
   if (!temporary_.empty()) {
@@ -110,12 +112,23 @@ bool PartialFile::write(const void* data, std::size_t size) {
 }
 
 bool PartialFile::publish() {
+  struct stat own {};
+  if (fstat(descriptor_, &own) != 0) {
+    return false;
+  }
+  device_ = own.st_dev;
+  file_ = own.st_ino;
   if (std::rename(temporary_.c_str(), place_.c_str()) != 0) {
     return false;
   }
   temporary_.clear();
   close();
   return true;
+}
+
+bool PartialFile::is_in_place() const {
+  struct stat present {};
+  return lstat(place_.c_str(), &present) == 0 && present.st_dev == device_ && present.st_ino == file_;
 }
 
 void PartialFile::close() {
