@@ -1,41 +1,64 @@
 #include "frames/pixel_counts.h"
 
 #include <algorithm>
+#include <array>
 
 namespace nerova_zel {
 
 namespace {
 
-/** Few enough for counts of 16 bits, in which compilers make the fastest code. */
-constexpr std::size_t block = 1U << 15U;
+/** Of every 32nd pixel each, in 16 bits: compilers make the fastest code of it. */
+constexpr std::size_t lanes = 32;
+using Lanes = std::array<std::uint16_t, lanes>;
+/** So few steps that their counts fit. */
+constexpr std::size_t most_steps = 65535;
 
-void count_block(const std::uint16_t* pixels, std::size_t count, std::uint16_t full_scale, PixelCounts& counts) {
-  std::uint16_t dark = 0;
-  std::uint16_t saturated = 0;
-  std::uint16_t above = 0;
-  std::uint16_t greatest = 0;
-  std::uint16_t set_bits = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint16_t pixel = pixels[i];
-    dark = static_cast<std::uint16_t>(dark + (pixel == 0 ? 1 : 0));
-    saturated = static_cast<std::uint16_t>(saturated + (pixel >= full_scale ? 1 : 0));
-    above = static_cast<std::uint16_t>(above + (pixel > full_scale ? 1 : 0));
-    greatest = std::max(greatest, pixel);
-    set_bits = static_cast<std::uint16_t>(set_bits | pixel);
+struct LaneCounts {
+  Lanes dark{};
+  Lanes saturated{};
+  Lanes above{};
+  Lanes greatest{};
+  Lanes set_bits{};
+
+  void add(std::size_t lane, std::uint16_t pixel, std::uint16_t full_scale) {
+    const auto count = [lane](Lanes& counts, bool yes) {
+      counts[lane] = static_cast<std::uint16_t>(counts[lane] + static_cast<std::uint16_t>(yes));
+    };
+    count(dark, pixel == 0);
+    count(saturated, pixel >= full_scale);
+    count(above, pixel > full_scale);
+    greatest[lane] = std::max(greatest[lane], pixel);
+    set_bits[lane] = static_cast<std::uint16_t>(set_bits[lane] | pixel);
   }
-  counts.dark += dark;
-  counts.saturated += saturated;
-  counts.above += above;
-  counts.greatest = std::max(counts.greatest, greatest);
-  counts.set_bits = static_cast<std::uint16_t>(counts.set_bits | set_bits);
-}
+
+  void add_to(PixelCounts& counts) const {
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+      counts.dark += dark[lane];
+      counts.saturated += saturated[lane];
+      counts.above += above[lane];
+      counts.greatest = std::max(counts.greatest, greatest[lane]);
+      counts.set_bits = static_cast<std::uint16_t>(counts.set_bits | set_bits[lane]);
+    }
+  }
+};
 
 }  // namespace
 
 PixelCounts count_pixels(const std::uint16_t* pixels, std::size_t count, int full_scale) {
+  const auto scale = static_cast<std::uint16_t>(full_scale);
   PixelCounts counts;
-  for (std::size_t first = 0; first < count; first += block) {
-    count_block(pixels + first, std::min(block, count - first), static_cast<std::uint16_t>(full_scale), counts);
+  std::size_t i = 0;
+  while (i < count) {
+    LaneCounts some;
+    for (std::size_t step = 0; step + 1 < most_steps && i + lanes <= count; ++step, i += lanes) {
+      for (std::size_t lane = 0; lane < lanes; ++lane) {
+        some.add(lane, pixels[i + lane], scale);
+      }
+    }
+    for (std::size_t lane = 0; lane < lanes && i < count; ++lane, ++i) {
+      some.add(lane, pixels[i], scale);
+    }
+    some.add_to(counts);
   }
   return counts;
 }

@@ -117,6 +117,21 @@ void angles_baseline(const float* pairs, std::size_t pixels, float* degrees) { a
   angles(pairs, pixels, degrees);
 }
 
+[[gnu::target("avx512f,avx512dq,avx512bw,avx512vl")]] void angles_avx512(const float* pairs, std::size_t pixels,
+                                                                         float* degrees) {
+  angles(pairs, pixels, degrees);
+}
+
+using Angles = void (*)(const float*, std::size_t, float*);
+
+/** The best for this processor; all give the same bits. */
+Angles choose_angles() {
+  if (__builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512dq") != 0) {
+    return angles_avx512;
+  }
+  return __builtin_cpu_supports("avx2") != 0 ? angles_avx2 : angles_baseline;
+}
+
 }  // namespace
 
 void compute_linear_stokes(const MosaicFrame& frame, const Calibration& matrices, int first_row, int end_row,
@@ -149,8 +164,8 @@ void compute_linear_stokes(const MosaicFrame& frame, const Calibration& matrices
 }
 
 void angles_of_pairs(const float* pairs, std::size_t pixels, float* degrees) {
-  static const bool avx2 = __builtin_cpu_supports("avx2") != 0;
-  (avx2 ? angles_avx2 : angles_baseline)(pairs, pixels, degrees);
+  static const Angles angles_of = choose_angles();
+  angles_of(pairs, pixels, degrees);
 }
 
 }  // namespace nerova_zel
