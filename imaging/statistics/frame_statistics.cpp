@@ -19,7 +19,7 @@ constexpr std::pair<CountedImage, Output> counted_outputs[] = {{CountedImage::po
                                                                {CountedImage::dolp, Output::dolp}};
 
 /** Rows that are summed up together. Sums of such steps are added in order: rounding depends on nothing else. */
-constexpr std::int32_t rows_of_step = 16;
+constexpr std::int32_t rows_of_step = 32;
 
 /** The first row behind a step. Its last rows are never a single one, which would be no frame. */
 std::int32_t end_of_step(std::int32_t row, std::int32_t height) {

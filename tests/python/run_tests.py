@@ -49,13 +49,37 @@ def main():
         run(sys.executable, "-m", "venv", *([] if arguments.newest else ["--system-site-packages"]), environment)
         python = environment / "bin" / "python"
         if arguments.newest:
-            run(python, "-m", "pip", "install", "--quiet", "numpy", "distributed", "dask", "pytest", "mypy", "ruff")
+            run(
+                python,
+                "-m",
+                "pip",
+                "install",
+                "--quiet",
+                "numpy",
+                "distributed",
+                "dask",
+                "matplotlib",
+                "pytest",
+                "mypy",
+                "ruff",
+            )
         run(python, "-m", "pip", "install", "--quiet", "--no-index", "--no-deps", wheel)
         check_tag(wheel, environment)
         if arguments.newest:
             run(python, "-m", "mypy", "--strict", "--cache-dir", place / "mypy", "src", cwd=PACKAGE)
             for check in (["check"], ["format", "--check"]):
-                run(python, "-m", "ruff", *check, "--no-cache", "bindings/python", "tests/python", "examples", cwd=ROOT)
+                run(
+                    python,
+                    "-m",
+                    "ruff",
+                    *check,
+                    "--no-cache",
+                    "bindings/python",
+                    "tests/python",
+                    "examples",
+                    "benchmarks/peers/python_peers.py",
+                    cwd=ROOT,
+                )
         run(
             python,
             "-m",

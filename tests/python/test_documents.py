@@ -13,7 +13,11 @@ import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "examples" / "dask"))
-PAGES = [*sorted((ROOT / "docs" / "python").glob("*.md")), ROOT / "bindings" / "python" / "README.md", ROOT / "README.md"]
+PAGES = [
+    *sorted((ROOT / "docs" / "python").glob("*.md")),
+    ROOT / "bindings" / "python" / "README.md",
+    ROOT / "README.md",
+]
 
 
 @pytest.mark.parametrize("page", PAGES, ids=lambda page: str(page.relative_to(ROOT)))

@@ -190,5 +190,8 @@ def test_calibration_refuses_in_words(sensor, tmp_path):
     ):
         with pytest.raises(ValueError, match=words):
             call()
+    calibration = nz.calibrate(frames, angles, layout=90, bit_depth=12, dark=dark)
+    with pytest.raises(ValueError, match="12"):  # made from frames of 12 bits
+        nz.Processor(layout=90, bit_depth=10, calibration=calibration).transform(frames[0] >> 2)
     with pytest.raises(FileNotFoundError):
         nz.Calibration.load(tmp_path / "none.json")

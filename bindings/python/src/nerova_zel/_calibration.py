@@ -53,7 +53,7 @@ class Calibration:
         _library.call("nv_imaging_calibration_values", handle, matrices, dark, depth, None, ctypes.byref(frames))
         self._matrices = np.array(matrices, np.float32).reshape(4, 4, 4)
         self._dark = np.array(dark, np.float64)
-        self._depth = int(depth.value)
+        self._depth = int(depth.value) or None
         self._polarizers: tuple[Polarizer, ...] = ()
         self._residuals = np.empty((frames.value, 4), np.float64)
         self._warnings: tuple[str, ...] = ()
@@ -119,12 +119,12 @@ class Calibration:
 
     @property
     def dark_levels(self) -> npt.NDArray[np.float64]:
-        """float64 (4,): pixel values of `bit_depth` bits without light, under the polarizers 0, 45, 90, 135."""
+        """float64 (4,): pixel values without light, under the polarizers 0, 45, 90, 135."""
         return self._dark
 
     @property
-    def bit_depth(self) -> int:
-        """Of the dark levels; for other frames they are scaled."""
+    def bit_depth(self) -> int | None:
+        """Of the frames that it was made from; no others may be corrected by it. None where the file does not say."""
         return self._depth
 
     @property
