@@ -140,6 +140,20 @@ TEST_F(BatchTest, OnlyWhatIsMissingOrOutdatedIsDoneAgain) {
 }
 
 // What is there must have been made in the same way, which each file says of itself.
+TEST_F(BatchTest, WhatIsAssumedIsSaidOnceAndNothingWhenQuiet) {
+  for (const char* name : {"a.pgm", "b.pgm", "c.pgm"}) {
+    write_pgm(name, random_frame(1), 37, 5, 12);
+  }
+  const std::string command = "transform a.pgm b.pgm c.pgm --outputs power -j 2";
+  const std::string told = run(command).errors;
+  EXPECT_EQ(told.find("layout 90 assumed"), told.rfind("layout 90 assumed"));
+  EXPECT_NE(told.find("layout 90 assumed"), std::string::npos);
+  EXPECT_EQ(run(command + " --layout 90").errors, "");
+  EXPECT_EQ(run_together(command + " -q").output, "");
+  EXPECT_NE(run(command + " -v").errors.find("library "), std::string::npos);
+  EXPECT_EQ(run_together("stats a.pgm -q --summary").output.rfind("all 1 frame", 0), 0U);
+}
+
 TEST_F(BatchTest, OutputsOfOtherOptionsOrFramesAreMadeAgain) {
   write_pgm("f.pgm", random_frame(1), 37, 5, 12);
   write_pgm("g.pgm", random_frame(2), 37, 5, 12);
