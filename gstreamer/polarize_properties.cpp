@@ -15,6 +15,7 @@ enum PropertyNumber : guint {
   layout = 1,
   origin_x,
   origin_y,
+  colour,
   bit_depth,
   left_aligned,
   output_maximum,
@@ -47,6 +48,20 @@ GType layout_type() {
   return type;
 }
 
+GType colour_type() {
+  static const std::array<GEnumValue, colour_patterns.size() + 2> choices = [] {
+    std::array<GEnumValue, colour_patterns.size() + 2> all{};
+    all[0] = {PolarizeProperties::no_colour, "No colour filters", "none"};
+    for (std::size_t i = 0; i < colour_patterns.size(); ++i) {
+      all[i + 1] = {static_cast<gint>(colour_patterns[i].second), "Cells of 2 x 2 pixels have these colours",
+                    colour_patterns[i].first};
+    }
+    return all;
+  }();
+  static const GType type = register_choices("NerovaZelColourPattern", choices);
+  return type;
+}
+
 GType style_type() {
   static const std::array<GEnumValue, azimuth_styles.size() + 1> choices = [] {
     constexpr std::array<const char*, azimuth_styles.size()> meanings = {
@@ -62,7 +77,7 @@ GType style_type() {
   return type;
 }
 
-CameraCalibration read_calibration(const std::string& path) {
+std::string read_text(const std::string& path) {
   gchar* text = nullptr;
   gsize length = 0;
   GError* error = nullptr;
@@ -72,7 +87,7 @@ CameraCalibration read_calibration(const std::string& path) {
     throw Failure("the calibration cannot be read: " + reason + ".");
   }
   const std::unique_ptr<gchar, decltype(&g_free)> owner(text, &g_free);
-  return parse_calibration(std::string(text, length), path);
+  return {text, length};
 }
 
 }  // namespace
@@ -102,6 +117,10 @@ void install_polarize_properties(GObjectClass* element) {
                                      start.origin.x, flags));
   install(origin_y, g_param_spec_int("origin-y", "Origin y", "Sensor row of the first pixel of a frame", 0, G_MAXINT,
                                      start.origin.y, flags));
+  install(colour, g_param_spec_enum("colour", "Colour",
+                                    "Colour filters over the polarizers, by the cell at sensor coordinates 0, 0; each "
+                                    "colour is computed alone and its pixels stay where they are",
+                                    colour_type(), start.colour, flags));
   install(bit_depth, g_param_spec_int("bit-depth", "Bit depth",
                                       "Significant bits of a sample; 0 for all 8 or 16 bits. A camera with 12 bits in "
                                       "GRAY16_LE needs 12",
@@ -148,6 +167,9 @@ bool set_polarize_property(PolarizeProperties& properties, guint number, const G
     case origin_y:
       properties.origin.y = g_value_get_int(value);
       return true;
+    case colour:
+      properties.colour = g_value_get_enum(value);
+      return true;
     case bit_depth:
       properties.bit_depth = g_value_get_int(value);
       return true;
@@ -190,6 +212,9 @@ bool get_polarize_property(const PolarizeProperties& properties, guint number, G
     case origin_y:
       g_value_set_int(value, properties.origin.y);
       return true;
+    case colour:
+      g_value_set_enum(value, properties.colour);
+      return true;
     case bit_depth:
       g_value_set_int(value, properties.bit_depth);
       return true;
@@ -224,6 +249,9 @@ VideoSettings video_settings(const PolarizeProperties& properties) {
   settings.layout = MosaicLayout(
       properties.layout == PolarizeProperties::layout_not_set ? PolarizeProperties::assumed_layout : properties.layout);
   settings.origin = properties.origin;
+  if (properties.colour != PolarizeProperties::no_colour) {
+    settings.colour = static_cast<ColourPattern>(properties.colour);
+  }
   settings.bit_depth = properties.bit_depth;
   settings.left_aligned = properties.left_aligned;
   settings.output_maximum = properties.output_maximum;
@@ -231,7 +259,12 @@ VideoSettings video_settings(const PolarizeProperties& properties) {
   settings.degree_end = properties.degree_end;
   settings.power_end = properties.power_end;
   if (!properties.calibration_file.empty()) {
-    settings.calibration = read_calibration(properties.calibration_file);
+    const std::string text = read_text(properties.calibration_file);
+    if (settings.colour) {
+      settings.colour_calibrations = parse_colour_calibration(text, properties.calibration_file);
+    } else {
+      settings.calibration = parse_calibration(text, properties.calibration_file);
+    }
   }
   settings.threads = properties.threads;
   return settings;

@@ -13,6 +13,8 @@ struct PolarizeProperties {
   /** Top-left angle in degrees; not_set where the user named none. */
   int layout = layout_not_set;
   Origin origin{};
+  /** A ColourPattern, or no_colour. */
+  int colour = no_colour;
   /** 0 for all bits of a sample. */
   int bit_depth = 0;
   bool left_aligned = false;
@@ -25,6 +27,7 @@ struct PolarizeProperties {
   int threads = 1;
 
   static constexpr int layout_not_set = -1;
+  static constexpr int no_colour = -1;
   static constexpr int assumed_layout = 90;
 };
 

@@ -99,6 +99,54 @@ class VideoTransformer::Work {
 
   int strip_rows() const { return 2 * std::max(1, static_cast<int>(strip_pixels / (2 * width_))); }
 
+  /** Every wanted output of a frame whose colours are computed alone, by the transformers of the planes. */
+  void compute_colours(const std::vector<std::unique_ptr<VideoTransformer>>& transformers,
+                       std::vector<std::uint16_t>& room) const {
+    const std::size_t size = width_ * static_cast<std::size_t>(frame_.size.height);
+    // The samples and images of the frame, then those of its planes.
+    room.resize(2 * size * (1 + image_count));
+    const std::uint16_t* const samples = samples_of(0, frame_.size.height, room.data());
+    const ColourMosaic mosaic(*settings_.colour, settings_.origin, frame_.size);
+    const auto plane_room = [&](std::size_t image) {
+      PerPlane<std::uint16_t*> planes{};
+      std::uint16_t* at = &room[size * (1 + image_count + image)];
+      for (const ColourPlane plane : colour_planes) {
+        planes[static_cast<std::size_t>(plane)] = at;
+        const FrameSize plane_size = mosaic.plane_size(plane);
+        at += static_cast<std::size_t>(plane_size.width) * static_cast<std::size_t>(plane_size.height);
+      }
+      return planes;
+    };
+    const PerPlane<std::uint16_t*> raw = plane_room(image_count);
+    mosaic.split(samples, raw);
+    for (const ColourPlane plane : colour_planes) {
+      const auto i = static_cast<std::size_t>(plane);
+      const FrameSize plane_size = mosaic.plane_size(plane);
+      const std::size_t stride = static_cast<std::size_t>(plane_size.width) * sizeof(std::uint16_t);
+      VideoPictures pictures{};
+      for (std::size_t image = 0; image < image_count; ++image) {
+        if (needed_[image]) {
+          pictures[image] = {reinterpret_cast<std::uint8_t*>(plane_room(image)[i]), stride};
+        }
+      }
+      transformers[i]->settings_.origin = mosaic.plane_origin(plane);
+      transformers[i]->settings_.bit_depth = bit_depth();
+      transformers[i]->transform({plane_size, reinterpret_cast<const std::uint8_t*>(raw[i]), stride, 2}, pictures);
+    }
+    Images images{};
+    for (std::size_t image = 0; image < image_count; ++image) {
+      if (needed_[image]) {
+        images[image] = &room[size * (1 + image)];
+        const PerPlane<std::uint16_t*> planes = plane_room(image);
+        mosaic.join({planes[0], planes[1], planes[2], planes[3]}, images[image]);
+      }
+    }
+    for (int y = 0; y < frame_.size.height; ++y) {
+      write_row(y, images, static_cast<std::size_t>(y) * width_);
+    }
+    write_panels(0, frame_.size.height, images, samples);
+  }
+
   /** Rows `first` to `end` of every wanted output, strip by strip. */
   void compute_band(int first, int end, std::vector<std::uint16_t>& room) const {
     const int height = frame_.size.height;
@@ -247,6 +295,19 @@ VideoTransformer::VideoTransformer(VideoSettings settings, const std::string& li
       library_(library_path),
       route_(route_of(library_)),
       colours_(settings_.style, {settings_.output_maximum, settings_.degree_end, settings_.power_end}) {
+  if (settings_.colour) {
+    VideoSettings plane = settings_;
+    plane.colour.reset();
+    plane.left_aligned = false;
+    plane.colour_calibrations.reset();
+    for (std::size_t i = 0; i < colour_plane_count; ++i) {
+      if (settings_.colour_calibrations) {
+        plane.calibration = (*settings_.colour_calibrations)[i];
+      }
+      planes_.push_back(std::make_unique<VideoTransformer>(plane, library_path));
+    }
+    settings_.calibration.reset();  // the planes have theirs
+  }
   if (settings_.calibration) {
     library_.set_calibration(settings_.calibration->matrices);
   }
@@ -254,6 +315,11 @@ VideoTransformer::VideoTransformer(VideoSettings settings, const std::string& li
 
 void VideoTransformer::transform(const VideoFrame& frame, const VideoPictures& wanted) {
   const Work work(*this, frame, wanted);
+  if (settings_.colour) {
+    rooms_.resize(std::max<std::size_t>(rooms_.size(), 1));
+    work.compute_colours(planes_, rooms_.front());
+    return;
+  }
   if (work.is_one_call()) {
     work.compute_in_place();
     return;

@@ -3,12 +3,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "azimuth_colours.h"
 #include "calibration/calibration.h"
+#include "frames/colour_mosaic.h"
 #include "frames/mosaic_layout.h"
 #include "frames/raw_frame.h"
 #include "processor/library.h"
@@ -27,6 +29,10 @@ struct VideoSettings {
   bool left_aligned = false;
   int output_maximum = 65535;
   std::optional<CameraCalibration> calibration;
+  /** Of a sensor with colour filters: each colour is computed alone, and its pixels stay where they are. */
+  std::optional<ColourPattern> colour;
+  /** By colour; in place of the calibration of all. */
+  std::optional<PerPlane<CameraCalibration>> colour_calibrations{};
   AzimuthStyle style = AzimuthStyle::dark;
   /** Where the scales of pictures end: a degree, and a share of full scale; above 0, at most 1. */
   double degree_end = 1.0;
@@ -85,8 +91,10 @@ class VideoTransformer {
   Library library_;
   std::string route_;
   AzimuthColours colours_;
-  /** Of each thread: the samples and images of a strip. */
+  /** Of each thread: the samples and images of a strip; with colours, of a frame and of its planes. */
   std::vector<std::vector<std::uint16_t>> rooms_;
+  /** With colours, one for each. */
+  std::vector<std::unique_ptr<VideoTransformer>> planes_;
 };
 
 }  // namespace nerova_zel

@@ -159,6 +159,46 @@ TEST(Video, CalibratedFramesLoseTheirDarkLevel) {
   }
 }
 
+TEST(Video, ColoursAreComputedAloneAndStayWhereTheyAre) {
+  const FrameSize size{37, 26};
+  const std::vector<std::uint16_t> raw = mixed_samples(37 * 26);
+  VideoSettings settings;
+  settings.bit_depth = 12;
+  settings.origin = {3, 1};
+  settings.colour = ColourPattern::gbrg;
+  const ColourMosaic mosaic(*settings.colour, settings.origin, size);
+  Received received(size, 2);
+  VideoTransformer(settings, NEROVA_LIBRARY)
+      .transform({size, reinterpret_cast<const std::uint8_t*>(raw.data()), 74, 2}, received.pictures(0x7F));
+  for (const ColourPlane plane : colour_planes) {
+    const FrameSize plane_size = mosaic.plane_size(plane);
+    std::vector<std::uint16_t> samples;
+    for (int y = 0; y < plane_size.height; ++y) {
+      for (int x = 0; x < plane_size.width; ++x) {
+        const Origin at = mosaic.frame_pixel(plane, x, y);
+        samples.push_back(raw[static_cast<std::size_t>(at.y * size.width + at.x)]);
+      }
+    }
+    VideoSettings alone = settings;
+    alone.origin = mosaic.plane_origin(plane);
+    const Expected expected(Library(NEROVA_LIBRARY), samples, alone, plane_size, 12);
+    for (std::size_t output = 0; output < 6; ++output) {
+      const std::size_t bytes = output == 5 ? 3 : 2;
+      const auto* const values = output == 5
+                                     ? expected.picture.data()
+                                     : reinterpret_cast<const std::uint8_t*>(expected.images.others[output].data());
+      for (std::size_t i = 0; i < samples.size(); ++i) {
+        const auto width = static_cast<std::size_t>(plane_size.width);
+        const Origin at = mosaic.frame_pixel(plane, static_cast<int>(i % width), static_cast<int>(i / width));
+        const std::uint8_t* const pixel =
+            &received.bytes[output][received.strides[output] * static_cast<std::size_t>(at.y) +
+                                    bytes * static_cast<std::size_t>(at.x)];
+        ASSERT_EQ(std::memcmp(pixel, values + bytes * i, bytes), 0) << output << " at " << at.x << ", " << at.y;
+      }
+    }
+  }
+}
+
 TEST(Video, PanelsShowTheirImageAndWhatIsSaturated) {
   const FrameSize size{5, 5};
   // Super-pixels without polarization: full scale, half, none and one with a saturated sample.
