@@ -59,6 +59,14 @@ std::string description_of(const OutputDescription& output, int output_maximum) 
   return output.quantity + (unit == "1" ? std::string() : ", in units of a " + unit);
 }
 
+/** Whether an array is older than its texts: a program that was killed between the two left texts of an earlier array.
+ */
+bool has_own_texts(const std::filesystem::path& path) {
+  std::error_code error;
+  return path.extension() != ".npy" || std::filesystem::last_write_time(texts_file_of_array(path), error) >=
+                                           std::filesystem::last_write_time(path, error);
+}
+
 }  // namespace
 
 std::string source_text(const FrameTicket& ticket) {
@@ -93,6 +101,9 @@ std::vector<TextEntry> how_made(const TransformRequest& request, const std::stri
 }
 
 bool was_made_so(const std::filesystem::path& path, const std::vector<TextEntry>& texts) {
+  if (!has_own_texts(path)) {
+    return false;
+  }
   const std::vector<TextEntry> found = read_texts(path);
   return std::all_of(texts.begin(), texts.end(),
                      [&](const TextEntry& entry) { return find_text(found, entry.key) == entry.text; });
