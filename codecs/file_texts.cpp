@@ -112,15 +112,16 @@ std::vector<TextEntry> read_tiff_texts(const std::filesystem::path& path) {
         !file.number(4, high_first, count)) {
       break;
     }
+    const char* const key = tag == 270 ? description : software;
     const bool wanted = (tag == 270 || tag == 305) && type == ascii && count <= most_bytes;
-    if (!wanted) {
+    if (!wanted || find_text(texts, key)) {
       continue;
     }
     const bool elsewhere = count > 4;
     if ((elsewhere && (!file.number(4, high_first, value) || !file.go_to(value))) || !file.bytes(count, text)) {
       break;
     }
-    texts.push_back({tag == 270 ? description : software, text.substr(0, text.find('\0'))});
+    texts.push_back({key, text.substr(0, text.find('\0'))});
   }
   return texts;
 }

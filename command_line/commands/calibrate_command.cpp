@@ -160,7 +160,7 @@ void declare_calibrate(CLI::App& app) {
                     "Else its brightness is fitted for each.");
   CLI::Option* file = command
                           ->add_option("FILE,-o,--output", options->file,
-                                       "Calibration to write, .json; its plot goes beside it as .png")
+                                       "Calibration file to write (.json); its plot goes beside it (.png)")
                           ->type_name("FILE")
                           ->required();
   add_former_name(command, "--out", file);
