@@ -61,7 +61,7 @@ std::string unknown_option(const std::string& word, const CLI::App& app, const C
 
 /** What the parser says of a value, in our words. */
 std::string describe_value(const CLI::ParseError& error, const CLI::App& command) {
-  const std::string said = error.what();
+  std::string said = error.what();
   if (const std::string head = "Could not convert: "; said.rfind(head, 0) == 0) {
     return said.substr(head.size()) + " makes no sense";
   }
