@@ -28,6 +28,8 @@ constexpr Advice advices[] = {
     {Fact::overflow, "", "", "--bit-depth or --pixel-format is wrong, or --allow-overflow takes them as they are"},
     {Fact::other_bit_depth, "", "", "use frames of that bit depth, or say it with --bit-depth"},
     {Fact::region_beyond_frame, "the region ", "the region of --roi ", ""},
+    {Fact::colour_calibration, "", "", "say the sensor's pattern with --colour"},
+    {Fact::grey_calibration, "", "", "make one of the colours with calibrate --colour"},
     {Fact::wrong_orientation, "", "",
      "--layout or --origin is wrong, or the angles of the frames do not count counter-clockwise from the image's "
      "horizontal axis"}};

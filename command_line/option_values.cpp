@@ -28,6 +28,21 @@ std::optional<std::pair<int, int>> two_numbers(const std::string& text, char sep
   return std::make_pair(first, second);
 }
 
+/** The numbers from `least` to `greatest` between commas, and nothing else. */
+std::optional<std::vector<double>> numbers_in(const std::string& text, double least, double greatest) {
+  std::vector<double> values;
+  std::istringstream stream(text);
+  std::string part;
+  while (std::getline(stream, part, ',')) {
+    const std::optional<double> value = parse_number(part);
+    if (!value || !(*value >= least && *value <= greatest)) {
+      return std::nullopt;
+    }
+    values.push_back(*value);
+  }
+  return values;
+}
+
 }  // namespace
 
 FrameSize parse_size(const std::string& option, const std::string& text) {
@@ -80,20 +95,22 @@ FrameRange parse_frames(const std::string& text) {
                    " is no range; it should read A:B for frames A to B - 1, A: or :B, counted from 0.");
 }
 
-std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest) {
-  std::vector<double> values;
-  std::istringstream stream(text);
-  std::string part;
-  bool good = true;
-  while (std::getline(stream, part, ',')) {
-    const std::optional<double> value = parse_number(part);
-    good = good && value && *value >= least && *value <= greatest;
-    values.push_back(value.value_or(0.0));
+WhiteBalance parse_white_balance(const std::string& text) {
+  const std::optional<std::vector<double>> factors = numbers_in(text, 0.01, 100.0);
+  if (!factors || factors->size() != 3) {
+    throw UsageError("--white-balance " + text +
+                     " makes no sense; it takes three factors from 0.01 to 100, like 1.8,1,1.5 for red, green and "
+                     "blue.");
   }
-  if (good && values.size() == 1) {
+  return {(*factors)[0], (*factors)[1], (*factors)[2]};
+}
+
+std::array<double, 4> parse_four(const std::string& option, const std::string& text, double least, double greatest) {
+  std::vector<double> values = numbers_in(text, least, greatest).value_or(std::vector<double>());
+  if (values.size() == 1) {
     values.resize(4, values[0]);
   }
-  if (!good || values.size() != 4) {
+  if (values.size() != 4) {
     std::ostringstream range;
     range << least << " to " << greatest;
     throw UsageError(option + " " + text + " makes no sense; it takes one number from " + range.str() +

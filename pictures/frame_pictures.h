@@ -45,6 +45,7 @@ enum class PictureKind {
   sheet,            ///< everything on a page
   azimuth_picture,  ///< the azimuth in colour at the frame's size
   azimuth_legend,   ///< what its colours mean
+  power_picture,    ///< the power in colour, of a colour sensor's frames: ColourPictures draws it
 };
 
 /** Draws the pictures of a frame. What they share is computed once, when first needed. Throws Failure. */

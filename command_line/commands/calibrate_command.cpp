@@ -8,9 +8,11 @@
 #include "batch/frame_reader.h"
 #include "batch/interruption.h"
 #include "calibration/calibration_file.h"
+#include "calibration/colour_series.h"
 #include "calibration/fit_text.h"
 #include "calibration/series.h"
 #include "calibration_plot.h"
+#include "commands/colour_options.h"
 #include "commands/frame_options.h"
 #include "commands/output_files.h"
 #include "commands/source_list.h"
@@ -40,6 +42,7 @@ struct CalibrateOptions {
   HeaderlessOptions headerless;
   MosaicLayout layout{90};
   Origin origin{};
+  std::optional<ColourPattern> colour;
   std::optional<int> bit_depth;
   bool steady_source = false;
   std::string file;
@@ -47,7 +50,7 @@ struct CalibrateOptions {
   bool layout_is_given = false;
 };
 
-CalibrationSeries read_series(const CalibrateOptions& options) {
+std::vector<SourceFile> sources_of(const CalibrateOptions& options) {
   std::vector<SourceFile> sources;
   for (const std::string& frame : options.frames) {
     sources.push_back(parse_source(frame));
@@ -62,9 +65,14 @@ CalibrationSeries read_series(const CalibrateOptions& options) {
     }
     throw UsageError(reason);
   }
+  return sources;
+}
+
+/** Of frames with or without colours. */
+template <class Series>
+void read_series(const CalibrateOptions& options, Series& series) {
   const std::optional<HeaderlessLayout> headerless = options.headerless.layout();
-  CalibrationSeries series(options.layout, options.origin);
-  for (const SourceFile& source : sources) {
+  for (const SourceFile& source : sources_of(options)) {
     RawFrame frame = read_only_frame(source.path, headerless);
     const int bit_depth = settle_bit_depth(frame, {options.bit_depth}, source.path);
     series.add(source.path, source.angle, frame, bit_depth);
@@ -74,24 +82,103 @@ CalibrationSeries read_series(const CalibrateOptions& options) {
     const int bit_depth = settle_bit_depth(frame, {options.bit_depth}, *options.dark);
     series.set_dark(*options.dark, frame, bit_depth);
   }
-  return series;
 }
 
-void report(const CalibrateOptions& options, const CalibrationSeries& series, const PolarizerFit& fit,
-            const std::string& plot) {
-  if (verbosity() == Verbosity::quiet) {
-    return;
+/** The fit of a sensor without colours, or of one colour. */
+struct NamedFit {
+  std::string colour;
+  const CalibrationSeries* series;
+  PolarizerFit fit;
+};
+
+/** What is doubtful is told to the user. */
+std::vector<NamedFit> fit_series(const CalibrateOptions& options,
+                                 const std::vector<std::pair<std::string, const CalibrationSeries*>>& all) {
+  for (const auto& [colour, series] : all) {
+    for (const std::string& doubt : series->check_light()) {
+      note(doubt);
+    }
   }
+  if (!options.layout_is_given) {
+    note(layout_assumption(options.layout));
+  }
+  std::vector<NamedFit> fits;
+  for (const auto& [colour, series] : all) {
+    fits.push_back({colour, series, series->fit(options.steady_source)});
+    for (const std::string& doubt : series->doubtful_frames(fits.back().fit, options.steady_source)) {
+      note(doubt);
+    }
+  }
+  return fits;
+}
+
+std::string report_of(const NamedFit& named, bool with_dark) {
+  const PolarizerFit& fit = named.fit;
   const auto [dimmest, brightest] = std::minmax_element(fit.source.begin(), fit.source.end());
-  std::string text = formatted("%zu frames, source %.0f..%.0f pixel values%s\n", series.size(), *dimmest, *brightest,
-                               options.dark ? formatted(", dark level %.1f", series.dark_level()).c_str() : "");
+  std::string text = named.colour.empty() ? "" : named.colour + ": ";
+  text += formatted("%zu frames, source %.0f..%.0f pixel values%s\n", named.series->size(), *dimmest, *brightest,
+                    with_dark ? formatted(", dark level %.1f", named.series->dark_level()).c_str() : "");
   text += "polarizer  angle error (degrees)  extinction ratio    gain  residual (rms)\n";
   for (std::size_t k = 0; k < 4; ++k) {
     text += formatted("%9zu  %8s +- %-9.3f  %16s  %6.4f  %12.4f %%\n", 45 * k, angle_error_text(fit, k).c_str(),
                       fit.uncertainties[k].angle_degrees, extinction_text(fit, k).c_str(), fit.responses[k].gain(),
                       100.0 * fit.residual_of(k));
   }
-  print_result(text + "calibration in " + options.file + ", " + plot + "\n");
+  return text;
+}
+
+/** The plots of all fits, one below the other. */
+Picture draw_plots(const std::vector<NamedFit>& fits, const std::string& name) {
+  Picture page;
+  for (const NamedFit& named : fits) {
+    const std::string title = named.colour.empty() ? name : name + ", " + named.colour;
+    const Picture plot = draw_calibration(named.fit, named.series->angles(), title);
+    page.width = plot.width;
+    page.height += plot.height;
+    page.pixels.insert(page.pixels.end(), plot.pixels.begin(), plot.pixels.end());
+  }
+  return page;
+}
+
+void write_calibration(const CalibrateOptions& options, const fs::path& plot_file, const std::string& text,
+                       const std::vector<NamedFit>& fits) {
+  const Interruption interruption;
+  FileSet files(options.force ? FileSet::Earlier::replaced : FileSet::Earlier::refused);
+  files.write(options.file, {{text.data(), text.size()}});
+  std::string plot = "and no plot: this program was built without OpenCV";
+  if (can_draw()) {
+    const std::string name = fs::path(options.file).filename().string();
+    files.write(plot_file,
+                encode_drawing(draw_plots(fits, name), output_texts("calibration-plot", "the fit of a calibration")));
+    plot = "plot in " + plot_file.string();
+  }
+  commit_unless_interrupted(files);
+  if (verbosity() == Verbosity::quiet) {
+    return;
+  }
+  std::string report;
+  for (const NamedFit& named : fits) {
+    report += report_of(named, options.dark.has_value());
+  }
+  print_result(report + "calibration in " + options.file + ", " + plot + "\n");
+}
+
+void calibrate_colours(const CalibrateOptions& options, ColourPattern pattern, const fs::path& plot_file) {
+  ColourCalibrationSeries series(pattern, options.layout, options.origin);
+  read_series(options, series);
+  std::vector<std::pair<std::string, const CalibrationSeries*>> all;
+  all.reserve(colour_plane_count);
+  for (const ColourPlane plane : colour_planes) {
+    all.emplace_back(name_of(plane), &series.plane(plane));
+  }
+  const std::vector<NamedFit> named = fit_series(options, all);
+  PerPlane<CameraCalibration> calibrations;
+  PerPlane<PolarizerFit> fits;
+  for (std::size_t i = 0; i < colour_plane_count; ++i) {
+    fits[i] = named[i].fit;
+    calibrations[i] = named[i].series->calibration(fits[i]);
+  }
+  write_calibration(options, plot_file, encode_colour_calibration(calibrations, fits), named);
 }
 
 void run_calibrate(const CalibrateOptions& options) {
@@ -105,30 +192,15 @@ void run_calibrate(const CalibrateOptions& options) {
       refuse_existing(path, "--force replaces it");
     }
   }
-  const CalibrationSeries series = read_series(options);
-  for (const std::string& doubt : series.check_light()) {
-    note(doubt);
+  if (const auto pattern = sensor_pattern(options.colour, options.headerless.pattern())) {
+    calibrate_colours(options, *pattern, plot_file);
+    return;
   }
-  if (!options.layout_is_given) {
-    note(layout_assumption(options.layout));
-  }
-  const PolarizerFit fit = series.fit(options.steady_source);
-  for (const std::string& doubt : series.doubtful_frames(fit, options.steady_source)) {
-    note(doubt);
-  }
-  const Interruption interruption;
-  FileSet files(options.force ? FileSet::Earlier::replaced : FileSet::Earlier::refused);
-  const std::string text = encode_calibration(series.calibration(fit), fit);
-  files.write(options.file, {{text.data(), text.size()}});
-  std::string plot = "and no plot: this program was built without OpenCV";
-  if (can_draw()) {
-    const std::string name = fs::path(options.file).filename().string();
-    files.write(plot_file, encode_drawing(draw_calibration(fit, series.angles(), name),
-                                          output_texts("calibration-plot", "the fit of a calibration")));
-    plot = "plot in " + plot_file.string();
-  }
-  commit_unless_interrupted(files);
-  report(options, series, fit, plot);
+  CalibrationSeries series(options.layout, options.origin);
+  read_series(options, series);
+  const std::vector<NamedFit> fits = fit_series(options, {{"", &series}});
+  write_calibration(options, plot_file, encode_calibration(series.calibration(fits.front().fit), fits.front().fit),
+                    fits);
 }
 
 }  // namespace
@@ -154,6 +226,7 @@ void declare_calibrate(CLI::App& app) {
                               "How headerless pixels lie in bytes");
   add_layout(command, options->layout, &options->layout_is_given);
   add_origin(command, options->origin, "frames' top-left pixel");
+  add_colour(command, options->colour, "The frames are of a sensor with colour filters; calibrate each colour");
   add_bit_depth(command, options->bit_depth, "Significant bits of a pixel; else as the file says");
   command->add_flag("--steady-source", options->steady_source,
                     "Take the source as equally bright in all frames\n"

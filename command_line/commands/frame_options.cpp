@@ -7,6 +7,7 @@
 #include "commands/how_made.h"
 #include "commands/recorded_frames.h"
 #include "failure.h"
+#include "frames/colour_formats.h"
 #include "input_bytes.h"
 #include "messages.h"
 #include "number_text.h"
@@ -21,18 +22,25 @@ namespace {
 constexpr int most_jobs = 1024;
 constexpr long long most_bytes = 1'000'000'000;
 
-/** Cameras' names for the same bits are taken too, but not listed. */
-void add_pixel_format(CLI::App* command, std::optional<PixelFormat>& format, const std::string& help) {
+/** Cameras' names for the same bits are taken too, but not listed; those of colour cameras say a pattern. */
+void add_pixel_format(CLI::App* command, std::optional<PixelFormat>& format, std::optional<ColourPattern>& pattern,
+                      const std::string& help) {
   std::vector<std::string> names;
   for (const auto& [name, known] : pixel_format_names()) {
     names.push_back(name);
   }
-  const auto parse = [names](const std::string& text) -> std::optional<PixelFormat> {
+  const auto parse = [names, &pattern](const std::string& text) -> std::optional<PixelFormat> {
     for (const auto& table : {pixel_format_names(), pixel_format_aliases()}) {
       for (const auto& [name, known] : table) {
         if (name == text) {
           return known;
         }
+      }
+    }
+    for (const ColourFormat& known : colour_formats()) {
+      if (known.name == text) {
+        pattern = known.pattern;
+        return known.format;
       }
     }
     refuse_choice("--pixel-format", text, names);
@@ -81,7 +89,7 @@ void add_bit_depth(CLI::App* command, std::optional<int>& bit_depth, const std::
 void HeaderlessOptions::declare(CLI::App* command, const std::string& raw_help, const std::string& format_help) {
   const auto parse = [](const std::string& text) { return std::optional(parse_size("--raw", text)); };
   add_parsed<std::optional<FrameSize>>(command, "--raw", size_, parse, raw_help)->type_name("WxH");
-  add_pixel_format(command, format_, format_help);
+  add_pixel_format(command, format_, pattern_, format_help);
   limit(
       command->add_option("--header", header_, "Bytes of a headerless file before its first frame")->type_name("BYTES"),
       0, most_bytes);
@@ -120,17 +128,20 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
   command->add_flag("--recursive", request.recursive,
                     "Take folders with the folders below them\n"
                     "Outputs lie in folders of the same names.");
-  headerless_.declare(command,
-                      "Files hold headerless pixels, frames of this size\n"
-                      "Without --pixel-format a file is one frame: one byte a pixel, or two with the low byte first, "
-                      "as its length says.",
-                      "How headerless pixels lie in bytes\n"
-                      "Files hold any number of frames then, which are told apart by number: STEM_000000_power.png. "
-                      "Mono8, Mono10, Mono12 and Mono16 (16 bits, low byte first), Mono10p and Mono12p (streams of "
-                      "bits), Mono10Packed, Mono12Packed. The names that polarization cameras have for the same bits "
-                      "are taken, too: Polarized12p and PolarizeMono12p are Mono12p.");
+  headerless_.declare(
+      command,
+      "Files hold headerless pixels, frames of this size\n"
+      "Without --pixel-format a file is one frame: one byte a pixel, or two with the low byte first, "
+      "as its length says.",
+      "How headerless pixels lie in bytes\n"
+      "Files hold any number of frames then, which are told apart by number: STEM_000000_power.png. "
+      "Mono8, Mono10, Mono12 and Mono16 (16 bits, low byte first), Mono10p and Mono12p (streams of "
+      "bits), Mono10Packed, Mono12Packed. The names that polarization cameras have for the same bits "
+      "are taken, too: Polarized12p and PolarizeMono12p are Mono12p, BayerRGPolarized12p is Mono12p with "
+      "--colour RGGB.");
   add_layout(command, request.layout, &request.layout_is_given);
   origin_option_ = add_origin(command, request.origin, "frame's top-left pixel");
+  colour_.declare(command);
   const auto parse = [](const std::string& text) { return std::optional(parse_region(text)); };
   add_parsed<std::optional<Region>>(command, "--roi", request.region, parse,
                                     "Only this region of the frame, as if the camera had read out no more")
@@ -163,7 +174,7 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
   add_verbosity(command);
 }
 
-void FrameOptions::take_recording(FrameRequest& request) const {
+void FrameOptions::take_recording(FrameRequest& request, std::optional<ColourPattern>& pattern) const {
   const std::optional<Recording> recording = find_recording(request.frames);
   if (!recording) {
     return;
@@ -179,21 +190,25 @@ void FrameOptions::take_recording(FrameRequest& request) const {
   if (origin_option_->count() == 0) {
     request.origin = recording->origin;
   }
-  if (recording->colour) {
-    note(std::string("the recording is of a sensor with colour filters, ") + name_of(*recording->colour) +
-         "; its colours are taken together.");
-  }
+  pattern = recording->colour;
 }
 
 void FrameOptions::finish(FrameRequest& request) const {
   request.headerless = headerless_.layout();
+  std::optional<ColourPattern> pattern = headerless_.pattern();
   if (!request.headerless) {
-    take_recording(request);
+    take_recording(request, pattern);
   }
+  request.colour = colour_.settings(pattern);
   if (!request.calibration_file.empty()) {
     const Bytes bytes = read_file(request.calibration_file, "a calibration file");
     request.calibration_mark = calibration_mark(bytes);
-    request.calibration = parse_calibration({bytes.begin(), bytes.end()}, request.calibration_file);
+    const std::string text(bytes.begin(), bytes.end());
+    if (request.colour) {
+      request.colour->calibrations = parse_colour_calibration(text, request.calibration_file);
+    } else {
+      request.calibration = parse_calibration(text, request.calibration_file);
+    }
   }
   request.jobs = jobs_.value_or(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, most_jobs));
 }
@@ -202,16 +217,12 @@ std::string layout_assumption(const MosaicLayout& layout) {
   return "layout " + std::to_string(layout.angle_at(0, 0)) + " assumed; --layout says another.";
 }
 
-void use_calibration(Library& library, const FrameRequest& request) {
-  if (!request.calibration) {
-    return;
-  }
-  if (!library.calibrates_every_pixel()) {
+void check_calibration(Library& library, const FrameRequest& request) {
+  if (!request.calibration_file.empty() && !library.calibrates_every_pixel()) {
     note("the calibration " + request.calibration_file +
          " reaches only the last columns and rows of a frame: no vector plugin serves this computer, and the built-in "
          "kernels compute the other pixels with the default calibration.");
   }
-  library.set_calibration(request.calibration->matrices);
 }
 
 }  // namespace nerova_zel

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "commands/colour_options.h"
 #include "frames/headerless_frame.h"
 #include "processor/frame_transformer.h"
 
@@ -19,6 +20,8 @@ struct FrameRequest : TransformSettings {
   /** Folders stand for the frames of the folders in them, too. */
   bool recursive = false;
   std::optional<HeaderlessLayout> headerless;
+  /** Of a colour sensor; with the calibrations of its colours in place of the settings' one. */
+  std::optional<ColourSettings> colour;
   FrameRange range;
   std::string calibration_file;
   /** What tells the calibration from another. */
@@ -41,9 +44,13 @@ class HeaderlessOptions {
   /** Nothing without --raw. Throws Failure for another of them alone. */
   std::optional<HeaderlessLayout> layout() const;
 
+  /** The pattern that the name of the pixel format says, if any. */
+  const std::optional<ColourPattern>& pattern() const { return pattern_; }
+
  private:
   std::optional<FrameSize> size_;
   std::optional<PixelFormat> format_;
+  std::optional<ColourPattern> pattern_;
   std::optional<std::uint64_t> header_;
   std::optional<std::uint64_t> stride_;
 };
@@ -58,10 +65,11 @@ class FrameOptions {
   void finish(FrameRequest& request) const;
 
  private:
-  /** What is not said by options is taken from the description of a recording. */
-  void take_recording(FrameRequest& request) const;
+  /** What is not said by options is taken from the description of a recording, the pattern of its colours too. */
+  void take_recording(FrameRequest& request, std::optional<ColourPattern>& pattern) const;
 
   HeaderlessOptions headerless_;
+  ColourOptions colour_;
   const CLI::Option* origin_option_ = nullptr;
   std::optional<int> jobs_;
 };
@@ -69,7 +77,7 @@ class FrameOptions {
 /** What the user is told who did not say the layout. */
 std::string layout_assumption(const MosaicLayout& layout);
 
-/** Has the library use the request's calibration, if any, and says so where it will not do for a whole frame. */
-void use_calibration(Library& library, const FrameRequest& request);
+/** Tells the user where the calibration, if any, will not do for a whole frame. */
+void check_calibration(Library& library, const FrameRequest& request);
 
 }  // namespace nerova_zel

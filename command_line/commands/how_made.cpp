@@ -30,6 +30,7 @@ std::string printable(std::string text) {
 std::string frame_options(const TransformRequest& request) {
   std::string text =
       formatted("layout %d, origin %d,%d", request.layout.angle_at(0, 0), request.origin.x, request.origin.y);
+  text += colour_text(request.colour);
   if (request.region) {
     const Region& region = *request.region;
     text += formatted(", region %d,%d,%d,%d", region.x, region.y, region.size.width, region.size.height);
@@ -43,12 +44,16 @@ std::string frame_options(const TransformRequest& request) {
   text += ", bit depth " + (request.depth.bit_depth ? std::to_string(*request.depth.bit_depth) : "by file");
   text += request.depth.left_aligned ? ", left-aligned" : "";
   text += ", output maximum " + std::to_string(request.output_maximum);
-  return text + ", calibration " + (request.calibration ? request.calibration_mark : "none");
+  return text + ", calibration " + (!request.calibration_mark.empty() ? request.calibration_mark : "none");
 }
 
-std::string picture_options(const PictureStyle& style) {
-  return formatted(", style %s, degree scale %g, power scale %g", name_of(style.azimuth), style.ends.degree,
-                   style.ends.power);
+std::string picture_options(const SensorPictures::Style& style) {
+  std::string text = formatted(", style %s, degree scale %g, power scale %g", name_of(style.azimuth), style.ends.degree,
+                               style.ends.power);
+  if (style.balance) {
+    text += formatted(", white balance %g,%g,%g", style.balance->red, style.balance->green, style.balance->blue);
+  }
+  return text;
 }
 
 std::string description_of(const OutputDescription& output, int output_maximum) {
@@ -65,6 +70,21 @@ bool has_own_texts(const std::filesystem::path& path) {
   std::error_code error;
   return path.extension() != ".npy" || std::filesystem::last_write_time(texts_file_of_array(path), error) >=
                                            std::filesystem::last_write_time(path, error);
+}
+
+/** Of what colours a file is. */
+std::string planes_text(const std::optional<ColourSettings>& colour, const OutputFile& file) {
+  if (!colour) {
+    return "";
+  }
+  if (file.plane != all_planes) {
+    return std::string("colour ") + colour->name(static_cast<std::size_t>(file.plane)) + ": ";
+  }
+  std::string text = "colours ";
+  for (std::size_t i = 0; i < colour->plane_count(); ++i) {
+    text += (i == 0 ? "" : ", ") + std::string(colour->name(i));
+  }
+  return text + ", one after another: ";
 }
 
 }  // namespace
@@ -87,7 +107,7 @@ std::vector<TextEntry> how_made(const TransformRequest& request, const std::stri
   std::string options = frame_options(request);
   std::string description = "picture to look at";
   if (const auto* output = std::get_if<Output>(&file.content)) {
-    description = description_of(describe(*output), request.output_maximum);
+    description = planes_text(request.colour, file) + description_of(describe(*output), request.output_maximum);
     if (file.channel >= 0) {
       description += formatted("; here S%d / P", file.channel + 1);
     }

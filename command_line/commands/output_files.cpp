@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "batch/interruption.h"
+#include "commands/sensor_pictures.h"
 #include "failure.h"
 #include "file_texts.h"
 #include "npy_file.h"
@@ -16,10 +17,11 @@ namespace nerova_zel {
 
 namespace {
 
-constexpr std::array<std::pair<const char*, PictureKind>, 3> picture_names = {
+constexpr std::array<std::pair<const char*, PictureKind>, 4> picture_names = {
     {{"sheet", PictureKind::sheet},
      {"azimuth-picture", PictureKind::azimuth_picture},
-     {"azimuth-legend", PictureKind::azimuth_legend}}};
+     {"azimuth-legend", PictureKind::azimuth_legend},
+     {"power-picture", PictureKind::power_picture}}};
 
 std::string ending_of(PictureKind kind, AzimuthStyle style) {
   const std::string azimuth = std::string("_azimuth_") + name_of(style);
@@ -28,6 +30,8 @@ std::string ending_of(PictureKind kind, AzimuthStyle style) {
       return azimuth + ".png";
     case PictureKind::azimuth_legend:
       return azimuth + "_legend.png";
+    case PictureKind::power_picture:
+      return "_power_colour.png";
     default:
       return "_sheet.png";
   }
@@ -69,7 +73,9 @@ void add_all(Products& products) {
   }
   if (can_draw()) {
     for (const auto& [name, kind] : picture_names) {
-      products.pictures.insert(kind);
+      if (kind != PictureKind::power_picture) {
+        products.pictures.insert(kind);
+      }
     }
   }
 }
@@ -83,14 +89,24 @@ std::string choice() {
   return "it takes all, or a list of " + list + ".";
 }
 
-void write_array(FileSet& set, const std::filesystem::path& path, const ImageView& image,
+std::size_t byte_count_of(const ImageView& image) { return static_cast<std::size_t>(image.height) * image.row_bytes(); }
+
+/** At most four planes, which become the first index of an array of all. */
+void write_array(FileSet& set, const std::filesystem::path& path, const std::vector<ImageView>& planes,
                  const std::vector<TextEntry>& texts) {
+  const ImageView& image = planes.front();
   std::vector<std::size_t> shape = {static_cast<std::size_t>(image.height), static_cast<std::size_t>(image.width)};
+  if (planes.size() > 1) {
+    shape.insert(shape.begin(), planes.size());
+  }
   if (image.channels > 1) {
     shape.push_back(static_cast<std::size_t>(image.channels));
   }
   const std::string header = npy_header(image.element, shape);
-  set.write(path, {{header.data(), header.size()}, {image.data, shape[0] * image.row_bytes()}});
+  const auto part = [&](std::size_t i) {
+    return i < planes.size() ? ByteView{planes[i].data, byte_count_of(planes[i])} : ByteView{nullptr, 0};
+  };
+  set.write(path, {{header.data(), header.size()}, part(0), part(1), part(2), part(3)});
   const std::string json = texts_to_json(texts);
   set.write(texts_file_of_array(path), {{json.data(), json.size()}});
 }
@@ -125,6 +141,7 @@ std::set<Output> Products::needed_outputs() const {
 
 std::vector<std::string> product_names() {
   std::vector<std::string> names;
+  names.reserve(output_table.size() + picture_names.size());
   for (const OutputDescription& description : output_table) {
     names.emplace_back(description.name);
   }
@@ -207,22 +224,30 @@ Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts
 }
 
 void write_output_file(FileSet& set, const std::filesystem::path& path, const OutputFile& file,
-                       const std::vector<TextEntry>& texts, const OutputImages& images, FramePictures& pictures) {
-  if (const auto* kind = std::get_if<PictureKind>(&file.content)) {
-    set.write(path, encode_drawing(pictures.draw(*kind), texts));
+                       const std::vector<TextEntry>& texts, const SensorTransformer& transformer,
+                       SensorPictures& pictures) {
+  if (std::holds_alternative<PictureKind>(file.content)) {
+    set.write(path, encode_drawing(pictures.draw(file), texts));
     return;
   }
-  ImageView image = view_of(std::get<Output>(file.content), images);
+  const Output output = std::get<Output>(file.content);
+  std::vector<ImageView> planes;
+  for (std::size_t i = 0; i < transformer.plane_count(); ++i) {
+    if (file.plane == all_planes || file.plane == static_cast<int>(i)) {
+      planes.push_back(view_of(output, transformer.plane(i).outputs()));
+    }
+  }
   std::vector<float> single;
   if (file.channel >= 0) {
-    single = component(images, file.channel);
-    image.channels = 1;
-    image.data = single.data();
+    single = component(transformer.plane(static_cast<std::size_t>(file.plane)).outputs(), file.channel);
+    planes.front().channels = 1;
+    planes.front().data = single.data();
   }
   const std::string extension = path.extension().string();
   if (extension == ".npy") {
-    write_array(set, path, image, texts);
+    write_array(set, path, planes, texts);
   } else {
+    const ImageView& image = planes.front();
     set.write(path, extension == ".png" ? encode_png(image, texts) : encode_tiff(image, tiff_tags(texts)));
   }
 }

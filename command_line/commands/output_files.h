@@ -8,8 +8,8 @@
 
 #include "file_set.h"
 #include "frame_pictures.h"
-#include "processor/output_images.h"
 #include "processor/outputs.h"
+#include "processor/sensor_transformer.h"
 
 namespace nerova_zel {
 
@@ -38,7 +38,11 @@ struct OutputFile {
   std::string ending;
   /** Which of the Stokes pair it holds, or -1 for all that there is. */
   int channel = -1;
+  /** Of which plane, by its place among the colours, or all_planes. A frame without colours is plane 0. */
+  int plane = 0;
 };
+
+constexpr int all_planes = -1;
 
 /** What a file holds, by the name that parse_products takes. */
 std::string product_name(const OutputFile& file);
@@ -55,8 +59,11 @@ void commit_unless_interrupted(FileSet& files);
 /** A PNG file. Throws CodecError. */
 Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts = {});
 
+class SensorPictures;
+
 /** Puts a file into `set`, with its texts; those of an array go into a file beside it. Throws Failure, CodecError. */
 void write_output_file(FileSet& set, const std::filesystem::path& path, const OutputFile& file,
-                       const std::vector<TextEntry>& texts, const OutputImages& images, FramePictures& pictures);
+                       const std::vector<TextEntry>& texts, const SensorTransformer& transformer,
+                       SensorPictures& pictures);
 
 }  // namespace nerova_zel

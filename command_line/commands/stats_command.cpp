@@ -36,9 +36,12 @@ struct StatsOptions {
   bool json = false;
 };
 
+/** Sums of each plane of frames: of each colour, or the only one. */
+using PlaneSums = std::vector<StatisticsSums>;
+
 struct NamedSums {
   std::string name;
-  StatisticsSums sums;
+  PlaneSums sums;
 };
 
 /** The sums of all frames that are done, by their place in the batch. Thread-safe while frames are added. */
@@ -52,10 +55,12 @@ class StatisticsLog {
   const std::map<std::uint64_t, NamedSums>& frames() const { return frames_; }
 
   /** Added in the order of the frames, so that it does not depend on which thread was faster. */
-  StatisticsSums all() const {
-    StatisticsSums sums;
+  PlaneSums all(std::size_t planes) const {
+    PlaneSums sums(planes);
     for (const auto& [index, frame] : frames_) {
-      sums += frame.sums;
+      for (std::size_t i = 0; i < planes; ++i) {
+        sums[i] += frame.sums[i];
+      }
     }
     return sums;
   }
@@ -67,30 +72,33 @@ class StatisticsLog {
 
 class StatisticsJob : public FrameJob {
  public:
-  StatisticsJob(const FrameRequest& request, const Library& library, StatisticsWeight weight, StatisticsLog& log,
-                FrameNotes& notes)
+  StatisticsJob(const FrameRequest& request, const SensorLibraries& libraries, StatisticsWeight weight,
+                StatisticsLog& log, FrameNotes& notes)
       : request_(request),
         weight_(weight),
         log_(log),
         notes_(notes),
-        transformer_(request, library, statistics_outputs()) {}
+        transformer_(request, request.colour, libraries, statistics_outputs()) {}
 
  private:
   FrameReport work(const FrameTicket& ticket) override {
     read_frame(ticket, request_.headerless, bytes(), transformer_.frame());
     transformer_.run(ticket.name());
-    const StatisticsSums sums = sum_up(transformer_.frame(), transformer_.full_scale(), transformer_.outputs(),
-                                       request_.output_maximum, weight_);
+    PlaneSums sums;
+    for (std::size_t i = 0; i < transformer_.plane_count(); ++i) {
+      const FrameTransformer& plane = transformer_.plane(i);
+      sums.push_back(sum_up(plane.frame(), plane.full_scale(), plane.outputs(), request_.output_maximum, weight_));
+    }
     log_.add(ticket.index, {ticket.name(), sums});
-    return {FrameReport::Result::done, "",
-            notes_.of(ticket.name(), transformer_.frame(), transformer_.counts(), request_.depth), sums.pixels};
+    return {FrameReport::Result::done, "", notes_.of(ticket.name(), transformer_, request_.depth),
+            transformer_.frame().pixels.size()};
   }
 
   const FrameRequest& request_;
   const StatisticsWeight weight_;
   StatisticsLog& log_;
   FrameNotes& notes_;
-  FrameTransformer transformer_;
+  SensorTransformer transformer_;
 };
 
 std::string text_of(const std::optional<double>& value, int decimals) {
@@ -117,6 +125,15 @@ std::string text_of(const std::string& name, const StatisticsSums& sums) {
          counts_text("saturated", sums.saturated, sums.pixels) + counts_text("dark", sums.dark, sums.pixels);
 }
 
+/** `colours` are the names of planes; none for a frame without. */
+std::string text_of(const std::string& name, const PlaneSums& sums, const std::vector<std::string>& colours) {
+  std::string text;
+  for (std::size_t i = 0; i < sums.size(); ++i) {
+    text += text_of(colours.empty() ? name : name + ", " + colours[i], sums[i]);
+  }
+  return text;
+}
+
 nlohmann::ordered_json json_of(const std::optional<double>& value) {
   return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
 }
@@ -137,21 +154,34 @@ nlohmann::ordered_json json_of(const StatisticsSums& sums) {
   return object;
 }
 
-std::string as_text(const StatisticsLog& log, bool summary) {
+nlohmann::ordered_json json_of(const PlaneSums& sums, const std::vector<std::string>& colours) {
+  if (colours.empty()) {
+    return json_of(sums.front());
+  }
+  nlohmann::ordered_json object;
+  for (std::size_t i = 0; i < sums.size(); ++i) {
+    object["colours"][colours[i]] = json_of(sums[i]);
+  }
+  return object;
+}
+
+std::string as_text(const StatisticsLog& log, bool summary, const std::vector<std::string>& colours) {
   const std::size_t count = log.frames().size();
   std::string text;
   if (!summary) {
     for (const auto& [index, frame] : log.frames()) {
-      text += text_of(frame.name, frame.sums);
+      text += text_of(frame.name, frame.sums, colours);
     }
   }
   if (summary || count > 1) {
-    text += text_of("all " + std::to_string(count) + (count == 1 ? " frame" : " frames"), log.all());
+    text += text_of("all " + std::to_string(count) + (count == 1 ? " frame" : " frames"),
+                    log.all(std::max<std::size_t>(1, colours.size())), colours);
   }
   return text;
 }
 
-std::string as_json(const StatisticsLog& log, bool summary, const char* weight, std::uint64_t failed) {
+std::string as_json(const StatisticsLog& log, bool summary, const std::vector<std::string>& colours, const char* weight,
+                    std::uint64_t failed) {
   nlohmann::ordered_json document;
   document["weight"] = weight;
   document["frames_done"] = log.frames().size();
@@ -160,11 +190,11 @@ std::string as_json(const StatisticsLog& log, bool summary, const char* weight, 
     document["frames"] = nlohmann::ordered_json::array();
     for (const auto& [index, frame] : log.frames()) {
       nlohmann::ordered_json object = {{"name", frame.name}};
-      object.update(json_of(frame.sums));
+      object.update(json_of(frame.sums, colours));
       document["frames"].push_back(object);
     }
   }
-  document["all"] = json_of(log.all());
+  document["all"] = json_of(log.all(std::max<std::size_t>(1, colours.size())), colours);
   // File names need not be UTF-8.
   return document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
@@ -174,8 +204,12 @@ void run_stats(StatsOptions& options) {
   options.frames.finish(request);
   FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive, request.range),
                        request.headerless);
-  Library library(request.library);
-  use_calibration(library, request);
+  SensorLibraries libraries(request.library, request, request.colour);
+  check_calibration(libraries.first(), request);
+  std::vector<std::string> colours;
+  for (std::size_t i = 0; request.colour && i < request.colour->plane_count(); ++i) {
+    colours.emplace_back(request.colour->name(i));
+  }
   BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::nothing);
   if (!request.layout_is_given) {
     report.add_note(layout_assumption(request.layout));
@@ -185,11 +219,11 @@ void run_stats(StatsOptions& options) {
   const Interruption interruption;
   run_batch(
       frames, request.jobs,
-      [&] { return std::make_unique<StatisticsJob>(request, library, options.weight, log, notes); }, report);
+      [&] { return std::make_unique<StatisticsJob>(request, libraries, options.weight, log, notes); }, report);
   if (options.json) {
-    print_result(as_json(log, options.summary, name_of(options.weight), report.failed()));
+    print_result(as_json(log, options.summary, colours, name_of(options.weight), report.failed()));
   } else if (!log.frames().empty()) {
-    print_result(as_text(log, options.summary));
+    print_result(as_text(log, options.summary, colours));
   }
   report.finish(Interruption::is_requested());
 }

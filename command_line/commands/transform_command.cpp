@@ -6,6 +6,7 @@
 #include "batch/batch_runner.h"
 #include "batch/interruption.h"
 #include "batch/output_names.h"
+#include "commands/colour_files.h"
 #include "commands/frame_options.h"
 #include "commands/transform_job.h"
 #include "failure.h"
@@ -102,19 +103,25 @@ void run_transform(TransformOptions& options) {
   TransformRequest& request = options.request;
   request.directory = directory_of(options);
   options.frames.finish(request);
-  if (request.calibration) {
+  if (!request.calibration_file.empty()) {
     request.calibrated = std::filesystem::last_write_time(request.calibration_file);
   }
   const Products products = parse_products(options.product_list.value_or("all"));
   request.needed = products.needed_outputs();
   request.files = output_files(products, options.format, request.picture_style.azimuth);
+  if (request.colour) {
+    request.files = colour_files(request.files, *request.colour);
+  } else if (products.pictures.count(PictureKind::power_picture) != 0 || request.picture_style.balance) {
+    throw UsageError(std::string(request.picture_style.balance ? "--white-balance" : "--outputs power-picture") +
+                     " is for frames of a colour sensor; say its pattern with --colour.");
+  }
   request.repeat = std::max(1, options.benchmark);
   FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive, request.range),
                        request.headerless);
   check_output_names(frames.inputs(), request.directory.string(), endings(request.files));
-  Library library(request.library);
-  remark_route(library);
-  use_calibration(library, request);
+  SensorLibraries libraries(request.library, request, request.colour);
+  remark_route(libraries.first());
+  check_calibration(libraries.first(), request);
   const Interruption interruption;
   FileSet directory;  // goes again if no frame succeeds
   directory.make_directory(request.directory);
@@ -125,7 +132,7 @@ void run_transform(TransformOptions& options) {
   }
   FrameNotes notes;
   run_batch(
-      frames, request.jobs, [&] { return std::make_unique<TransformJob>(request, library, notes); }, report);
+      frames, request.jobs, [&] { return std::make_unique<TransformJob>(request, libraries, notes); }, report);
   if (report.done() > 0) {
     directory.commit();
   }
@@ -156,7 +163,9 @@ void declare_transform(CLI::App& app) {
           "s2: P, S1, S2 as floats in pixel values, not clipped. angle: the angle of polarization as floats, 0 to 180 "
           "degrees. To look at: sheet (everything on a page), azimuth-picture (the azimuth in colour at the frame's "
           "size) and "
-          "azimuth-legend (what its colours mean). all is everything but s0, s1, s2 and angle.")
+          "azimuth-legend (what its colours mean), and with --colour power-picture (the power in colour). all is "
+          "everything but s0, s1, s2, angle and power-picture. With --colour there is a file for each colour, "
+          "STEM_power_r.png, or an array of all, STEM_power_r_g1_g2_b.npy, and one sheet.")
       ->type_name(braced(products) + ",...")
       ->default_str("all");
   CLI::Option* directory = add_parsed<std::optional<std::filesystem::path>>(
@@ -184,6 +193,7 @@ void declare_transform(CLI::App& app) {
   limit_scale_end(
       command->add_option("--power-max", request.picture_style.ends.power,
                           "In pictures, the power at which scales end, as a share of full scale; likewise"));
+  add_white_balance(command, request.picture_style.balance);
   CLI::Option* benchmark = limit(
       command->add_flag("--benchmark{5}", options->benchmark, "Print the time of the best of 5 transforms; =N for N")
           ->type_name("N"),

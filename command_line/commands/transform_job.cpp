@@ -47,19 +47,12 @@ bool TransformJob::is_finished(const FrameTicket& ticket, const std::string& sou
 }
 
 void TransformJob::write(const FrameTicket& ticket, const std::string& source) {
-  const PictureContent content{fs::path(ticket.name()).filename().string(),
-                               request_.layout,
-                               transformer_.origin(),
-                               transformer_.bit_depth(),
-                               request_.output_maximum,
-                               transformer_.frame(),
-                               transformer_.outputs()};
-  FramePictures pictures(content, request_.picture_style);
+  SensorPictures pictures(fs::path(ticket.name()).filename().string(), request_, request_.colour, transformer_,
+                          request_.picture_style);
   FileSet files(request_.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
   files.make_directory((request_.directory / ticket.input->stem).parent_path());
   for (const OutputFile& file : request_.files) {
-    write_output_file(files, path_of(ticket, file), file, how_made(request_, source, file), transformer_.outputs(),
-                      pictures);
+    write_output_file(files, path_of(ticket, file), file, how_made(request_, source, file), transformer_, pictures);
   }
   files.commit();
 }
@@ -72,7 +65,7 @@ FrameReport TransformJob::describe(const std::string& name, const FrameTransform
   FrameReport report;
   report.result = FrameReport::Result::done;
   report.pixels = frame.pixels.size();
-  report.notes = notes_.of(name, frame, counts, request_.depth);
+  report.notes = notes_.of(name, transformer_, request_.depth);
   if (counts.above > 0) {
     report.notes.push_back(formatted("%.1f %% of the pixels of %s exceed %d, the full scale of %d bits.",
                                      percent * counts.above, name.c_str(), full_scale, transformer_.bit_depth()));

@@ -9,8 +9,8 @@
 #include "batch/frame_notes.h"
 #include "commands/frame_options.h"
 #include "commands/output_files.h"
-#include "frame_pictures.h"
-#include "processor/frame_transformer.h"
+#include "commands/sensor_pictures.h"
+#include "processor/sensor_transformer.h"
 
 namespace nerova_zel {
 
@@ -20,7 +20,7 @@ struct TransformRequest : FrameRequest {
   std::set<Output> needed;
   std::vector<OutputFile> files;
   std::filesystem::path directory = ".";
-  PictureStyle picture_style;
+  SensorPictures::Style picture_style;
   /** Frames are left out whose outputs are there and would be the same. */
   bool resume = false;
   /** Frames fail of which outputs are there. */
@@ -31,8 +31,8 @@ struct TransformRequest : FrameRequest {
 class TransformJob : public FrameJob {
  public:
   /** All are shared and must outlive it; the request's directory must exist. */
-  TransformJob(const TransformRequest& request, const Library& library, FrameNotes& notes)
-      : request_(request), notes_(notes), transformer_(request, library, request.needed) {}
+  TransformJob(const TransformRequest& request, const SensorLibraries& libraries, FrameNotes& notes)
+      : request_(request), notes_(notes), transformer_(request, request.colour, libraries, request.needed) {}
 
  private:
   FrameReport work(const FrameTicket& ticket) override;
@@ -43,7 +43,7 @@ class TransformJob : public FrameJob {
 
   const TransformRequest& request_;
   FrameNotes& notes_;
-  FrameTransformer transformer_;
+  SensorTransformer transformer_;
 };
 
 }  // namespace nerova_zel

@@ -8,7 +8,7 @@
 #include "failure.h"
 #include "frames/colour_interpolation.h"
 #include "imaging/sampled_light.h"
-#include "processor/colour_transformer.h"
+#include "processor/sensor_transformer.h"
 #include "simulation/colour_scene.h"
 #include "statistics/colour_contrast.h"
 
@@ -53,8 +53,8 @@ TEST(ColourPhysics, EveryPixelOfEveryPlaneIsWithinItsBound) {
     settings.origin = one.origin;
     settings.region = one.region;
     const ColourSettings colour{one.pattern};
-    const ColourLibraries libraries(NEROVA_LIBRARY, colour);
-    ColourTransformer transformer(settings, colour, libraries, {Output::azimuth, Output::dolp});
+    const SensorLibraries libraries(NEROVA_LIBRARY, settings, colour);
+    SensorTransformer transformer(settings, colour, libraries, {Output::azimuth, Output::dolp});
     transformer.frame() = {camera.width, camera.height, camera.bit_depth, 16,
                            simulate_colour_frame(scene, camera, one.pattern)};
     transformer.run("frame");
@@ -236,8 +236,8 @@ TEST(ColourPhysics, PlanesTakeTheirOwnPixelsAndCalibration) {
        18,
        {{"R", 1600.0}, {"G1", 2000.0}, {"G2", 2400.0}, {"B", blue}}}};
   for (const Expected& one : all) {
-    const ColourLibraries libraries(NEROVA_LIBRARY, one.colour);
-    ColourTransformer transformer(settings, one.colour, libraries, {Output::power, Output::dolp});
+    const SensorLibraries libraries(NEROVA_LIBRARY, settings, one.colour);
+    SensorTransformer transformer(settings, one.colour, libraries, {Output::power, Output::dolp});
     for (int repeat = 0; repeat < 2; ++repeat) {  // memory is used again
       transformer.frame() = frame;
       transformer.run("frame");
@@ -254,8 +254,8 @@ TEST(ColourPhysics, PlanesTakeTheirOwnPixelsAndCalibration) {
     }
   }
   const ColourSettings plain{ColourPattern::grbg};
-  const ColourLibraries libraries(NEROVA_LIBRARY, plain);
-  ColourTransformer transformer(settings, plain, libraries, {Output::power});
+  const SensorLibraries libraries(NEROVA_LIBRARY, settings, plain);
+  SensorTransformer transformer(settings, plain, libraries, {Output::power});
   transformer.frame() = {4, 6, 12, 16, std::vector<std::uint16_t>(24)};
   EXPECT_THROW(transformer.run("small"), Failure);
 }

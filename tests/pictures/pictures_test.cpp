@@ -9,8 +9,7 @@
 #include "colour_pictures.h"
 #include "frame_pictures.h"
 #include "imaging/even_light.h"
-#include "processor/colour_transformer.h"
-#include "simulation/colour_scene.h"
+#include "processor/sensor_transformer.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -154,8 +153,8 @@ TEST_F(PicturesTest, ColourSheetShowsPowerAndEachAngleAndDegree) {
             static_cast<std::uint16_t>(std::lround(4095 * light.behind_polarizer(settings_.layout.angle_at(x, y)))));
       }
     }
-    const ColourLibraries libraries(NEROVA_LIBRARY, colour);
-    ColourTransformer transformer(settings_, colour, libraries, outputs_for_pictures());
+    const SensorLibraries libraries(NEROVA_LIBRARY, settings_, colour);
+    SensorTransformer transformer(settings_, colour, libraries, outputs_for_pictures());
     transformer.frame() = frame;
     transformer.run("frame");
     ColourPictureContent content{"frame", colour.pattern, settings_.layout, {0, 0}, transformer.frame(), {}, {}};

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "frames/bit_depth.h"
 #include "frames/colour_mosaic.h"
 #include "processor/frame_transformer.h"
 
@@ -31,13 +32,17 @@ struct ColourSettings {
   std::optional<CameraCalibration> calibration(std::size_t i) const;
 };
 
-/** The library with a processor for each calibration of the colours. */
-class ColourLibraries {
+/** The library, with a processor for each calibration that there is. */
+class SensorLibraries {
  public:
-  /** Opens the library at `path` as Library does, once if there are no calibrations. Throws Failure. */
-  ColourLibraries(const std::string& path, const ColourSettings& settings);
+  /**
+   * Opens the library at `path` as Library does, and has it use the settings' calibration, or those of the colours.
+   * Throws Failure.
+   */
+  SensorLibraries(const std::string& path, const TransformSettings& settings,
+                  const std::optional<ColourSettings>& colour);
 
-  /** For the plane in place `i` of the settings. */
+  /** For the plane in place `i` of the colours; without colours for the frame. */
   const Library& of(std::size_t i) const { return *libraries_[libraries_.size() == 1 ? 0 : i]; }
   Library& first() { return *libraries_.front(); }
 
@@ -46,27 +51,32 @@ class ColourLibraries {
 };
 
 /**
- * Transforms the colours of frames, one frame at a time: one for each thread. All planes are cut to the part that all
- * of them have, so that equal pixels are of one 4 x 4 pattern. Keeps its memory from frame to frame.
+ * Transforms the frames of a sensor with or without colours, one frame at a time: one for each thread. Without colours
+ * the frame is the only plane. The planes of colours are cut to the part that all of them have, so that equal pixels
+ * are of one 4 x 4 pattern. Keeps its memory from frame to frame.
  */
-class ColourTransformer {
+class SensorTransformer {
  public:
-  /** All are shared and must outlive it; of the settings' calibration nothing is used. */
-  ColourTransformer(const TransformSettings& settings, const ColourSettings& colour, const ColourLibraries& libraries,
-                    const std::set<Output>& wanted);
+  /** Settings and libraries are shared and must outlive it. */
+  SensorTransformer(const TransformSettings& settings, const std::optional<ColourSettings>& colour,
+                    const SensorLibraries& libraries, const std::set<Output>& wanted);
 
   /** The frame to transform next, for the caller to fill in; after run, the wanted region of it. */
-  RawFrame& frame() { return frame_; }
+  RawFrame& frame() { return colour_ ? frame_ : planes_.front()->transformer.frame(); }
 
   /**
-   * Transforms the colours of frame(); `name` is what failures call it. The times include taking the planes out. Throws
+   * Transforms frame(); `name` is what failures call it. The times include taking colours out of the frame. Throws
    * Failure, also when planes have less than 2 x 2 pixels in common.
    */
   FrameTransformer::Timing run(const std::string& name);
 
   // Of the frame that was transformed last.
-  const RawFrame& frame() const { return frame_; }
+  const RawFrame& frame() const { return colour_ ? frame_ : planes_.front()->transformer.frame(); }
   const Origin& origin() const { return origin_; }
+  int bit_depth() const { return planes_.front()->transformer.bit_depth(); }
+  int full_scale() const { return planes_.front()->transformer.full_scale(); }
+  /** Of the pixels of frame(), before any dark level is taken off. */
+  const PixelCounts& counts() const { return colour_ ? counts_ : planes_.front()->transformer.counts(); }
   std::size_t plane_count() const { return planes_.size(); }
   const FrameTransformer& plane(std::size_t i) const { return planes_[i]->transformer; }
 
@@ -79,14 +89,18 @@ class ColourTransformer {
     FrameTransformer transformer;
   };
 
+  void settle_pixels(const std::string& name);
   void take_apart(const std::string& name);
   void merge_greens();
 
   const TransformSettings& settings_;
-  const ColourSettings& colour_;
+  const std::optional<ColourSettings> colour_;
   Origin origin_;
   std::vector<std::unique_ptr<Plane>> planes_;
+  // With colours:
   RawFrame frame_;
+  int colour_bits_ = 16;
+  PixelCounts counts_;
   PerPlane<RawFrame> raw_;  ///< the planes before they are cut or interpolated
 };
 

@@ -1,4 +1,4 @@
-#include "processor/colour_transformer.h"
+#include "processor/sensor_transformer.h"
 
 #include <chrono>
 #include <utility>
@@ -48,36 +48,45 @@ std::optional<CameraCalibration> ColourSettings::calibration(std::size_t i) cons
   return result;
 }
 
-ColourLibraries::ColourLibraries(const std::string& path, const ColourSettings& settings) {
-  const std::size_t count = settings.calibrations ? settings.plane_count() : 1;
-  for (std::size_t i = 0; i < count; ++i) {
+SensorLibraries::SensorLibraries(const std::string& path, const TransformSettings& settings,
+                                 const std::optional<ColourSettings>& colour) {
+  const bool one_each = colour && colour->calibrations;
+  for (std::size_t i = 0; i < (one_each ? colour->plane_count() : 1); ++i) {
     libraries_.push_back(std::make_unique<Library>(path));
-    if (settings.calibrations) {
-      libraries_.back()->set_calibration(settings.calibration(i)->matrices);
+    const std::optional<CameraCalibration> calibration = colour ? colour->calibration(i) : settings.calibration;
+    if (calibration) {
+      libraries_.back()->set_calibration(calibration->matrices);
     }
   }
 }
 
-ColourTransformer::ColourTransformer(const TransformSettings& settings, const ColourSettings& colour,
-                                     const ColourLibraries& libraries, const std::set<Output>& wanted)
+SensorTransformer::SensorTransformer(const TransformSettings& settings, const std::optional<ColourSettings>& colour,
+                                     const SensorLibraries& libraries, const std::set<Output>& wanted)
     : settings_(settings), colour_(colour), origin_(settings.origin) {
   if (settings_.region) {
     origin_.x += settings_.region->x;
     origin_.y += settings_.region->y;
   }
-  for (std::size_t i = 0; i < colour_.plane_count(); ++i) {
+  if (!colour_) {
+    planes_.push_back(std::make_unique<Plane>(settings_, libraries.of(0), wanted));
+    return;
+  }
+  for (std::size_t i = 0; i < colour_->plane_count(); ++i) {
     TransformSettings of_plane = settings_;
     of_plane.region.reset();
-    of_plane.origin = colour_.full_size ? origin_ : common_origin(origin_);
-    of_plane.calibration = colour_.calibration(i);
+    of_plane.depth = {};  // settled before
+    of_plane.allow_overflow = true;
+    of_plane.origin = colour_->full_size ? origin_ : common_origin(origin_);
+    of_plane.calibration = colour_->calibration(i);
     planes_.push_back(std::make_unique<Plane>(of_plane, libraries.of(i), wanted));
   }
 }
 
-FrameTransformer::Timing ColourTransformer::run(const std::string& name) {
-  if (settings_.region) {
-    crop(frame_, *settings_.region, name);
+FrameTransformer::Timing SensorTransformer::run(const std::string& name) {
+  if (!colour_) {
+    return planes_.front()->transformer.run(name);
   }
+  settle_pixels(name);
   const auto start = std::chrono::steady_clock::now();
   take_apart(name);
   const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - start;
@@ -90,10 +99,23 @@ FrameTransformer::Timing ColourTransformer::run(const std::string& name) {
   return sum;
 }
 
-void ColourTransformer::take_apart(const std::string& name) {
-  const ColourMosaic mosaic(colour_.pattern, origin_, {frame_.width, frame_.height});
-  const FrameSize usable = colour_.full_size ? mosaic.size() : mosaic.common_region(ColourPlane::red).size;
-  const int least = colour_.full_size ? 4 : 2;
+/** What is of the frame as a whole, and what averages need: the significant bits lowest. */
+void SensorTransformer::settle_pixels(const std::string& name) {
+  if (settings_.region) {
+    crop(frame_, *settings_.region, name);
+  }
+  const int bit_depth = settle_bit_depth(frame_, settings_.depth, name);
+  counts_ = count_pixels(frame_.pixels.data(), frame_.pixels.size(), (1 << bit_depth) - 1);
+  if (!settings_.allow_overflow) {
+    check_overflow(counts_, frame_, bit_depth, name);
+  }
+  colour_bits_ = bit_depth;
+}
+
+void SensorTransformer::take_apart(const std::string& name) {
+  const ColourMosaic mosaic(colour_->pattern, origin_, {frame_.width, frame_.height});
+  const FrameSize usable = colour_->full_size ? mosaic.size() : mosaic.common_region(ColourPlane::red).size;
+  const int least = colour_->full_size ? 4 : 2;
   if (usable.width < least || usable.height < least) {
     throw Failure(name + " is " + std::to_string(frame_.width) + " x " + std::to_string(frame_.height) +
                   " pixels, too small for its colours to have a mosaic of 2 x 2 pixels each at the same place.");
@@ -101,7 +123,8 @@ void ColourTransformer::take_apart(const std::string& name) {
   split_frame(mosaic, frame_, raw_);
   for (const ColourPlane plane : colour_planes) {
     RawFrame& raw = raw_[static_cast<std::size_t>(plane)];
-    if (!colour_.full_size) {
+    raw.bit_depth = colour_bits_;
+    if (!colour_->full_size) {
       crop(raw, mosaic.common_region(plane), name);
       continue;
     }
@@ -111,15 +134,15 @@ void ColourTransformer::take_apart(const std::string& name) {
     raw.width = frame_.width;
     raw.height = frame_.height;
   }
-  if (colour_.merge_green) {
+  if (colour_->merge_green) {
     merge_greens();
   }
   for (std::size_t i = 0; i < planes_.size(); ++i) {
-    std::swap(planes_[i]->transformer.frame(), raw_[static_cast<std::size_t>(colour_.plane(i))]);
+    std::swap(planes_[i]->transformer.frame(), raw_[static_cast<std::size_t>(colour_->plane(i))]);
   }
 }
 
-void ColourTransformer::merge_greens() {
+void SensorTransformer::merge_greens() {
   std::vector<std::uint16_t>& green = raw_[green1].pixels;
   average_images(green.data(), raw_[green2].pixels.data(), green.size(), green.data());
 }
