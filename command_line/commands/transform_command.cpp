@@ -1,6 +1,7 @@
 #include "commands/transform_command.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "batch/batch_runner.h"
@@ -26,6 +27,7 @@ constexpr std::array<std::pair<const char*, FileFormat>, 3> formats = {
 
 std::vector<std::pair<const char*, AzimuthStyle>> style_names() {
   std::vector<std::pair<const char*, AzimuthStyle>> names;
+  names.reserve(std::size(azimuth_styles));
   for (const NamedAzimuthStyle& style : azimuth_styles) {
     names.emplace_back(style.name, style.style);
   }
