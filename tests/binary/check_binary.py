@@ -97,10 +97,10 @@ def check_isolated(arguments):
 
 
 def check_windows(arguments):
-    """Nothing but system DLLs beside it, addresses and data protected, a version, and no time of its making."""
+    """Nothing but system DLLs and named ones beside it, addresses and data protected, a version, no time of its making."""
     headers = run("objdump", "-p", arguments.library)
     faults = [f"{arguments.library}: needs {name}" for name in re.findall(r"DLL Name: (\S+)", headers)
-              if name.lower() not in ("kernel32.dll", "msvcrt.dll")]
+              if name.lower() not in ("kernel32.dll", "msvcrt.dll", *arguments.needs)]
     wanted = ["DYNAMIC_BASE", "NX_COMPAT"] + (["HIGH_ENTROPY_VA"] if "pei-x86-64" in headers else [])
     faults += [f"{arguments.library}: lacks {flag}" for flag in wanted if flag not in headers]
     with open(arguments.library, "rb") as library:
@@ -201,6 +201,7 @@ def main():
     windows = checks.add_parser("windows", help=check_windows.__doc__)
     windows.add_argument("library")
     windows.add_argument("--version", required=True)
+    windows.add_argument("--needs", action="append", default=[], help="a DLL of ours that it is linked with")
     windows.set_defaults(check=check_windows)
 
     arguments = parser.parse_args()
