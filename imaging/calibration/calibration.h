@@ -32,7 +32,8 @@ struct FrameGeometry {
   int bit_depth;
 };
 
-/** Fills `result` with the pixels less their dark level, rounded and not below 0. `pixels` and `result` may be the same.
+/** Fills `result` with the pixels less their dark level, rounded and not below 0. `pixels` and `result` may be the
+ * same.
  */
 void without_dark_level(const std::uint16_t* pixels, const FrameSize& size, const FrameGeometry& geometry,
                         const CameraCalibration& calibration, std::uint16_t* result);

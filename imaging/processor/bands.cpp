@@ -115,6 +115,7 @@ std::vector<std::int32_t> band_limits(std::int32_t height, int bands) {
   const std::int32_t pairs = height / 2;
   const std::int32_t count = std::max(1, std::min(bands, pairs));
   std::vector<std::int32_t> limits;
+  limits.reserve(static_cast<std::size_t>(count) + 1);
   for (std::int32_t i = 0; i < count; ++i) {
     limits.push_back(2 * static_cast<std::int32_t>(std::int64_t{pairs} * i / count));
   }

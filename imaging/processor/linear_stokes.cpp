@@ -23,7 +23,7 @@ struct RowMatrices {
 };
 
 RowMatrices matrices_of_row(const MosaicFrame& frame, const Calibration& matrices, int y) {
-  RowMatrices row{};
+  RowMatrices row{{matrices.data(), matrices.data()}};
   for (const int parity : {0, 1}) {
     const int angle = frame.layout.angle_at(frame.origin.x + parity, frame.origin.y + y);
     row.by_parity[parity] = &matrices[static_cast<std::size_t>(angle / 45)];

@@ -65,7 +65,7 @@ NEROVA_INLINE void make_terms(const CountedPixels& pixels, std::size_t first, st
     const float length = std::sqrt(s1 * s1 + s2 * s2);
     const bool has_degree = length < std::numeric_limits<float>::infinity();  // a NaN is not
     const bool has_angle = has_degree && length > 0.0F;
-    const float light = by_power ? power[i] : 1.0F;
+    const float light = by_power ? static_cast<float>(power[i]) : 1.0F;
     const float degree_weight = has_degree ? light : 0.0F;
     const float angle_weight = by_power ? light * length : 1.0F;
     const float share = angle_weight / length;
@@ -74,7 +74,7 @@ NEROVA_INLINE void make_terms(const CountedPixels& pixels, std::size_t first, st
     block[cosines][i] = has_angle ? share * s1 : 0.0F;
     block[sines][i] = has_angle ? share * s2 : 0.0F;
     block[angle_weights][i] = has_angle ? angle_weight : 0.0F;
-    block[degrees][i] = degree_weight * dolp[i];
+    block[degrees][i] = degree_weight * static_cast<float>(dolp[i]);
     block[degree_weights][i] = degree_weight;
   }
 }

@@ -39,7 +39,7 @@
 extern "C" {
 #endif
 
-/* NOLINTBEGIN(modernize-use-using): C has no using */
+/* C has no using, and its names are not those of C++. NOLINTBEGIN(modernize-use-using,readability-identifier-naming) */
 
 enum nv_imaging_error {
   NV_IMAGING_SUCCESS = 0,
@@ -409,7 +409,7 @@ NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_calibration_residuals(const nv
 NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_subtract_dark(const nv_imaging_calibration* calibration,
                                                                 const nv_imaging_frame* frame, uint16_t* result);
 
-/* NOLINTEND(modernize-use-using) */
+/* NOLINTEND(modernize-use-using,readability-identifier-naming) */
 
 #ifdef __cplusplus
 }
