@@ -10,7 +10,6 @@ namespace nerova_zel {
 
 namespace {
 
-constexpr std::size_t green1 = static_cast<std::size_t>(ColourPlane::green1);
 constexpr std::size_t green2 = static_cast<std::size_t>(ColourPlane::green2);
 
 /** Where every plane begins when it is cut to what all have; this does not depend on the frame's size. */
@@ -121,30 +120,33 @@ void SensorTransformer::take_apart(const std::string& name) {
                   " pixels, too small for its colours to have a mosaic of 2 x 2 pixels each at the same place.");
   }
   split_frame(mosaic, frame_, raw_);
-  for (const ColourPlane plane : colour_planes) {
-    RawFrame& raw = raw_[static_cast<std::size_t>(plane)];
-    raw.bit_depth = colour_bits_;
-    if (!colour_->full_size) {
-      crop(raw, mosaic.common_region(plane), name);
-      continue;
-    }
-    std::vector<std::uint16_t> whole(frame_.pixels.size());
-    interpolate_plane(mosaic, plane, raw.pixels.data(), whole.data());
-    raw.pixels.swap(whole);
-    raw.width = frame_.width;
-    raw.height = frame_.height;
-  }
-  if (colour_->merge_green) {
-    merge_greens();
-  }
   for (std::size_t i = 0; i < planes_.size(); ++i) {
-    std::swap(planes_[i]->transformer.frame(), raw_[static_cast<std::size_t>(colour_->plane(i))]);
+    const ColourPlane plane = colour_->plane(i);
+    const bool is_merged = colour_->merge_green && plane == ColourPlane::green1;
+    RawFrame& frame = planes_[i]->transformer.frame();
+    take_plane(mosaic, plane, name, frame);
+    if (is_merged) {
+      take_plane(mosaic, ColourPlane::green2, name, other_green_);
+      average_images(frame.pixels.data(), other_green_.pixels.data(), frame.pixels.size(), frame.pixels.data());
+    }
+    frame.bit_depth = colour_bits_;
+    frame.storage_bits = frame_.storage_bits;
   }
 }
 
-void SensorTransformer::merge_greens() {
-  std::vector<std::uint16_t>& green = raw_[green1].pixels;
-  average_images(green.data(), raw_[green2].pixels.data(), green.size(), green.data());
+/** Makes `frame` the plane, cut to what all planes have, or interpolated. */
+void SensorTransformer::take_plane(const ColourMosaic& mosaic, ColourPlane plane, const std::string& name,
+                                   RawFrame& frame) {
+  RawFrame& raw = raw_[static_cast<std::size_t>(plane)];
+  if (!colour_->full_size) {
+    crop(raw, mosaic.common_region(plane), name);
+    std::swap(frame, raw);
+    return;
+  }
+  frame.width = frame_.width;
+  frame.height = frame_.height;
+  frame.pixels.resize(frame_.pixels.size());
+  interpolate_plane(mosaic, plane, raw.pixels.data(), frame.pixels.data());
 }
 
 }  // namespace nerova_zel

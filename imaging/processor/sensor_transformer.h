@@ -91,7 +91,7 @@ class SensorTransformer {
 
   void settle_pixels(const std::string& name);
   void take_apart(const std::string& name);
-  void merge_greens();
+  void take_plane(const ColourMosaic& mosaic, ColourPlane plane, const std::string& name, RawFrame& frame);
 
   const TransformSettings& settings_;
   const std::optional<ColourSettings> colour_;
@@ -102,6 +102,7 @@ class SensorTransformer {
   int colour_bits_ = 16;
   PixelCounts counts_;
   PerPlane<RawFrame> raw_;  ///< the planes before they are cut or interpolated
+  RawFrame other_green_;    ///< of greens to merge
 };
 
 }  // namespace nerova_zel
