@@ -8,11 +8,13 @@
 
 #include "commands/calibrate_command.h"
 #include "commands/document_commands.h"
+#include "commands/info_command.h"
 #include "commands/record_command.h"
 #include "commands/simulate_command.h"
 #include "commands/stats_command.h"
 #include "commands/transform_command.h"
 #include "failure_text.h"
+#include "format_list.h"
 #include "help_page.h"
 #include "messages.h"
 #include "results.h"
@@ -36,6 +38,9 @@ void declare_commands(CLI::App& app) {
   app.formatter(std::make_shared<HelpPage>());  // before the commands, which take it from here
   app.require_subcommand(1);
   app.set_version_flag("--version", version_text, "Print the version, and what will compute frames on this computer");
+  app.add_flag_callback(
+      "--list-formats", [] { throw CLI::CallForVersion(format_list(), 0); },
+      "Print the pixel formats that are read and the outputs that are written");
   app.footer(
       "Examples:\n"
       "  nerova-polarize simulate frame.png --bit-depth 12\n"
@@ -43,6 +48,7 @@ void declare_commands(CLI::App& app) {
       "Each command has its own --help, with more of them.");
   declare_transform(app);
   declare_stats(app);
+  declare_info(app);
   declare_calibrate(app);
   declare_simulate(app);
   declare_record(app);

@@ -26,6 +26,7 @@ constexpr Advice advices[] = {
     {Fact::bit_depth_unknown, "", "", "say it with --bit-depth"},
     {Fact::value_too_great, "", "", "say its bit depth with --bit-depth"},
     {Fact::overflow, "", "", "--bit-depth or --pixel-format is wrong, or --allow-overflow takes them as they are"},
+    {Fact::no_headroom, "power with headroom", "--power-headroom", "s0 of --outputs is not clipped"},
     {Fact::other_bit_depth, "", "", "use frames of that bit depth, or say it with --bit-depth"},
     {Fact::region_beyond_frame, "the region ", "the region of --roi ", ""},
     {Fact::colour_calibration, "", "", "say the sensor's pattern with --colour"},

@@ -16,6 +16,7 @@ enum class Fact {
   value_too_great,  ///< a pixel has a value above the full scale of the bit depth
   overflow,         ///< more than a few pixels have
   other_bit_depth,  ///< a calibration was made with another one
+  no_headroom,      ///< above the full scale of 16 bits
   region_beyond_frame,
   colour_calibration,  ///< a calibration of colours is given for a frame without
   grey_calibration,    ///< and the other way round

@@ -21,6 +21,8 @@ struct PictureContent {
   int output_maximum;
   const RawFrame& frame;
   const OutputImages& outputs;
+  /** Whether the output maximum of the power is twice full scale. */
+  bool power_headroom = false;
 };
 
 /** The outputs that content must have. */

@@ -17,7 +17,8 @@ PictureImages::PictureImages(const PictureContent& content)
       layout(content.layout),
       origin(content.origin),
       bit_depth(content.bit_depth),
-      output_maximum(content.output_maximum) {
+      output_maximum(content.output_maximum),
+      power_headroom(content.power_headroom) {
   const int width = content.frame.width;
   const int height = content.frame.height;
   const OutputImages& outputs = content.outputs;

@@ -16,6 +16,7 @@ struct PictureImages {
   Origin origin;
   int bit_depth;
   int output_maximum;
+  bool power_headroom;        ///< the output maximum of the power is twice full scale
   cv::Mat frame;              ///< CV_16U, the raw mosaic
   cv::Mat normalized_stokes;  ///< CV_32FC2, S1 / P and S2 / P
   cv::Mat total_power;        ///< CV_16U

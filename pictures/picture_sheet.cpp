@@ -54,6 +54,16 @@ class SheetPainter {
   cv::Mat page_;
 };
 
+/** What the power image leaves out or scales down. */
+std::string power_text(const PictureImages& content) {
+  if (content.power_headroom) {
+    return "; power ends at twice full scale";
+  }
+  const int clipped = cv::countNonZero(content.total_power >= content.output_maximum);
+  const double percent = 100.0 * clipped / static_cast<double>(content.total_power.total());
+  return clipped == 0 ? std::string() : cv::format("; %.1f %% of the power clipped", percent);
+}
+
 SheetPainter::SheetPainter(const PictureImages& content, const SheetPlanes& planes, AzimuthStyle style,
                            const PictureScales& scales)
     : content_(content),
@@ -68,7 +78,8 @@ cv::Mat SheetPainter::paint() {
   draw_page_title(page_, content_.name,
                   cv::format("%d x %d pixels of %d bits, origin %d,%d on the sensor, outputs up to %d",
                              content_.frame.cols, content_.frame.rows, content_.bit_depth, content_.origin.x,
-                             content_.origin.y, content_.output_maximum),
+                             content_.origin.y, content_.output_maximum) +
+                      power_text(content_),
                   margin);
   light_panel(0, "Total power", "P = (I0 + I45 + I90 + I135) / 2", planes_.power, scales_.power, 0);
   azimuth_panel(1);

@@ -4,6 +4,7 @@
 
 #include "batch/input_files.h"
 #include "failure.h"
+#include "file_bytes.h"
 #include "frame_files.h"
 #include "input_bytes.h"
 
@@ -53,6 +54,13 @@ void read_frame(const FrameTicket& ticket, const std::optional<HeaderlessLayout>
     bytes = read_file(input.path, frame_file);
     layout.format = format_by_length(input.path, layout, bytes.size());
     bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(layout.header));
+  } else if (!input.is_standard_input() && layout.stride == 0 && is_unpacked(*layout.format)) {
+    // Straight to where the pixels are needed.
+    frame.pixels.resize(frame_bytes(layout) / sizeof(std::uint16_t));
+    const std::size_t present =
+        read_bytes(input.path, frame_offset(layout, ticket.number), frame.pixels.data(), frame_bytes(layout));
+    take_unpacked_frame(ticket.name(), present, layout, frame);
+    return;
   } else if (!input.is_standard_input()) {
     read_part_of_file(input.path, frame_file, frame_offset(layout, ticket.number), frame_bytes(layout), bytes);
   }

@@ -124,7 +124,7 @@ std::string report_of(const NamedFit& named, bool with_dark) {
                       fit.uncertainties[k].angle_degrees, extinction_text(fit, k).c_str(), fit.responses[k].gain(),
                       100.0 * fit.residual_of(k));
   }
-  return text;
+  return text + formatted("   common  %+8.3f\n", named.fit.common_angle_error());
 }
 
 /** The plots of all fits, one below the other. */

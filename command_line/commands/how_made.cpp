@@ -44,6 +44,10 @@ std::string frame_options(const TransformRequest& request) {
   text += ", bit depth " + (request.depth.bit_depth ? std::to_string(*request.depth.bit_depth) : "by file");
   text += request.depth.left_aligned ? ", left-aligned" : "";
   text += ", output maximum " + std::to_string(request.output_maximum);
+  text += request.power_headroom ? ", power headroom" : "";
+  text += request.sampling == Sampling::superpixel ? ", superpixels"
+          : request.sampling == Sampling::bilinear ? ", bilinear"
+                                                   : "";
   return text + ", calibration " + (!request.calibration_mark.empty() ? request.calibration_mark : "none");
 }
 
@@ -56,10 +60,12 @@ std::string picture_options(const SensorPictures::Style& style) {
   return text;
 }
 
-std::string description_of(const OutputDescription& output, int output_maximum) {
+std::string description_of(const OutputDescription& output, const TransformRequest& request) {
   const std::string unit = output.unit;
   if (output.element == OutputElement::uint16) {
-    return output.quantity + formatted("; %d is ", output_maximum) + unit;
+    const bool headroom = output.output == Output::power && request.power_headroom;
+    return output.quantity + std::string("; 0 is ") + output.zero + formatted(" and %d is ", request.output_maximum) +
+           (headroom ? "twice " : "") + output.maximum;
   }
   return output.quantity + (unit == "1" ? std::string() : ", in units of a " + unit);
 }
@@ -106,8 +112,11 @@ std::string source_text(const FrameTicket& ticket) {
 std::vector<TextEntry> how_made(const TransformRequest& request, const std::string& source, const OutputFile& file) {
   std::string options = frame_options(request);
   std::string description = "picture to look at";
+  if (product_name(file).rfind("azimuth", 0) == 0) {
+    description += "; hues are angles from the image's horizontal axis: red 0, green 60, blue 120 degrees";
+  }
   if (const auto* output = std::get_if<Output>(&file.content)) {
-    description = planes_text(request.colour, file) + description_of(describe(*output), request.output_maximum);
+    description = planes_text(request.colour, file) + description_of(describe(*output), request);
     if (file.channel >= 0) {
       description += formatted("; here S%d / P", file.channel + 1);
     }

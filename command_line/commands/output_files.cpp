@@ -223,11 +223,15 @@ Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts
                     Compression::small);
 }
 
-void write_output_file(FileSet& set, const std::filesystem::path& path, const OutputFile& file,
+void write_output_file(FileSet& set, std::mutex& mutex, const std::filesystem::path& path, const OutputFile& file,
                        const std::vector<TextEntry>& texts, const SensorTransformer& transformer,
                        SensorPictures& pictures) {
+  const auto put = [&](const Bytes& bytes) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    set.write(path, bytes);
+  };
   if (std::holds_alternative<PictureKind>(file.content)) {
-    set.write(path, encode_drawing(pictures.draw(file), texts));
+    put(encode_drawing(pictures.draw(file), texts));
     return;
   }
   const Output output = std::get<Output>(file.content);
@@ -245,10 +249,11 @@ void write_output_file(FileSet& set, const std::filesystem::path& path, const Ou
   }
   const std::string extension = path.extension().string();
   if (extension == ".npy") {
+    const std::lock_guard<std::mutex> lock(mutex);
     write_array(set, path, planes, texts);
   } else {
     const ImageView& image = planes.front();
-    set.write(path, extension == ".png" ? encode_png(image, texts) : encode_tiff(image, tiff_tags(texts)));
+    put(extension == ".png" ? encode_png(image, texts) : encode_tiff(image, tiff_tags(texts)));
   }
 }
 

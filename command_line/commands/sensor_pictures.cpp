@@ -10,7 +10,7 @@ SensorPictures::SensorPictures(const std::string& name, const TransformSettings&
   for (std::size_t i = 0; i < transformer.plane_count(); ++i) {
     const FrameTransformer& plane = transformer.plane(i);
     planes_.push_back({colour ? colour->name(i) : name, settings.layout, plane.origin(), plane.bit_depth(),
-                       settings.output_maximum, plane.frame(), plane.outputs()});
+                       settings.output_maximum, plane.frame(), plane.outputs(), settings.power_headroom});
     pictures_.push_back(std::make_unique<FramePictures>(planes_.back(), style_));
   }
   if (colour) {

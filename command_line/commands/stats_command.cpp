@@ -34,6 +34,7 @@ struct StatsOptions {
   /** Only all frames together. */
   bool summary = false;
   bool json = false;
+  bool csv = false;
 };
 
 /** Sums of each plane of frames: of each colour, or the only one. */
@@ -199,6 +200,57 @@ std::string as_json(const StatisticsLog& log, bool summary, const std::vector<st
   return document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+/** A cell, quoted where its text would end it. */
+std::string csv_cell(const nlohmann::ordered_json& value) {
+  if (!value.is_string()) {
+    return value.is_null() ? "" : value.dump();
+  }
+  std::string text = value.get<std::string>();
+  if (text.find_first_of(",\"\n\r") == std::string::npos) {
+    return text;
+  }
+  for (std::size_t at = text.find('"'); at != std::string::npos; at = text.find('"', at + 2)) {
+    text.insert(at, 1, '"');
+  }
+  return '"' + text + '"';
+}
+
+/** Names of columns, or a row: the members of a frame's JSON object, those of members of members one by one. */
+std::string csv_line(const std::string& name, const StatisticsSums& sums, bool is_head) {
+  std::string line = is_head ? "name" : csv_cell(name);
+  const nlohmann::ordered_json object = json_of(sums);
+  for (const auto& [key, value] : object.items()) {
+    if (!value.is_object()) {
+      line += "," + (is_head ? key : csv_cell(value));
+      continue;
+    }
+    for (const auto& [inner, number] : value.items()) {
+      line += "," + (is_head ? key + "_" + inner : csv_cell(number));
+    }
+  }
+  return line + "\n";
+}
+
+/** A line of each colour. */
+std::string csv_lines(const std::string& name, const PlaneSums& sums, const std::vector<std::string>& colours) {
+  std::string lines;
+  for (std::size_t i = 0; i < sums.size(); ++i) {
+    lines += csv_line(colours.empty() ? name : name + " " + colours[i], sums[i], false);
+  }
+  return lines;
+}
+
+std::string as_csv(const StatisticsLog& log, bool summary, const std::vector<std::string>& colours) {
+  std::string text = csv_line("", {}, true);
+  if (summary) {
+    return text + csv_lines("all", log.all(std::max<std::size_t>(1, colours.size())), colours);
+  }
+  for (const auto& [index, frame] : log.frames()) {
+    text += csv_lines(frame.name, frame.sums, colours);
+  }
+  return text;
+}
+
 void run_stats(StatsOptions& options) {
   FrameRequest& request = options.request;
   options.frames.finish(request);
@@ -222,6 +274,8 @@ void run_stats(StatsOptions& options) {
       [&] { return std::make_unique<StatisticsJob>(request, libraries, options.weight, log, notes); }, report);
   if (options.json) {
     print_result(as_json(log, options.summary, colours, name_of(options.weight), report.failed()));
+  } else if (options.csv) {
+    print_result(as_csv(log, options.summary, colours));
   } else if (!log.frames().empty()) {
     print_result(as_text(log, options.summary, colours));
   }
@@ -239,7 +293,9 @@ void declare_stats(CLI::App& app) {
       "What a pixel counts for in means\n"
       "equal: as much as any other. power: for its light, so that the means are those of all light together.");
   command->add_flag("--summary", options->summary, "Print only what is of all frames together");
-  command->add_flag("--json", options->json, "Print a JSON document");
+  CLI::Option* json = command->add_flag("--json", options->json, "Print a JSON document");
+  command->add_flag("--csv", options->csv, "Print a table: a line for each frame, or with --summary one of all")
+      ->excludes(json);
   options->frames.declare(command, options->request);
   command->footer(
       "Examples:\n"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <thread>
 
 #include "batch/batch_runner.h"
 #include "batch/interruption.h"
@@ -33,6 +34,9 @@ std::vector<std::pair<const char*, AzimuthStyle>> style_names() {
   }
   return names;
 }
+
+constexpr std::array<std::pair<const char*, Sampling>, 3> samplings = {
+    {{"window", Sampling::window}, {"superpixel", Sampling::superpixel}, {"bilinear", Sampling::bilinear}}};
 
 /** Options as given, and the request that is made of them. */
 struct TransformOptions {
@@ -108,7 +112,13 @@ void run_transform(TransformOptions& options) {
   if (!request.calibration_file.empty()) {
     request.calibrated = std::filesystem::last_write_time(request.calibration_file);
   }
-  const Products products = parse_products(options.product_list.value_or("all"));
+  Products products = parse_products(options.product_list.value_or("all"));
+  if (request.sampling == Sampling::superpixel) {
+    if (products.outputs.empty()) {
+      throw UsageError("--sampling superpixel makes no pictures to look at, and --outputs names nothing else.");
+    }
+    products.pictures.clear();
+  }
   request.needed = products.needed_outputs();
   request.files = output_files(products, options.format, request.picture_style.azimuth);
   if (request.colour) {
@@ -120,6 +130,10 @@ void run_transform(TransformOptions& options) {
   request.repeat = std::max(1, options.benchmark);
   FrameSequence frames(find_inputs(request.frames, request.headerless, request.recursive, request.range),
                        request.headerless);
+  const auto cores = std::max<std::uint64_t>(1, std::thread::hardware_concurrency());
+  const auto at_once =
+      std::min<std::uint64_t>(static_cast<std::uint64_t>(request.jobs), frames.total().value_or(cores));
+  request.writers = static_cast<std::size_t>(std::max<std::uint64_t>(1, cores / std::max<std::uint64_t>(1, at_once)));
   check_output_names(frames.inputs(), request.directory.string(), endings(request.files));
   SensorLibraries libraries(request.library, request, request.colour);
   remark_route(libraries.first());
@@ -129,6 +143,11 @@ void run_transform(TransformOptions& options) {
   directory.make_directory(request.directory);
   remove_stale_outputs(frames.inputs(), request);
   BatchReport report(frames.total(), frames.is_lone_frame(), BatchReport::Detail::full);
+  if (request.calibration_file.empty() && !libraries.first().calibrates_every_pixel()) {
+    // A calibration has a note of its own.
+    report.add_note("frames are computed by the " + route_of(libraries.first()) +
+                    ". Every fourth column follows other rules than the rest.");
+  }
   if (!request.layout_is_given) {
     report.add_note(layout_assumption(request.layout));
   }
@@ -147,7 +166,9 @@ void declare_transform(CLI::App& app) {
   const auto options = std::make_shared<TransformOptions>();
   TransformRequest& request = options->request;
   CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
-  limit(command->add_option("--output-max", request.output_maximum, "What full scale, 180 degrees and degree 1 map to")
+  limit(command
+            ->add_option("--output-max", request.output_maximum,
+                         "Full scale, degree 1, and azimuth +90 degrees (0 is -90) in 16-bit outputs")
             ->type_name("N")
             ->capture_default_str(),
         1, 65535);
@@ -163,7 +184,9 @@ void declare_transform(CLI::App& app) {
           "What to write\n"
           "stokes: S1/P and S2/P, two float TIFFs, or one array. power, hv, diagonal, azimuth, dolp: 16 bits. s0, s1, "
           "s2: P, S1, S2 as floats in pixel values, not clipped. angle: the angle of polarization as floats, 0 to 180 "
-          "degrees. To look at: sheet (everything on a page), azimuth-picture (the azimuth in colour at the frame's "
+          "degrees. The azimuth is the angle plus 90 degrees: 0 is an angle of -90 degrees from the image's horizontal "
+          "axis, the output maximum +90, so that light at 30 degrees has 120 / 180 of it. To look at: sheet "
+          "(everything on a page), azimuth-picture (the azimuth in colour at the frame's "
           "size) and "
           "azimuth-legend (what its colours mean), and with --colour power-picture (the power in colour). all is "
           "everything but s0, s1, s2, angle and power-picture. With --colour there is a file for each colour, "
@@ -178,6 +201,16 @@ void declare_transform(CLI::App& app) {
                                "names what to write into the working directory.")
                                ->type_name("DIR");
   add_former_name(command, "--out", directory);
+  add_choice<Sampling>(
+      command, "--sampling", request.sampling, samplings,
+      "How samples of the four polarizers come together in a pixel\n"
+      "window: the 2 x 2 samples that begin at the pixel. superpixel: of these windows those that share "
+      "no sample, so that images have half the size; no pictures to look at. bilinear: the mean of the "
+      "four windows that hold the pixel, taken before the angle, symmetric and smoother.");
+  command->add_flag("--power-headroom", request.power_headroom,
+                    "Scale power for twice full scale, which P can reach\n"
+                    "Without it power ends at full scale, and the report says the share of pixels that do. Not for "
+                    "frames of 16 bits; s0 of --outputs is never clipped.");
   command->add_flag("--no-clobber", request.no_clobber, "Refuse frames of which there are results already");
   command->add_flag("--resume", request.resume,
                     "Skip frames whose results are all there, newer, and made in the same way\n"

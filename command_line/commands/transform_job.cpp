@@ -1,11 +1,14 @@
 #include "commands/transform_job.h"
 
 #include <algorithm>
+#include <atomic>
+#include <mutex>
 
 #include "batch/frame_reader.h"
 #include "commands/how_made.h"
 #include "formatted.h"
 #include "messages.h"
+#include "threads.h"
 
 namespace nerova_zel {
 
@@ -51,9 +54,25 @@ void TransformJob::write(const FrameTicket& ticket, const std::string& source) {
                           request_.picture_style);
   FileSet files(request_.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
   files.make_directory((request_.directory / ticket.input->stem).parent_path());
-  for (const OutputFile& file : request_.files) {
-    write_output_file(files, path_of(ticket, file), file, how_made(request_, source, file), transformer_, pictures);
-  }
+  // Pictures share what is drawn once, so the first thread draws them all, and then helps the others.
+  std::atomic<std::size_t> next{0};
+  std::mutex mutex;
+  const auto write_one = [&](const OutputFile& file) {
+    write_output_file(files, mutex, path_of(ticket, file), file, how_made(request_, source, file), transformer_,
+                      pictures);
+  };
+  on_threads(std::min(request_.writers, request_.files.size()), [&](std::size_t writer) {
+    for (const OutputFile& file : request_.files) {
+      if (writer == 0 && std::holds_alternative<PictureKind>(file.content)) {
+        write_one(file);
+      }
+    }
+    for (std::size_t i = next++; i < request_.files.size(); i = next++) {
+      if (!std::holds_alternative<PictureKind>(request_.files[i].content)) {
+        write_one(request_.files[i]);
+      }
+    }
+  });
   files.commit();
 }
 
@@ -73,6 +92,13 @@ FrameReport TransformJob::describe(const std::string& name, const FrameTransform
   const double megapixels = static_cast<double>(frame.pixels.size()) / 1e6;
   report.line = formatted("%s: %d x %d, %d-bit, %.1f %% saturated", name.c_str(), frame.width, frame.height,
                           transformer_.bit_depth(), percent * counts.saturated);
+  double clipped = 0.0;
+  for (std::size_t i = 0; i < transformer_.plane_count(); ++i) {
+    clipped += transformer_.plane(i).clipped_power() / static_cast<double>(transformer_.plane_count());
+  }
+  if (clipped > 0.0) {
+    report.line += formatted(", %.1f %% of the power clipped", 100.0 * clipped);
+  }
   if (request_.repeat > 1) {
     report.line += formatted("; transform %.2f ms (%.0f Mpixel/s) at best of %d, %.2f ms (%.0f Mpixel/s) at first",
                              timing.best_ms, megapixels / timing.best_ms * 1e3, request_.repeat, timing.first_ms,

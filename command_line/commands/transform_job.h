@@ -23,6 +23,8 @@ struct TransformRequest : FrameRequest {
   SensorPictures::Style picture_style;
   /** Frames are left out whose outputs are there and would be the same. */
   bool resume = false;
+  /** Threads that encode the outputs of a frame. */
+  std::size_t writers = 1;
   /** Frames fail of which outputs are there. */
   bool no_clobber = false;
 };

@@ -63,6 +63,21 @@ Json head_of_file() {
           {"columns", {"the pixel", "its horizontal neighbour", "its vertical neighbour", "its diagonal neighbour"}}};
 }
 
+Json frames_of(const PolarizerFit& fit) {
+  Json frames = Json::array();
+  for (std::size_t i = 0; i < fit.residuals.size(); ++i) {
+    Json residuals = Json::array();
+    for (const double residual : fit.residuals[i]) {
+      residuals.push_back(rounded(residual, 1e7));
+    }
+    frames.push_back({{"angle_degrees", fit.angles[i]},
+                      {"source", rounded(fit.source[i], 1e3)},
+                      {"residuals", residuals},
+                      {"residual_rms", rounded(fit.residual_of_frame(i), 1e7)}});
+  }
+  return frames;
+}
+
 Json part_of_file(const CameraCalibration& calibration, const PolarizerFit& fit) {
   Json part;
   for (const CalibrationMatrix& matrix : calibration.matrices) {
@@ -75,6 +90,8 @@ Json part_of_file(const CameraCalibration& calibration, const PolarizerFit& fit)
   part["bit_depth"] = calibration.bit_depth.value_or(16);
   part["dark"] = {{"levels", levels}};
   part["report"] = report_of(fit);
+  part["common_angle_error_degrees"] = rounded(fit.common_angle_error(), 1e4);
+  part["frames"] = frames_of(fit);
   return part;
 }
 

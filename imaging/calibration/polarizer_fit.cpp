@@ -175,6 +175,10 @@ ExtinctionRatio PolarizerFit::extinction(std::size_t polarizer) const {
   return {1.0 / std::max(1.0 / greatest_told, leakage + 2.0 * uncertainty), true};
 }
 
+double PolarizerFit::common_angle_error() const {
+  return (angle_error(0) + angle_error(1) + angle_error(2) + angle_error(3)) / 4.0;
+}
+
 double PolarizerFit::residual_of(std::size_t polarizer) const {
   double squares = 0.0;
   for (const PerPolarizer& residual : residuals) {
@@ -224,6 +228,7 @@ PolarizerFit fit_polarizers(const std::vector<SourceSample>& samples, bool stead
   }
   for (Eigen::Index frame = 0; frame < frames; ++frame) {
     result.source.push_back(model.source(frame) * mean_source);
+    result.angles.push_back(samples[static_cast<std::size_t>(frame)].angle_degrees);
     result.residuals.push_back({});
     for (std::size_t k = 0; k < 4; ++k) {
       result.residuals.back()[k] = left(frame, static_cast<Eigen::Index>(k)) * scale;

@@ -53,11 +53,15 @@ struct PolarizerFit {
   std::array<ResponseUncertainty, 4> uncertainties;
   /** Intensity of the source in each frame: pixel value behind an ideal polarizer that is aligned with the source's. */
   std::vector<double> source;
+  /** Angle of the source in each frame, degrees. */
+  std::vector<double> angles;
   /** Measured less fitted signal in each frame, as a share of the mean of `source`. */
   std::vector<PerPolarizer> residuals;
 
   /** Degrees by which a polarizer (0 to 3) is turned, from its nominal angle counter-clockwise; -90 to 90. */
   double angle_error(std::size_t polarizer) const;
+  /** Mean of the four: a turn of the sensor or of the source's scale, which no frame can tell apart. */
+  double common_angle_error() const;
   ExtinctionRatio extinction(std::size_t polarizer) const;
   /** Root mean square of the residuals of one polarizer. */
   double residual_of(std::size_t polarizer) const;

@@ -126,6 +126,18 @@ std::vector<std::string> CalibrationSeries::doubtful_frames(const PolarizerFit& 
                     steady_source ? ", and the source steady" : ""));
     }
   }
+  constexpr double doubtful_turn = 0.2;  // degrees
+  const double common = fit.common_angle_error();
+  double spread = 0.0;
+  for (std::size_t k = 0; k < 4; ++k) {
+    spread = std::max(spread, std::abs(fit.angle_error(k) - common));
+  }
+  if (std::abs(common) > std::max(doubtful_turn, spread)) {
+    doubts.push_back(
+        formatted("all four polarizers are turned by about %+.2f degrees; check the zero of the source's "
+                  "polarizer and how the camera is turned.",
+                  common));
+  }
   return doubts;
 }
 

@@ -32,7 +32,7 @@ class CalibrationSeries {
   /** Throws Failure when the angles or signals do not determine the responses, or contradict the layout. */
   PolarizerFit fit(bool steady_source) const;
 
-  /** A sentence for each frame that departs from the fit more than it should. */
+  /** A sentence for each frame that departs from the fit more than it should, and one if all polarizers are turned. */
   std::vector<std::string> doubtful_frames(const PolarizerFit& fit, bool steady_source) const;
 
   CameraCalibration calibration(const PolarizerFit& fit) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <set>
 #include <string>
@@ -11,6 +12,7 @@
 #include "frames/raw_frame.h"
 #include "processor/library.h"
 #include "processor/output_images.h"
+#include "processor/sampling.h"
 
 namespace nerova_zel {
 
@@ -24,6 +26,9 @@ struct TransformSettings {
   DepthChoice depth;
   /** Transform frames with many pixels beyond full scale, too. */
   bool allow_overflow = false;
+  /** Scale the 16-bit power for twice full scale, which P can reach: as the library does for one bit more. */
+  bool power_headroom = false;
+  Sampling sampling = Sampling::window;
   int output_maximum = 65535;
   std::optional<CameraCalibration> calibration;
   /** Transforms of each frame, for the time of the best. */
@@ -55,17 +60,23 @@ class FrameTransformer {
   /** Of its pixels, before any dark level is taken off. */
   const PixelCounts& counts() const { return counts_; }
   const OutputImages& outputs() const { return outputs_; }
+  /** Share of the pixels whose power is the output maximum, because it ends there; 0 without a power image. */
+  double clipped_power() const;
 
  private:
   /** Without their dark level where a calibration has one. */
   const std::vector<std::uint16_t>& pixels_to_transform();
   Timing transform();
+  void compute(const Frame& frame, ImageBuffers images);
+  void compute_bilinear_images(const Frame& frame, const ImageBuffers& images);
 
   const TransformSettings& settings_;
   const Library& library_;
   RawFrame frame_;
   /** The frame without its dark level. */
   std::vector<std::uint16_t> calibrated_;
+  /** Planes of P, S1 and S2, of which bilinear images are made. */
+  std::array<std::vector<float>, 3> windows_;
   Origin origin_;
   int bit_depth_ = 16;
   PixelCounts counts_;

@@ -24,6 +24,33 @@ void OutputImages::allocate(int width, int height) {
   }
 }
 
+void OutputImages::keep_superpixels() {
+  const auto width = static_cast<std::size_t>(width_);
+  const int halved_width = width_ / 2;
+  const int halved_height = height_ / 2;
+  const auto keep = [&](auto& image, std::size_t channels) {
+    std::size_t to = 0;
+    for (std::size_t y = 0; y < static_cast<std::size_t>(halved_height); ++y) {
+      for (std::size_t x = 0; x < static_cast<std::size_t>(halved_width); ++x) {
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+          image[to++] = image[channels * (2 * y * width + 2 * x) + channel];
+        }
+      }
+    }
+    image.resize(to);
+  };
+  for (const Output output : made_) {
+    const std::size_t channels = describe(output).channels;
+    if (describe(output).element == OutputElement::float32) {
+      keep(floats_[static_cast<std::size_t>(output)], channels);
+    } else {
+      keep(values_[static_cast<std::size_t>(output)], channels);
+    }
+  }
+  width_ = halved_width;
+  height_ = halved_height;
+}
+
 const std::uint16_t* OutputImages::values(Output output) const {
   const auto& image = values_[static_cast<std::size_t>(output)];
   return image.empty() ? nullptr : image.data();

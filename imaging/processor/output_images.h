@@ -24,6 +24,9 @@ class OutputImages {
   /** Where they are to be put. Valid until the next allocate. */
   ImageBuffers buffers(std::uint16_t output_maximum);
 
+  /** Keeps every second pixel of all images in both directions, from the first on, so that they have half the size. */
+  void keep_superpixels();
+
   int width() const { return width_; }
   int height() const { return height_; }
 

@@ -35,6 +35,17 @@ TEST_F(StatsTest, TextAndJsonTellTheSame) {
   EXPECT_NEAR(summary.at("all").at("mean_degree").get<double>(), 0.8 / 1.2, 1e-3);
 }
 
+TEST_F(StatsTest, TablesHaveTheNumbersOfTheDocument) {
+  write_even("a, \"one\".pgm", 0.8, 0.8, 85.0);
+  write_even("b.pgm", 0.0, 0.0, 0.0);
+  const RunResult result = run("stats --csv --layout 90 'a, \"one\".pgm' b.pgm");
+  EXPECT_EQ(result.output.find("name,pixels,mean_angle_degrees,resultant_length,"), 0U) << result.output;
+  EXPECT_NE(result.output.find("saturated_pixels_dolp,dark_pixels_frame"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("\n\"a, \"\"one\"\".pgm\",640,84.99"), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("\nb.pgm,640,,,,640,,640,"), std::string::npos) << result.output;
+  expect_refusal("stats --csv --json b.pgm", {"--json"}, 2);
+}
+
 TEST_F(StatsTest, WhatFailsLeavesTheDocumentWhole) {
   write_even("a.pgm", 0.0, 0.0, 0.0);
   const RunResult result = run("stats --json a.pgm missing.pgm");

@@ -98,6 +98,51 @@ TEST(LinearStokes, AnglesAreHalfThoseOfTheLibrarysPairs) {
   }
 }
 
+/** A frame of 2 x 2 cells that shows another light from column `edge` on. */
+RawFrame edge_frame(int edge) {
+  RawFrame frame{32, 16, 12, 16, {}};
+  const MosaicLayout layout(90);
+  for (int y = 0; y < frame.height; ++y) {
+    for (int x = 0; x < frame.width; ++x) {
+      const double angle = x < edge ? 20.0 : 110.0;
+      const double twice = 2.0 * (layout.angle_at(x, y) - angle) * 3.14159265358979 / 180.0;
+      frame.pixels.push_back(static_cast<std::uint16_t>(std::lround(1000.0 * (1.0 + 0.8 * std::cos(twice)))));
+    }
+  }
+  return frame;
+}
+
+// Away from the edge all samplings show the light. Bilinear pixels mix both sides over two columns, symmetrically,
+// where windows do over one; superpixels that begin at the edge mix nothing.
+TEST(Sampling, OfAnEdge) {
+  const Library library(NEROVA_LIBRARY);
+  for (const Sampling sampling : {Sampling::window, Sampling::superpixel, Sampling::bilinear}) {
+    TransformSettings settings;
+    settings.sampling = sampling;
+    FrameTransformer transformer(settings, library, {Output::angle, Output::azimuth, Output::dolp, Output::power});
+    transformer.frame() = edge_frame(16);
+    transformer.run("frame");
+    const OutputImages& made = transformer.outputs();
+    const bool halved = sampling == Sampling::superpixel;
+    ASSERT_EQ(made.width(), halved ? 16 : 32);
+    ASSERT_EQ(made.height(), halved ? 8 : 16);
+    for (int x = 0; x < made.width(); ++x) {
+      const int column = halved ? 2 * x : x;
+      const auto at = static_cast<std::size_t>(5 * made.width() + x);
+      const bool mixed = (sampling == Sampling::window && column == 15) ||
+                         (sampling == Sampling::bilinear && (column == 15 || column == 16));
+      if (mixed) {
+        EXPECT_LT(made.values(Output::dolp)[at], 0.6 * 65535) << column;
+        continue;
+      }
+      EXPECT_NEAR(made.floats(Output::angle)[at], column < 16 ? 20.0 : 110.0, 0.1) << column;
+      EXPECT_NEAR(made.values(Output::azimuth)[at] * 180.0 / 65535, column < 16 ? 110.0 : 20.0, 0.25) << column;
+      EXPECT_NEAR(made.values(Output::dolp)[at] / 65535.0, 0.8, 0.002) << column;
+      EXPECT_NEAR(made.values(Output::power)[at] / 65535.0, 2000.0 / 4095, 0.001) << column;
+    }
+  }
+}
+
 TEST(LinearStokes, AnglesAtTheEndsOfTheScale) {
   constexpr float infinity = HUGE_VALF;
   const struct {

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace nerova_zel {
+
+/** "info": what files of frames are. */
+void declare_info(CLI::App& app);
+
+}  // namespace nerova_zel
