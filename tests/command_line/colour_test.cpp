@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "file_texts.h"
+#include "frames/recording.h"
 #include "npy_file.h"
 #include "picture_file.h"
 #include "simulation/colour_scene.h"
@@ -88,6 +89,16 @@ TEST_F(ColourTest, FormatsNameThePatternAndContradictionsAreRefused) {
   }
   EXPECT_EQ(picture("merged/f_power_r.png"), picture("plain/f_power_r.png"));
   EXPECT_EQ(picture("merged/f_power_g.png").size(), 320U);
+  Recording recording;
+  recording.format = PixelFormat::mono12;
+  recording.size = {40, 32};
+  recording.layout = MosaicLayout(0);
+  recording.colour = ColourPattern::grbg;
+  recording.frames = 1;
+  write("f.raw.json", encode_recording(recording));
+  expect_success("transform f.raw --outputs power -o recorded");
+  EXPECT_EQ(picture("recorded/f_power_b.png"), picture("plain/f_power_b.png"));
+  expect_refusal("transform f.raw --colour RGGB --outputs power -o x", {"--colour RGGB", "GRBG"}, 2);
   expect_refusal("transform f.raw --raw 40x32 --pixel-format BayerGRPolarized12 --colour RGGB --outputs power -o x",
                  {"--colour RGGB", "GRBG"}, 2);
   for (const char* option : {"--merge-green", "--full-size", "--white-balance 1,1,1", "--outputs power-picture"}) {
