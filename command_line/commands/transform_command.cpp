@@ -114,8 +114,8 @@ void run_transform(TransformOptions& options) {
   }
   Products products = parse_products(options.product_list.value_or("all"));
   if (request.sampling == Sampling::superpixel) {
-    if (products.outputs.empty()) {
-      throw UsageError("--sampling superpixel makes no pictures to look at, and --outputs names nothing else.");
+    if (options.product_list.value_or("all").find("all") == std::string::npos && !products.pictures.empty()) {
+      throw UsageError("--sampling superpixel makes no pictures to look at; --outputs names one.");
     }
     products.pictures.clear();
   }

@@ -47,6 +47,13 @@ TEST_F(OutputsTest, ClippedPowerIsToldAndCanBeAvoided) {
   expect_refusal(command + "--bit-depth 16 --power-headroom --outputs power -o deep", {"16 bits", "--power-headroom"});
 }
 
+TEST_F(OutputsTest, SuperpixelsHaveHalfTheSizeAndNoPictures) {
+  ASSERT_EQ(run("transform frame.pgm --layout 90 --sampling superpixel --format npy -o half").exit_code, 0);
+  EXPECT_EQ(codes("half/frame_dolp.npy").size(), 16U * 8);
+  EXPECT_EQ(listing().count("half/frame_sheet.png"), 0U);
+  expect_refusal("transform frame.pgm --sampling superpixel --outputs dolp,sheet -o t", {"superpixel", "--outputs"}, 2);
+}
+
 TEST_F(OutputsTest, AzimuthImagesSayWhatTheirEndsMean) {
   for (const std::string format : {"png", "tiff", "npy"}) {
     const std::string command = "transform frame.pgm --layout 90 --output-max 4095 --outputs azimuth -o out --format ";
