@@ -25,8 +25,10 @@ constexpr long long most_bytes = 1'000'000'000;
 /** Cameras' names for the same bits are taken too, but not listed; those of colour cameras say a pattern. */
 void add_pixel_format(CLI::App* command, std::optional<PixelFormat>& format, std::optional<ColourPattern>& pattern,
                       const std::string& help) {
+  const auto formats = pixel_format_names();
   std::vector<std::string> names;
-  for (const auto& [name, known] : pixel_format_names()) {
+  names.reserve(formats.size());
+  for (const auto& [name, known] : formats) {
     names.push_back(name);
   }
   const auto parse = [names, &pattern](const std::string& text) -> std::optional<PixelFormat> {
