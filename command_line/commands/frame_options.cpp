@@ -54,6 +54,7 @@ void add_pixel_format(CLI::App* command, std::optional<PixelFormat>& format, std
 
 void add_layout(CLI::App* command, MosaicLayout& layout, bool* is_given) {
   std::vector<std::string> names;
+  names.reserve(mosaic_layouts.size());
   for (const int degrees : mosaic_layouts) {
     names.push_back(std::to_string(degrees));
   }
