@@ -15,9 +15,10 @@ struct NumberedFormat {
 };
 
 /** From the list of PFNC values that the EMVA publishes (PFNC.h). */
-constexpr std::array<NumberedFormat, 7> numbered_formats = {{{0x01080001, PixelFormat::mono8},
+constexpr std::array<NumberedFormat, 8> numbered_formats = {{{0x01080001, PixelFormat::mono8},
                                                              {0x01100003, PixelFormat::mono10},
                                                              {0x010A0046, PixelFormat::mono10p},
+                                                             {0x010C0004, PixelFormat::mono10_packed},
                                                              {0x01100005, PixelFormat::mono12},
                                                              {0x010C0047, PixelFormat::mono12p},
                                                              {0x010C0006, PixelFormat::mono12_packed},
@@ -26,9 +27,11 @@ constexpr std::array<NumberedFormat, 7> numbered_formats = {{{0x01080001, PixelF
 }  // namespace
 
 std::optional<CameraFormat> find_camera_format(const std::string& name, std::uint32_t number) {
-  for (const auto& [known, format] : pixel_format_names()) {
-    if (known == name) {
-      return CameraFormat{format, std::nullopt};
+  for (const auto& names : {pixel_format_names(), pixel_format_aliases()}) {
+    for (const auto& [known, format] : names) {
+      if (known == name) {
+        return CameraFormat{format, std::nullopt};
+      }
     }
   }
   for (const ColourFormat& known : colour_formats()) {

@@ -77,11 +77,16 @@ TEST_F(Recorder, KeepsTheFramesOfEveryFormat) {
                                      {"Mono16", PixelFormat::mono16},
                                      {"Mono10p", PixelFormat::mono10p},
                                      {"Mono12p", PixelFormat::mono12p},
-                                     {"Mono12Packed", PixelFormat::mono12_packed}}) {
+                                     {"Mono10Packed", PixelFormat::mono10_packed},
+                                     {"Mono12Packed", PixelFormat::mono12_packed},
+                                     // Known by its number only, and by its name only.
+                                     {"PolarizedMono", PixelFormat::mono12p},
+                                     {"BayerRGPolarized12p", PixelFormat::mono12p}}) {
     SCOPED_TRACE(name);
     const Recording recording = record_with(request_, {}, {name, 2000.0, std::nullopt, std::nullopt});
     EXPECT_EQ(recording.layout.phase(), MosaicLayout(135).phase());
     EXPECT_EQ(recording.exposure_us, 2000.0);
+    EXPECT_EQ(recording.colour.has_value(), name[0] == 'B');
     check_recording(3, format);
   }
 }

@@ -24,6 +24,9 @@ void write_description(const std::string& file) {
   std::string more;
   for (const auto& [name, number] : {std::pair<const char*, unsigned>{"Mono10p", 0x010A0046},
                                      {"Mono12p", 0x010C0047},
+                                     {"Mono10Packed", 0x010C0004},
+                                     {"PolarizedMono", 0x010C0047},
+                                     {"BayerRGPolarized12p", 0x810C7FFF},
                                      {"Mono12Packed", 0x010C0006},
                                      {"Unheard10", 0x010A7FFF}}) {
     more += "<EnumEntry Name=\"" + std::string(name) + "\" NameSpace=\"Standard\"><Value>" + std::to_string(number) +
