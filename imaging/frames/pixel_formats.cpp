@@ -4,6 +4,8 @@
 #include <array>
 #include <cstring>
 
+#include "frames/packed_vectors.h"
+
 namespace nerova_zel {
 
 namespace {
@@ -139,6 +141,10 @@ std::size_t byte_count(PixelFormat format, std::size_t pixels) {
 }
 
 void unpack(PixelFormat format, const unsigned char* bytes, std::size_t pixels, std::uint16_t* unpacked) {
+  const std::size_t done = unpack_vectors(format, bytes, byte_count(format, pixels), unpacked);
+  bytes += byte_count(format, done);
+  pixels -= done;
+  unpacked += done;
   switch (format) {
     case PixelFormat::mono8:
       std::copy(bytes, bytes + pixels, unpacked);
