@@ -51,6 +51,9 @@ else()
     set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
     set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "lib${NEROVA_PACKAGE_NAME} ${this_version}")
     set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
+    if(NEROVA_BUILD_CAMERAS)
+      set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS libaravis-0.8-0)  # loaded by record
+    endif()
     set(CPACK_COMPONENT_TOOL_DESCRIPTION "${PROJECT_DESCRIPTION} - command
  Reads frames from image files, writes images and a sheet of pictures; simulates frames.")
   endif()
