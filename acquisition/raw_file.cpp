@@ -1,62 +1,52 @@
 #include "raw_file.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <cstring>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "failure.h"
 
 namespace nerova_zel {
 
-RawFile::RawFile(const std::string& path, std::size_t frame_bytes, bool replace)
-    : path_(path),
-      frame_bytes_(frame_bytes),
-      descriptor_(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (replace ? O_TRUNC : O_EXCL), 0666)) {
-  if (descriptor_ < 0) {
-    fail("made");
+RawFile::RawFile(std::string path, std::size_t frame_bytes, bool replace)
+    : path_(std::move(path)), frame_bytes_(frame_bytes), replace_(replace), partial_(std::filesystem::path(path_)) {
+  check_free();
+  if (!partial_.open()) {
+    fail("made", errno);
   }
 }
 
-RawFile::~RawFile() {
-  if (descriptor_ >= 0) {
-    ::close(descriptor_);
+void RawFile::check_free() const {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path_, error);
+  if (!replace_ && std::filesystem::exists(status)) {
+    fail("made", EEXIST);
   }
-  if (frames_ == 0) {
-    unlink(path_.c_str());
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    throw Failure(path_ + " is no ordinary file; a recording needs one.");
   }
 }
 
-void RawFile::fail(const char* action) const {
-  throw Failure(path_ + " cannot be " + action + ": " + std::strerror(errno) + ".");
+void RawFile::fail(const char* action, int reason) const {
+  throw Failure(path_ + " cannot be " + action + ": " + std::generic_category().message(reason) + ".");
 }
 
 void RawFile::append(const unsigned char* frame) {
-  std::size_t written = 0;
-  while (written < frame_bytes_) {
-    const ssize_t part = write(descriptor_, frame + written, frame_bytes_ - written);
-    if (part < 0 && errno == EINTR) {
-      continue;
+  if (!partial_.write(frame, frame_bytes_)) {
+    const int reason = errno;
+    if (!partial_.truncate(frames_ * frame_bytes_)) {
+      fail("written, and its last frame is cut short", reason);
     }
-    if (part <= 0) {
-      const int reason = errno;
-      if (ftruncate(descriptor_, static_cast<off_t>(frames_ * frame_bytes_)) != 0) {
-        errno = reason;
-        fail("written, and its last frame is cut short");
-      }
-      errno = reason;
-      fail("written");
-    }
-    written += static_cast<std::size_t>(part);
+    fail("written", reason);
   }
   ++frames_;
 }
 
-void RawFile::close() {
-  if (::close(std::exchange(descriptor_, -1)) != 0) {
-    fail("written");
+void RawFile::publish() {
+  check_free();
+  if (!partial_.publish()) {
+    fail("written", errno);
   }
 }
 

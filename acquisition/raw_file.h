@@ -4,32 +4,35 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/partial_file.h"
+
 namespace nerova_zel {
 
-/** A new file of frames of equal size. For one thread. */
+/**
+ * A file of frames of equal size that appears when it is published; until then, and if it never is, a file that has its
+ * name stays as it is. For one thread.
+ */
 class RawFile {
  public:
-  /** Throws Failure where the file cannot be made; one that is there already stays, unless it is to be replaced. */
-  RawFile(const std::string& path, std::size_t frame_bytes, bool replace);
-  /** Removes a file without frames. */
-  ~RawFile();
-  RawFile(const RawFile&) = delete;
-  RawFile& operator=(const RawFile&) = delete;
+  /** Throws Failure where the file cannot be made, or is there already and not to be replaced. */
+  RawFile(std::string path, std::size_t frame_bytes, bool replace);
 
   /** Appends a frame. Throws Failure, where the file keeps the whole frames before it. */
   void append(const unsigned char* frame);
 
-  /** Closes it. Throws Failure where the system says only now that it could not write. */
-  void close();
+  /** Gives the file its name. At most once, at the end. Throws Failure. */
+  void publish();
 
   std::uint64_t frames() const { return frames_; }
 
  private:
-  [[noreturn]] void fail(const char* action) const;
+  void check_free() const;
+  [[noreturn]] void fail(const char* action, int reason) const;
 
   std::string path_;
   std::size_t frame_bytes_;
-  int descriptor_;
+  bool replace_;
+  PartialFile partial_;
   std::uint64_t frames_ = 0;
 };
 

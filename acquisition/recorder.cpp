@@ -30,12 +30,16 @@ class Recorder {
       camera_.start(buffers);
       receive_into(file);
       camera_.stop();
-      file.close();
     } catch (const Failure&) {
       failure = std::current_exception();
       camera_.stop();
     }
-    describe();
+    recording_.incomplete_frames = camera_.incomplete_frames();
+    recording_.dropped_frames = camera_.dropped_frames();
+    if (recording_.frames > 0) {
+      file.publish();
+      describe();
+    }
     if (failure) {
       std::rethrow_exception(failure);
     }
@@ -78,12 +82,7 @@ class Recorder {
     }
   }
 
-  void describe() {
-    recording_.incomplete_frames = camera_.incomplete_frames();
-    recording_.dropped_frames = camera_.dropped_frames();
-    if (recording_.frames == 0) {
-      return;
-    }
+  void describe() const {
     const std::string text = encode_recording(recording_);
     FileSet files;
     files.write(request_.file + recording_ending, Bytes(text.begin(), text.end()));

@@ -32,6 +32,9 @@ class PartialFile {
 
   bool write(const void* data, std::size_t size);
 
+  /** Cuts what was written to its first `size` bytes, after a write that failed halfway. */
+  bool truncate(std::uint64_t size);
+
   /** Gives the file its place's name, in one step; a file that had the name is replaced. */
   bool publish();
 

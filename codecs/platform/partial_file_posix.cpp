@@ -111,6 +111,8 @@ bool PartialFile::write(const void* data, std::size_t size) {
   return true;
 }
 
+bool PartialFile::truncate(std::uint64_t size) { return ftruncate(descriptor_, static_cast<off_t>(size)) == 0; }
+
 bool PartialFile::publish() {
   struct stat own {};
   if (fstat(descriptor_, &own) != 0) {

@@ -1,6 +1,8 @@
 // Recordings of a camera that speaks GigE Vision on the loopback interface.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -121,9 +123,35 @@ TEST_F(Recorder, RefusesInOneSentence) {
   EXPECT_THROW(record_with(request_, {}, {"Unheard10", std::nullopt, std::nullopt, std::nullopt}), Failure);
   EXPECT_THROW(record_with(request_, {}, {"Mono13", std::nullopt, std::nullopt, std::nullopt}), Failure);
   EXPECT_FALSE(fs::exists(request_.file));
-  request_.file = "/dev/full";
   request_.replace = true;
-  EXPECT_THROW(record_with(request_), Failure);
+  const CameraChoices known{"Mono8", std::nullopt, std::nullopt, std::nullopt};
+  for (const std::string place : {"/dev/full", "/nowhere/recording.raw"}) {
+    request_.file = place;
+    EXPECT_THROW(record_with(request_, {}, known), Failure);
+  }
+  EXPECT_TRUE(fs::exists("/dev/full"));
+}
+
+// A limit on the size of files stands in for a full disk.
+TEST_F(Recorder, KeepsWholeFramesWhereTheDiskIsFullAndEarlierFilesWhereNoneCame) {
+  request_.frames = 5;
+  request_.replace = true;
+  const CameraChoices choices{"Mono8", std::nullopt, std::nullopt, std::nullopt};
+  const auto record_with_room = [&](double frames) {
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit room{static_cast<rlim_t>(frames * 512 * 512), before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &room);
+    EXPECT_THROW(record_with(request_, {}, choices), Failure);
+    setrlimit(RLIMIT_FSIZE, &before);
+  };
+  record_with_room(2.5);
+  check_recording(2, PixelFormat::mono8);
+  const std::string earlier = content(request_.file);
+  record_with_room(0.5);
+  EXPECT_TRUE(content(request_.file) == earlier);
+  check_recording(2, PixelFormat::mono8);
 }
 
 }  // namespace
