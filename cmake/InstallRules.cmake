@@ -68,3 +68,5 @@ else()
 endif()
 install(FILES README.md CHANGELOG.md DESTINATION ${documents_folder})
 install(DIRECTORY docs examples DESTINATION ${documents_folder} PATTERN developer EXCLUDE)
+# As sources: users build it for their .NET.
+install(DIRECTORY bindings/dotnet DESTINATION ${documents_folder}/bindings PATTERN CMakeLists.txt EXCLUDE)
