@@ -48,7 +48,7 @@ set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/nerova_polarization_processor)
 install(EXPORT nerova_polarization_processor NAMESPACE Nerova:: DESTINATION ${package_folder}
   FILE nerova_polarization_processor-targets.cmake)
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config-version.cmake
-  COMPATIBILITY SameMajorVersion)
+  COMPATIBILITY SameMinorVersion)
 install(FILES
   ${PROJECT_SOURCE_DIR}/cmake/nerova_polarization_processor-config.cmake
   ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor-config-version.cmake

@@ -37,7 +37,13 @@ int complain(const std::string& sentence, int code) {
 void declare_commands(CLI::App& app) {
   app.formatter(std::make_shared<HelpPage>());  // before the commands, which take it from here
   app.require_subcommand(1);
-  app.set_version_flag("--version", version_text, "Print the version, and what will compute frames on this computer");
+  // Declared, and therefore taken, before the flag that uses it.
+  auto library = std::make_shared<std::string>();
+  CLI::Option* const path =
+      app.add_option("--library", *library, "With --version: the library to tell of")->type_name("FILE");
+  path->needs(app.set_version_flag(
+      "--version", [library] { return version_text(*library); },
+      "Print the version, and what will compute frames on this computer"));
   app.add_flag_callback(
       "--list-formats", [] { throw CLI::CallForVersion(format_list(), 0); },
       "Print the pixel formats that are read and the outputs that are written");

@@ -7,12 +7,13 @@
 
 namespace nerova_zel {
 
-std::string version_text() {
+std::string version_text(const std::string& path) {
   std::string library_line;
   std::string route;
   try {
-    Library library("");
-    library_line = library.path() + " (it does not tell its version)";
+    Library library(path);
+    const std::string version = library.version();
+    library_line = (version.empty() ? "of unknown version" : version) + ", " + library.path();
     route = route_of(library);
   } catch (const Failure&) {
     library_line = "none: " + describe_current_failure();

@@ -1,4 +1,6 @@
 // The same functions as those that draw, for programs that load them when the first picture is drawn.
+#include <filesystem>
+
 #include "failure.h"
 #include "picture_module.h"
 #include "processor/dynamic_module.h"
@@ -18,8 +20,10 @@ const DynamicModule& load_module(const std::string& path) {
   }
 }
 
+std::string module_path() { return find_module("nerova_zel_pictures.so", "nerova-polarize"); }
+
 const PictureFunctions& load() {
-  const std::string path = find_module("nerova_zel_pictures.so", "nerova-polarize");
+  const std::string path = module_path();
   static const DynamicModule& module = load_module(path);
   const auto get = reinterpret_cast<GetPictureFunctions>(module.find("nerova_zel_pictures"));
   if (get == nullptr) {
@@ -99,7 +103,17 @@ Picture draw_calibration(const PolarizerFit& fit, const std::vector<double>& ang
   return loaded().draw_calibration(fit, angles, name);
 }
 
-bool can_draw() { return true; }
+bool can_draw() {
+  if (std::filesystem::u8path(module_path()).has_parent_path()) {
+    return true;  // found; to load it would take longer than a run that draws nothing
+  }
+  try {
+    loaded();
+    return true;
+  } catch (const Failure&) {
+    return false;
+  }
+}
 
 void draw_in_one_thread() { one_thread = true; }
 

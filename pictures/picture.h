@@ -11,7 +11,7 @@ struct Picture {
   std::vector<unsigned char> pixels;
 };
 
-/** Whether this build has the drawing library; without it every function that draws throws Failure. */
+/** Whether what draws is built and installed; without it every function that draws throws Failure. */
 bool can_draw();
 
 /** Has each picture drawn by the thread that asks for it, for programs that draw several at once. */

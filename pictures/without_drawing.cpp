@@ -9,7 +9,7 @@ namespace nerova_zel {
 namespace {
 
 [[noreturn]] void refuse() {
-  throw Failure("this program was built without OpenCV, and draws no sheets, azimuth pictures, legends and plots.");
+  throw Failure("what draws sheets, azimuth pictures, legends and plots is not installed.");
 }
 
 }  // namespace

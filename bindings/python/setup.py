@@ -34,9 +34,9 @@ LIBC_OF_LIBSTDCXX = {29: (2, 34), 30: (2, 35), 31: (2, 38), 32: (2, 38), 33: (2,
 
 
 def version() -> str:
-    text = (ROOT / "CMakeLists.txt").read_text()
-    found = re.search(r"^project\(\w+ VERSION ([0-9.]+)", text, re.MULTILINE)
-    assert found, "CMakeLists.txt has no version"
+    text = (ROOT / "include" / "nerova_zel" / "polarization_processor.h").read_text()
+    found = re.search(r'^#define NEROVA_ZEL_POLARIZATION_PROCESSOR_VERSION "([0-9.]+)"', text, re.MULTILINE)
+    assert found, "the header states no version"
     return found[1]
 
 

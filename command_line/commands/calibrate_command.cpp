@@ -145,7 +145,7 @@ void write_calibration(const CalibrateOptions& options, const fs::path& plot_fil
   const Interruption interruption;
   FileSet files(options.force ? FileSet::Earlier::replaced : FileSet::Earlier::refused);
   files.write(options.file, {{text.data(), text.size()}});
-  std::string plot = "and no plot: this program was built without OpenCV";
+  std::string plot = "and no plot: what draws it is not installed";
   if (can_draw()) {
     const std::string name = fs::path(options.file).filename().string();
     files.write(plot_file,

@@ -166,7 +166,9 @@ Products parse_products(const std::string& text) {
     throw UsageError("--outputs is empty; " + choice());
   }
   if (!products.pictures.empty() && !can_draw()) {
-    throw UsageError("--outputs " + text + " asks for pictures to look at, and this program was built without OpenCV.");
+    throw UsageError(
+        "--outputs " + text +
+        " asks for pictures to look at, and what draws them is not installed (on Debian: nerova-polarize-pictures).");
   }
   return products;
 }

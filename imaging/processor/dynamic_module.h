@@ -16,6 +16,9 @@ class DynamicModule {
   /** The address of an exported name; NULL if there is none. */
   void* find(const char* name) const;
 
+  /** The version that its file states, such as "0.1.0"; empty if it states none. */
+  std::string version() const;
+
  private:
   void* module_;
 };

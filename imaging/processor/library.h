@@ -20,6 +20,9 @@ class Library {
   /** Where it was opened, or the name that the system found it by. */
   const std::string& path() const { return path_; }
 
+  /** The version that its file states; empty if it states none. */
+  std::string version() const { return module_.version(); }
+
   /** Thread-safe. On more than one thread the frame is computed in bands, with the same bits. */
   void transform(const Frame& frame, const Outputs& outputs, int threads = 1) const;
 

@@ -26,6 +26,12 @@
 
 #include <stdint.h> /* NOLINT(modernize-deprecated-headers): C callers have no <cstdint> */
 
+/**
+ * The version of this header. A library states its own in its file: a DLL in its version resource, an ELF file in a
+ * note (readelf -n), owner "NerovaZel", type 1, a zero-terminated text like this one.
+ */
+#define NEROVA_ZEL_POLARIZATION_PROCESSOR_VERSION "0.1.0"
+
 #if defined(_WIN32)
 #define NV_POLARIZATION_PROCESSOR_CALL __cdecl
 #else

@@ -19,7 +19,7 @@ def build_wheel(tree, folder):
         copy = pathlib.Path(name) / "bindings" / "python"
         left = shutil.ignore_patterns("build", "*.egg-info", "__pycache__")
         shutil.copytree(ROOT / "bindings" / "python", copy, ignore=left)
-        shutil.copy(ROOT / "CMakeLists.txt", name)
+        shutil.copytree(ROOT / "include", pathlib.Path(name) / "include")  # states the version
         made = pathlib.Path(name) / "made"
         command = [sys.executable, "-m", "pip", "wheel", "--quiet", "--no-build-isolation", "--no-deps", "--no-index"]
         environment = {**os.environ, "NEROVA_BUILD_TREE": str(pathlib.Path(tree).resolve())}

@@ -53,7 +53,7 @@ def check_exports(arguments):
 def check_baseline(arguments):
     faults = []
     for path in arguments.objects:
-        if path.endswith(".res"):  # a version resource holds no code
+        if path.endswith((".res", "version_note.c.o")):  # what states the version holds no code
             continue
         seen = 0
         for mnemonic, operands in instructions(path):
@@ -113,7 +113,7 @@ def check_windows(arguments):
 
 
 def check_hardened(arguments):
-    """Nothing both writable and executable, no pointer to code that stays writable, stacks watched over."""
+    """Nothing writable and executable, no pointer to code that stays writable, stacks watched over, a version."""
     library = arguments.library
     with open(library, "rb") as file:
         content = file.read()
@@ -127,6 +127,8 @@ def check_hardened(arguments):
     dynamic = run("readelf", "-dW", library)
     if "BIND_NOW" not in dynamic and not re.search(r"FLAGS_1.*NOW", dynamic):
         faults.append(f"{library}: binds functions late")
+    if f"\1\0\0\0NerovaZel\0\0\0{arguments.version}\0".encode() not in content:
+        faults.append(f"{library}: has no note of version {arguments.version}")
     if "TEXTREL" in dynamic:
         faults.append(f"{library}: code is relocated")
 
@@ -194,6 +196,7 @@ def main():
 
     hardened = checks.add_parser("hardened", help=check_hardened.__doc__)
     hardened.add_argument("library")
+    hardened.add_argument("--version", required=True)
     hardened.add_argument("--landing", action="store_true", help="indirect calls land on ENDBR64")
     hardened.add_argument("--calls", action="append", default=[], help="a guard that the code must call")
     hardened.set_defaults(check=check_hardened)

@@ -50,6 +50,10 @@ TEST_F(ProgramTest, VersionTellsTheRouteThatFramesTake) {
   const std::string beside_plugins = said("--version");
   EXPECT_EQ(beside_plugins.rfind("nerova-polarize " NEROVA_VERSION "\n", 0), 0U) << beside_plugins;
   EXPECT_NE(beside_plugins.find(NEROVA_LIBRARY), std::string::npos) << beside_plugins;
+  const std::string other = said("--version --library '" NEROVA_BUILT_IN_ONLY_LIBRARY "'");
+  EXPECT_NE(other.find("\nlibrary    " NEROVA_VERSION ", " NEROVA_BUILT_IN_ONLY_LIBRARY "\n"), std::string::npos)
+      << other;
+  EXPECT_EQ(shell("\"$tool\" --library x stats missing.png > out 2> errors"), 2);
   const char* const route = plugin_serves() ? "route +(AVX2|AVX-512) plugin" : "route +built-in kernels, SSE";
   EXPECT_TRUE(std::regex_search(beside_plugins, std::regex(route))) << beside_plugins;
   fs::copy_file(NEROVA_TOOL, path("tool"));
