@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Makes the packages of a build, unpacks them into an empty place, and from that alone builds and runs consumers: by
-the CMake package, by the pkg-config file, and for Windows by the linker of another toolchain."""
+the CMake package, by the pkg-config file, and for Windows by a stand-in for Visual C++."""
 
 import argparse
 import os
@@ -31,17 +31,17 @@ def unpack(build, place):
     return place / "root" / "usr"
 
 
-def consume_by_cmake(arguments, tree, example, program):
-    """Two programs: one in C, one in C++ by the header for it."""
-    folder = program.parent / "by-cmake"
-    run("cmake", "-G", "Ninja", "-S", pathlib.Path(__file__).parent, "-B", folder, f"-DEXAMPLES={example.parent}",
-        f"-DCMAKE_TOOLCHAIN_FILE={arguments.toolchain}", f"-DCMAKE_PREFIX_PATH={tree}",
-        f"-DCMAKE_FIND_ROOT_PATH={tree}", stdout=subprocess.DEVNULL)
+def build_by_cmake(source, folder, *settings):
+    run("cmake", "-G", "Ninja", "-S", source, "-B", folder, *settings, stdout=subprocess.DEVNULL)
     run("cmake", "--build", folder, stdout=subprocess.DEVNULL)
-    programs = [program.with_stem(f"{program.stem}_{language}") for language in ("c", "cpp")]
-    for made in programs:
-        shutil.copy(folder / f"consumer_{made.stem.rpartition('_')[2]}{made.suffix}", made)
-    return programs
+
+
+def consume_by_cmake(arguments, tree, example, program):
+    """The packed examples, in C and in C++ by the header for it."""
+    folder = program.parent / "by-cmake"
+    build_by_cmake(example.parent, folder, f"-DCMAKE_TOOLCHAIN_FILE={arguments.toolchain}", f"-DCMAKE_PREFIX_PATH={tree}",
+                   f"-DCMAKE_FIND_ROOT_PATH={tree}")
+    return [folder / f"{name}{program.suffix}" for name in ("first_frame", "first_frame_cpp")]
 
 
 def consume_by_pkg_config(arguments, tree, example, program):
@@ -52,15 +52,15 @@ def consume_by_pkg_config(arguments, tree, example, program):
     return [program]
 
 
-def consume_by_other_linker(arguments, tree, emulator, program):
-    object_file = program.with_suffix(".obj")
-    run("clang", f"--target={arguments.other_target}", "-ffreestanding", "-I", tree / "include", "-c",
-        pathlib.Path(__file__).parent / "freestanding.c", "-o", object_file)
-    run("lld-link", "/nodefaultlib", "/entry:start", "/subsystem:console", f"/out:{program}", object_file,
-        tree / "lib" / "nerova_zel_polarization_processor.lib")
+def consume_by_visual_cpp(arguments, tree, emulator, folder):
+    """Clang and LLD stand in for it: the import libraries, the calling convention and the C++ header."""
+    source = pathlib.Path(__file__).parent / "visual_cpp"
+    build_by_cmake(source, folder, f"-DCMAKE_TOOLCHAIN_FILE={source / 'toolchain.cmake'}",
+                   f"-DNEROVA_TARGET={arguments.visual_cpp_target}", f"-DCMAKE_PREFIX_PATH={tree}")
+    program = shutil.copy(folder / "client.exe", tree / "bin")
     code = subprocess.run([*emulator, program]).returncode
     if code != 100:
-        sys.exit(f"{program.name} ended with {code}")
+        sys.exit(f"the program of the stand-in for Visual C++ ended with {code}")
 
 
 def check_contents(tree, library):
@@ -81,7 +81,7 @@ def main():
     parser.add_argument("--compiler", required=True)
     parser.add_argument("--flags", default="", help="compiler flags of that build, such as -m32")
     parser.add_argument("--emulator", default="", help="what runs its programs")
-    parser.add_argument("--other-target", help="target of clang for a consumer of the other import library")
+    parser.add_argument("--visual-cpp-target", help="what clang calls the target in the place of Visual C++")
     arguments = parser.parse_args()
     emulator = arguments.emulator.split(";") if arguments.emulator else []
 
@@ -99,8 +99,8 @@ def main():
         for consume in (consume_by_cmake, consume_by_pkg_config):
             for program in consume(arguments, tree, example, programs / f"{consume.__name__}{suffix}"):
                 run(*emulator, program, env=dict(os.environ, LD_LIBRARY_PATH="" if windows else str(library.parent)))
-        if arguments.other_target:
-            consume_by_other_linker(arguments, tree, emulator, programs / "other.exe")
+        if arguments.visual_cpp_target:
+            consume_by_visual_cpp(arguments, tree, emulator, place / "by-visual-cpp")
 
         tool = tree / "bin" / "nerova-polarize"
         if tool.exists():  # It finds the library by itself.
