@@ -1,1 +1,119 @@
-document.title = 'nerova-polarize view';
+/** Starts the page: what there is, the tables, then everything that shows it. */
+import { fetchSession, fetchTables } from './api.js';
+import { ColourTables, TableMaker } from './colours.js';
+import { followKeys, makeCommands } from './commands.js';
+import { connectControls } from './controls.js';
+import { byId } from './elements.js';
+import { fillHelp } from './help.js';
+import { linkText, stateFromLink } from './link.js';
+import { followLive } from './live.js';
+import { showPixelValues } from './pixel_readout.js';
+import { play } from './playback.js';
+import { followPointers } from './pointer.js';
+import { showRegion } from './region_panel.js';
+import { saveNumbers, savePicture, saveScreen } from './save.js';
+import { showSeries } from './series_panel.js';
+import { Stage } from './stage.js';
+import { initialState, Store } from './state.js';
+import { say, showStatus } from './status.js';
+import { applyTheme, followTheme, switchTheme } from './theme.js';
+
+applyTheme();
+
+async function start() {
+  const [session, encoded] = await Promise.all([fetchSession(), fetchTables()]);
+  const tables = new TableMaker(new ColourTables(encoded));
+  const [address, option] = location.hash.slice(1).split('!');
+  const first = initialState(session, matchMedia('(max-width: 760px)').matches);
+  const store = new Store({ ...first, ...(address ? stateFromLink(address, session, first) : {}) });
+
+  /** @param {import('./types.js').Settings} settings */
+  const nameOf = (settings) => {
+    const { name, frames } = session.sources[settings.source];
+    const calibration = session.calibrations[settings.calibration];
+    return [name, frames > 1 ? `frame ${settings.frame}` : '', `layout ${settings.layout}°`, settings.calibration ? calibration : ''].filter(Boolean).join(', ');
+  };
+  const frameName = () => {
+    const { source, frame } = store.edited;
+    const { name, frames } = session.sources[source];
+    return name.replace(/\.[^.]*$/, '') + (frames > 1 ? `_${String(frame).padStart(6, '0')}` : '');
+  };
+  const stage = new Stage(store, session, tables, nameOf, option === 'canvas');
+  document.documentElement.dataset.painter = stage.painter.name;
+
+  const values = showPixelValues(stage);
+  const region = showRegion(stage);
+  const series = showSeries(stage, session);
+  const redraw = () => {
+    region.redraw();
+    series.redraw();
+  };
+  /** @param {Promise<void>} work */
+  const tried = (work) => {
+    work.catch((failure) => say(failure instanceof Error ? failure.message : String(failure)));
+  };
+  const help = byId('help-dialog', HTMLDialogElement);
+  const actions = {
+    help: () => (help.open ? help.close() : help.showModal()),
+    close: () => help.close(),
+    theme: () => {
+      switchTheme();
+      redraw();
+    },
+    link: () => {
+      writeLink();
+      navigator.clipboard.writeText(location.href).then(() => say('The link is copied.'), () => say(`The link: ${location.href}`));
+    },
+    picture: () => tried(savePicture(stage, frameName())),
+    screen: () => tried(saveScreen(stage, frameName())),
+    numbers: () => saveNumbers(stage, /** @type {'npy' | 'csv'} */ (byId('number-format', HTMLSelectElement).value)),
+    /** @param {import('./types.js').Point} pixel */
+    series: (pixel) => tried(series.show(pixel)),
+  };
+  const controls = connectControls(stage, session, actions);
+  const commands = makeCommands(stage, session, actions);
+  followKeys(commands);
+  fillHelp(commands);
+  followPointers(stage, store, (pixel) => actions.series(pixel));
+  showStatus(stage, session);
+  play(stage, session);
+  followTheme(redraw);
+  byId('help-close', HTMLButtonElement).addEventListener('click', actions.close);
+
+  let written = '';
+  function writeLink() {
+    written = linkText(store.state, session) + (option ? `!${option}` : '');
+    history.replaceState(null, '', `#${written}`);
+  }
+  /** @type {ReturnType<typeof setTimeout> | undefined} */
+  let writing;
+  store.subscribe(() => {
+    clearTimeout(writing);
+    writing = setTimeout(writeLink, 250);
+  });
+  addEventListener('hashchange', () => {
+    const text = location.hash.slice(1);
+    if (text !== written) {
+      store.update(stateFromLink(text.split('!')[0], session, store.state));
+    }
+  });
+
+  const check = () => {
+    const failed = session.sources.find(({ error }) => error !== null);
+    const unreadable = byId('unreadable', HTMLElement);
+    unreadable.textContent = failed?.error ?? '';
+    unreadable.hidden = !failed;
+  };
+  check();
+  followLive(stage, session, () => {
+    values.tiles.clear();
+    controls.sourcesChanged();
+    check();
+  });
+}
+
+start().catch((failure) => {
+  const unreadable = byId('unreadable', HTMLElement);
+  unreadable.textContent = failure instanceof Error ? failure.message : String(failure);
+  unreadable.hidden = false;
+});

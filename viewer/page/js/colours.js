@@ -1,0 +1,188 @@
+/**
+ * From values to colours, by the tool's tables and rounding (docs/pictures.md). Every 16-bit value gets its entry once;
+ * painting is then lookups and whole numbers, the same on both painters.
+ *
+ * @import {MapName} from './types.js'
+ *
+ * Entries of 4 bytes for each 16-bit value: red, green, blue, and a level of 0 to 255 for mixing.
+ * @typedef {Uint8Array<ArrayBuffer>} ValueTable
+ */
+
+/** The tool's tables, as they come from the server. */
+export class ColourTables {
+  /** @param {Record<string, {entries: number, rgb: string}>} encoded */
+  constructor(encoded) {
+    /** @type {Record<string, Uint8Array>} */
+    this.rgb = {};
+    for (const [name, table] of Object.entries(encoded)) {
+      this.rgb[name] = Uint8Array.from(atob(table.rgb), (character) => character.charCodeAt(0));
+    }
+  }
+
+  /**
+   * The place in a table of the entry nearest to a share of 0 to 1.
+   *
+   * @param {string} name
+   * @param {number} share
+   */
+  place(name, share) {
+    const entries = this.rgb[name].length / 3;
+    return Math.round((entries - 1) * Math.min(1, Math.max(0, share || 0)));
+  }
+}
+
+/** How many 16-bit values there are. */
+const values = 65536;
+
+/**
+ * Colours of a quantity from 0 to where its scale ends. The level is the share in 255 steps, or the grey's brightness.
+ *
+ * @param {ColourTables} tables
+ * @param {MapName} map
+ * @param {number} maximum the value that is a share of 1
+ * @param {number} end the share at the scale's end
+ * @param {'share' | 'grey'} level
+ * @param {boolean} limited whether values above the maximum count as it
+ * @returns {ValueTable}
+ */
+export function scaledTable(tables, map, maximum, end, level, limited = true) {
+  const table = new Uint8Array(4 * values);
+  const rgb = tables.rgb[map];
+  const greys = tables.rgb.grey;
+  for (let value = 0; value < values; ++value) {
+    const share = (limited ? Math.min(value, maximum) : value) / maximum / end;
+    const from = 3 * tables.place(map, share);
+    table[4 * value] = rgb[from];
+    table[4 * value + 1] = rgb[from + 1];
+    table[4 * value + 2] = rgb[from + 2];
+    table[4 * value + 3] = level === 'grey' ? greys[3 * tables.place('grey', share)] : Math.round(255 * Math.min(1, share));
+  }
+  return table;
+}
+
+/**
+ * Hues of the azimuth image.
+ *
+ * @param {ColourTables} tables
+ * @param {number} maximum
+ * @returns {ValueTable}
+ */
+export function hueTable(tables, maximum) {
+  const table = new Uint8Array(4 * values);
+  const rgb = tables.rgb.hue;
+  const entries = rgb.length / 3;
+  for (let value = 0; value < values; ++value) {
+    const turns = (180 * (Math.min(value, maximum) / maximum) - 90) / 180;
+    const entry = Math.round(entries * (turns - Math.floor(turns))) % entries;
+    table.set(rgb.subarray(3 * entry, 3 * entry + 3), 4 * value);
+    table[4 * value + 3] = 255;
+  }
+  return table;
+}
+
+/**
+ * Colours of S1 / P and S2 / P, 257 from -end to +end.
+ *
+ * @param {ColourTables} tables
+ * @returns {ValueTable}
+ */
+export function divergingTable(tables) {
+  const rgb = tables.rgb.diverging;
+  const table = new Uint8Array((4 * rgb.length) / 3);
+  for (let entry = 0; entry < rgb.length / 3; ++entry) {
+    table.set(rgb.subarray(3 * entry, 3 * entry + 3), 4 * entry);
+    table[4 * entry + 3] = 255;
+  }
+  return table;
+}
+
+/**
+ * The entry of the diverging table for a value as a share of its scale's end; not a number counts as 0.
+ *
+ * @param {number} share
+ */
+export function divergingPlace(share) {
+  return Math.round(256 * (0.5 + 0.5 * Math.min(1, Math.max(-1, share || 0))));
+}
+
+/** What the styles are in both painters, by number. */
+export const styleNumbers = { plain: 0, light: 1, dark: 2, composite: 3 };
+
+/**
+ * One channel of a coloured angle: `hue`, `degree` and `grey` are 0 to 255.
+ *
+ * @param {number} style
+ * @param {number} hue
+ * @param {number} degree
+ * @param {number} grey
+ */
+export function mixedChannel(style, hue, degree, grey) {
+  switch (style) {
+    case styleNumbers.light:
+      return ((65152 - (255 - hue) * degree) / 255) | 0;
+    case styleNumbers.dark:
+      return ((hue * degree + 127) / 255) | 0;
+    case styleNumbers.composite:
+      return ((grey * 65025 + 32512 - degree * grey * (255 - hue)) / 65025) | 0;
+    default:
+      return hue;
+  }
+}
+
+/**
+ * Every table that panels of one look are painted by.
+ *
+ * @typedef {{raw: ValueTable, power: ValueTable, degree: ValueTable, hue: ValueTable, diverging: ValueTable, style: number,
+ *   signedEnd: number}} PanelTables
+ *
+ * @typedef {{style: number, degreeEnd: number, powerEnd: number, rawEnd: number, lightMap: MapName, degreeMap: MapName,
+ *   fullScale: number, outputMaximum: number}} Look
+ */
+
+/** Makes tables and keeps those in use: a changed end costs one table. */
+export class TableMaker {
+  /** @param {ColourTables} tables */
+  constructor(tables) {
+    this.tables = tables;
+    this.diverging = divergingTable(tables);
+    /** @type {Map<string, ValueTable>} */
+    this.kept = new Map();
+  }
+
+  /**
+   * @param {string} key
+   * @param {() => ValueTable} make
+   */
+  keep(key, make) {
+    const known = this.kept.get(key);
+    if (known) {
+      return known;
+    }
+    if (this.kept.size > 40) {
+      this.kept.delete(/** @type {string} */ (this.kept.keys().next().value));
+    }
+    const table = make();
+    this.kept.set(key, table);
+    return table;
+  }
+
+  /**
+   * @param {Look} look
+   * @returns {PanelTables}
+   */
+  make(look) {
+    const { outputMaximum: maximum, lightMap, degreeMap } = look;
+    return {
+      raw: this.keep(`raw ${lightMap} ${look.fullScale} ${look.rawEnd}`, () =>
+        scaledTable(this.tables, lightMap, look.fullScale, look.rawEnd, 'grey', false)),
+      power: this.keep(`power ${lightMap} ${maximum} ${look.powerEnd}`, () =>
+        scaledTable(this.tables, lightMap, maximum, look.powerEnd, 'grey')),
+      degree: this.keep(`degree ${degreeMap} ${maximum} ${look.degreeEnd}`, () =>
+        scaledTable(this.tables, degreeMap, maximum, look.degreeEnd, 'share')),
+      hue: this.keep(`hue ${maximum}`, () => hueTable(this.tables, maximum)),
+      diverging: this.diverging,
+      style: look.style,
+      signedEnd: look.degreeEnd,
+    };
+  }
+}

@@ -1,0 +1,31 @@
+/**
+ * All frames of all files as one row, which the slider runs along.
+ *
+ * @import {Session, Settings} from './types.js'
+ */
+
+/** @param {Session} session */
+export function frameCount(session) {
+  return session.sources.reduce((sum, source) => sum + Math.max(1, source.frames), 0);
+}
+
+/** @param {Session} session @param {Settings} settings */
+export function placeOf(session, settings) {
+  return session.sources.slice(0, settings.source).reduce((sum, source) => sum + Math.max(1, source.frames), settings.frame);
+}
+
+/**
+ * @param {Session} session
+ * @param {number} place limited to what there is
+ * @returns {{source: number, frame: number}}
+ */
+export function frameAt(session, place) {
+  let left = Math.min(frameCount(session) - 1, Math.max(0, place));
+  for (const [source, { frames }] of session.sources.entries()) {
+    if (left < Math.max(1, frames)) {
+      return { source, frame: left };
+    }
+    left -= Math.max(1, frames);
+  }
+  return { source: 0, frame: 0 };
+}
