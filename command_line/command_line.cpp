@@ -13,6 +13,7 @@
 #include "commands/simulate_command.h"
 #include "commands/stats_command.h"
 #include "commands/transform_command.h"
+#include "commands/view_command.h"
 #include "failure_text.h"
 #include "format_list.h"
 #include "help_page.h"
@@ -53,6 +54,7 @@ void declare_commands(CLI::App& app) {
       "  nerova-polarize transform frame.png --bit-depth 12 --output pictures\n\n"
       "Each command has its own --help, with more of them.");
   declare_transform(app);
+  declare_view(app);
   declare_stats(app);
   declare_info(app);
   declare_calibrate(app);

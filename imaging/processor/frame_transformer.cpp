@@ -100,11 +100,11 @@ void FrameTransformer::compute(const Frame& frame, ImageBuffers images) {
     Outputs power;
     power.output_maximum = images.library.output_maximum;
     std::swap(power.total_power, images.library.total_power);
-    library_.transform(dimmed, power);
+    library_.transform(dimmed, power, settings_.threads);
   }
   if (wants_any(images)) {
     const auto call = [this](const Frame& rows, const Outputs& outputs) { library_.transform(rows, outputs); };
-    compute_images(call, library_.calibration(), frame, images, 1);
+    compute_images(call, library_.calibration(), frame, images, settings_.threads);
   }
 }
 

@@ -33,6 +33,8 @@ struct TransformSettings {
   std::optional<CameraCalibration> calibration;
   /** Transforms of each frame, for the time of the best. */
   int repeat = 1;
+  /** Threads that compute a frame; their number does not change a bit. */
+  int threads = 1;
 };
 
 /** Transforms frames, one at a time: one for each thread. Keeps its memory from frame to frame. */
@@ -60,6 +62,7 @@ class FrameTransformer {
   /** Of its pixels, before any dark level is taken off. */
   const PixelCounts& counts() const { return counts_; }
   const OutputImages& outputs() const { return outputs_; }
+  OutputImages& outputs() { return outputs_; }
   /** Share of the pixels whose power is the output maximum, because it ends there; 0 without a power image. */
   double clipped_power() const;
 

@@ -61,6 +61,14 @@ const float* OutputImages::floats(Output output) const {
   return image.empty() ? nullptr : image.data();
 }
 
+std::vector<std::uint16_t> OutputImages::take_values(Output output) {
+  return std::exchange(values_[static_cast<std::size_t>(output)], {});
+}
+
+std::vector<float> OutputImages::take_floats(Output output) {
+  return std::exchange(floats_[static_cast<std::size_t>(output)], {});
+}
+
 float* OutputImages::room_for_floats(Output output) {
   auto& image = floats_[static_cast<std::size_t>(output)];
   return image.empty() ? nullptr : image.data();

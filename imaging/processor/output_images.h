@@ -34,6 +34,9 @@ class OutputImages {
   const std::uint16_t* values(Output output) const;
   /** The same of an output of floats, with as many elements for each pixel as it has channels. */
   const float* floats(Output output) const;
+  /** Hands the elements over, for who keeps images longer than the next allocate; the output is empty afterwards. */
+  std::vector<std::uint16_t> take_values(Output output);
+  std::vector<float> take_floats(Output output);
   /** 2 * width * height elements; NULL where they are not wanted. */
   const float* stokes() const { return floats(Output::stokes); }
 

@@ -79,6 +79,7 @@ class SensorTransformer {
   const PixelCounts& counts() const { return colour_ ? counts_ : planes_.front()->transformer.counts(); }
   std::size_t plane_count() const { return planes_.size(); }
   const FrameTransformer& plane(std::size_t i) const { return planes_[i]->transformer; }
+  FrameTransformer& plane(std::size_t i) { return planes_[i]->transformer; }
 
  private:
   struct Plane {

@@ -1,0 +1,149 @@
+#include "commands/view_command.h"
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include "batch/interruption.h"
+#include "calibration/calibration_file.h"
+#include "commands/frame_options.h"
+#include "commands/viewed_inputs.h"
+#include "input_bytes.h"
+#include "messages.h"
+#include "option_declarations.h"
+#include "results.h"
+#include "usage_error.h"
+#include "viewer.h"
+
+namespace nerova_zel {
+
+namespace {
+
+constexpr long long mebibyte = 1LL << 20;
+constexpr std::chrono::milliseconds look_again{20};
+
+struct ViewOptions {
+  FrameOptions frames;
+  FrameRequest request;
+  ViewSettings settings;
+  std::vector<std::string> compared;
+  long long memory = 1024;
+  bool no_open = false;
+};
+
+/** Opens the address by the program that the desktop has for it, without waiting. */
+void open_in_browser(const std::string& address) {
+  std::string program = "xdg-open";
+  std::string argument = address;
+  char* arguments[] = {program.data(), argument.data(), nullptr};
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", stream == STDIN_FILENO ? 0 : 1, 0);
+  }
+  pid_t child = 0;
+  const int error = posix_spawnp(&child, program.c_str(), &actions, nullptr, arguments, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) {
+    note("no browser can be opened from here; open the address by hand.");
+    return;
+  }
+  std::thread([child] { waitpid(child, nullptr, 0); }).detach();
+}
+
+/** None, and those of the files. */
+std::vector<ViewedCalibration> read_calibrations(const ViewOptions& options) {
+  const FrameRequest& request = options.request;
+  std::vector<ViewedCalibration> calibrations(1);
+  calibrations.front().name = "none";
+  if (!request.calibration_file.empty()) {
+    ViewedCalibration first{request.calibration_file, request.calibration, std::nullopt};
+    first.colour = request.colour ? request.colour->calibrations : std::nullopt;
+    calibrations.push_back(std::move(first));
+  }
+  for (const std::string& file : options.compared) {
+    const Bytes bytes = read_file(file, "a calibration file");
+    const std::string text(bytes.begin(), bytes.end());
+    ViewedCalibration calibration{file, std::nullopt, std::nullopt};
+    if (request.colour) {
+      calibration.colour = parse_colour_calibration(text, file);
+    } else {
+      calibration.grey = parse_calibration(text, file);
+    }
+    calibrations.push_back(std::move(calibration));
+  }
+  return calibrations;
+}
+
+void run_view(ViewOptions& options) {
+  FrameRequest& request = options.request;
+  options.frames.finish(request);
+  if (request.frames.empty()) {
+    throw UsageError("FRAME is missing: files, folders, patterns or - (stdin).");
+  }
+  ViewSettings& settings = options.settings;
+  settings.frames.settings = request;
+  settings.frames.settings.calibration.reset();
+  if (request.region) {
+    settings.frames.settings.region.reset();  // cut out when frames are read
+    settings.frames.settings.origin.x += request.region->x;
+    settings.frames.settings.origin.y += request.region->y;
+  }
+  settings.frames.settings.threads = request.jobs;
+  settings.frames.colour = request.colour;
+  settings.frames.calibrations = read_calibrations(options);
+  settings.frames.library = request.library;
+  settings.frames.most_bytes = static_cast<std::size_t>(options.memory * mebibyte);
+  settings.layout_is_given = request.layout_is_given;
+  settings.version = NEROVA_VERSION;
+  settings.tell_address = [first = true, &options](const std::string& address) mutable {
+    print_result(address + "\n");
+    if (first && !options.no_open) {
+      open_in_browser(address);
+    }
+    first = false;
+  };
+  ViewedInputs frames(request);
+  const Interruption interruption;
+  const std::unique_ptr<Viewer> viewer = start_viewer(settings, frames);
+  while (!Interruption::is_requested() && !viewer->is_over()) {
+    std::this_thread::sleep_for(look_again);
+  }
+}
+
+}  // namespace
+
+void declare_view(CLI::App& app) {
+  const auto options = std::make_shared<ViewOptions>();
+  CLI::App* command = app.add_subcommand("view", "Look at frames in the browser");
+  limit(command
+            ->add_option("--port", options->settings.port,
+                         "Port to serve on, of this computer only\n"
+                         "0 is one that is free.")
+            ->type_name("N")
+            ->capture_default_str(),
+        0, 65535);
+  command->add_flag("--no-open", options->no_open, "Print the address only, and open no browser");
+  command->add_flag("--once", options->settings.once, "End when the last page was closed");
+  command->add_option("--compare", options->compared, "More calibration files, to choose from in the page")
+      ->type_name("FILE");
+  limit(command
+            ->add_option("--memory", options->memory,
+                         "Most memory for frames and images that are kept, in MiB\n"
+                         "What was not looked at longest is read and computed again when it is wanted.")
+            ->type_name("MIB")
+            ->capture_default_str(),
+        1, 1 << 20);
+  options->frames.declare(command, options->request);
+  command->footer(
+      "Examples:\n"
+      "  nerova-polarize view frame.png --bit-depth 12 --layout 90\n"
+      "  nerova-polarize view run.raw --raw 2448x2048 --pixel-format Mono12p --no-open --port 8080");
+  command->callback([options] { run_view(*options); });
+}
+
+}  // namespace nerova_zel

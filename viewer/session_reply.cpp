@@ -1,0 +1,77 @@
+#include "session_reply.h"
+
+#include <nlohmann/json.hpp>
+
+#include "frame_query.h"
+
+namespace nerova_zel {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* name_of(ViewedSource::Kind kind) {
+  return kind == ViewedSource::Kind::file ? "file" : kind == ViewedSource::Kind::stream ? "stream" : "camera";
+}
+
+template <class Value>
+Json json_of(const std::optional<Value>& value) {
+  return value ? Json(*value) : Json(nullptr);
+}
+
+/** File names need not be UTF-8. */
+std::string text_of(const Json& document) { return document.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+Json json_of(const ViewedSource& source) {
+  Json json = {{"name", source.name},
+               {"kind", name_of(source.kind)},
+               {"first", source.first},
+               {"frames", source.frames},
+               {"width", nullptr},
+               {"height", nullptr},
+               {"bit_depth", json_of(source.bit_depth)},
+               {"live", source.live},
+               {"error", nullptr}};
+  if (source.size) {
+    json["width"] = source.size->width;
+    json["height"] = source.size->height;
+  }
+  if (!source.error.empty()) {
+    json["error"] = source.error;
+  }
+  return json;
+}
+
+}  // namespace
+
+std::string session_document(const ViewSettings& settings, ViewedFrames& frames, std::uint64_t revision,
+                             const std::string& route) {
+  const FrameView view = default_view(settings);
+  Json document = {{"version", settings.version}, {"revision", revision}, {"route", route}, {"once", settings.once}};
+  document["sources"] = Json::array();
+  for (const ViewedSource& source : frames.sources()) {
+    document["sources"].push_back(json_of(source));
+  }
+  document["calibrations"] = Json::array();
+  for (const ViewedCalibration& calibration : settings.frames.calibrations) {
+    document["calibrations"].push_back(calibration.name);
+  }
+  document["planes"] = Json::array();
+  for (std::size_t i = 0; settings.frames.colour && i < settings.frames.colour->plane_count(); ++i) {
+    document["planes"].push_back(settings.frames.colour->name(i));
+  }
+  document["defaults"] = {{"layout", view.layout},
+                          {"layout_given", settings.layout_is_given},
+                          {"origin", {view.origin.x, view.origin.y}},
+                          {"bit_depth", settings.frames.settings.depth.bit_depth.value_or(0)},
+                          {"style", name_of(settings.style)},
+                          {"degree_end", json_of(settings.degree_end)},
+                          {"power_end", json_of(settings.power_end)},
+                          {"calibration", settings.frames.calibrations.size() > 1 ? 1 : 0},
+                          {"output_maximum", settings.frames.settings.output_maximum}};
+  return text_of(document);
+}
+
+std::string error_document(const std::string& sentence) { return text_of({{"error", sentence}}); }
+
+}  // namespace nerova_zel
