@@ -34,6 +34,10 @@ Reply Api::answer_or_throw(const std::string& path, const std::string& query) {
   if (path == "/api/session") {
     return session(query);
   }
+  if (path == "/api/tables") {
+    const Query nothing(query, {});
+    return Reply::of(json_type, tables_document());
+  }
   if (path == "/api/images") {
     return image_reply(Query(query, {"source", "frame", "layout", "origin", "bit_depth", "calibration", "plane",
                                      "images", "step", "region"}),

@@ -22,8 +22,12 @@ char unescaped(const std::string& text, std::size_t at) {
 std::string plain(const std::string& text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
-    result += text[at] == '%' ? unescaped(text, at) : text[at];
-    at += text[at] == '%' ? 2 : 0;
+    if (text[at] != '%') {
+      result += text[at];
+      continue;
+    }
+    result += unescaped(text, at);
+    at += 2;
   }
   return result;
 }

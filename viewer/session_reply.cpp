@@ -1,7 +1,9 @@
 #include "session_reply.h"
 
 #include <nlohmann/json.hpp>
+#include <string_view>
 
+#include "colour_tables.h"
 #include "frame_query.h"
 
 namespace nerova_zel {
@@ -17,6 +19,19 @@ const char* name_of(ViewedSource::Kind kind) {
 template <class Value>
 Json json_of(const std::optional<Value>& value) {
   return value ? Json(*value) : Json(nullptr);
+}
+
+/** Three bytes make four characters, so no entry is padded. */
+std::string base64_of(const std::vector<Rgb>& entries) {
+  constexpr std::string_view characters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (const Rgb& entry : entries) {
+    const unsigned bits = unsigned{entry.red} << 16U | unsigned{entry.green} << 8U | entry.blue;
+    for (const unsigned shift : {18U, 12U, 6U, 0U}) {
+      text += characters[bits >> shift & 63U];
+    }
+  }
+  return text;
 }
 
 /** File names need not be UTF-8. */
@@ -56,6 +71,7 @@ std::string session_document(const ViewSettings& settings, ViewedFrames& frames,
   for (const ViewedCalibration& calibration : settings.frames.calibrations) {
     document["calibrations"].push_back(calibration.name);
   }
+  document["notes"] = settings.notes;
   document["planes"] = Json::array();
   for (std::size_t i = 0; settings.frames.colour && i < settings.frames.colour->plane_count(); ++i) {
     document["planes"].push_back(settings.frames.colour->name(i));
@@ -69,6 +85,17 @@ std::string session_document(const ViewSettings& settings, ViewedFrames& frames,
                           {"power_end", json_of(settings.power_end)},
                           {"calibration", settings.frames.calibrations.size() > 1 ? 1 : 0},
                           {"output_maximum", settings.frames.settings.output_maximum}};
+  return text_of(document);
+}
+
+std::string tables_document() {
+  Json document;
+  for (const auto& [name, table] :
+       {std::pair("grey", ColourTable::grey), std::pair("hue", ColourTable::hue),
+        std::pair("sequential", ColourTable::sequential), std::pair("diverging", ColourTable::diverging)}) {
+    const std::vector<Rgb> entries = entries_of(table);
+    document[name] = {{"entries", entries.size()}, {"rgb", base64_of(entries)}};
+  }
   return text_of(document);
 }
 

@@ -52,6 +52,8 @@ struct ViewSettings {
   /** End with the last page. */
   bool once = false;
   std::string version;
+  /** Sentences to begin with. */
+  std::vector<std::string> notes;
   /** Called with each address that opens a page: one at the start, another when that was used twice. Any thread. */
   std::function<void(const std::string&)> tell_address;
 };

@@ -76,6 +76,8 @@ bool Interruption::wait_to_read(int descriptor) {
   return !is_requested();
 }
 
+void Interruption::forget() { noted = 0; }
+
 void Interruption::obey() {
   const int signal = noted;
   if (signal != 0) {

@@ -22,6 +22,9 @@ class Interruption {
    */
   static bool wait_to_read(int descriptor);
 
+  /** Forgets the noted interruption, which was how the command is meant to end. */
+  static void forget();
+
   /** Ends the program as the noted interruption would have; returns when there was none. */
   static void obey();
 };

@@ -100,6 +100,9 @@ void run_view(ViewOptions& options) {
   settings.frames.most_bytes = static_cast<std::size_t>(options.memory * mebibyte);
   settings.layout_is_given = request.layout_is_given;
   settings.version = NEROVA_VERSION;
+  if (!request.layout_is_given) {
+    settings.notes.push_back(layout_assumption(request.layout));
+  }
   settings.tell_address = [first = true, &options](const std::string& address) mutable {
     print_result(address + "\n");
     if (first && !options.no_open) {
@@ -113,6 +116,7 @@ void run_view(ViewOptions& options) {
   while (!Interruption::is_requested() && !viewer->is_over()) {
     std::this_thread::sleep_for(look_again);
   }
+  Interruption::forget();
 }
 
 }  // namespace
@@ -127,7 +131,7 @@ void declare_view(CLI::App& app) {
             ->type_name("N")
             ->capture_default_str(),
         0, 65535);
-  command->add_flag("--no-open", options->no_open, "Print the address only, and open no browser");
+  command->add_flag("--no-open", options->no_open, "Print the address, and open no browser");
   command->add_flag("--once", options->settings.once, "End when the last page was closed");
   command->add_option("--compare", options->compared, "More calibration files, to choose from in the page")
       ->type_name("FILE");

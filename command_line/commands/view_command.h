@@ -4,6 +4,7 @@
 
 namespace nerova_zel {
 
+/** view: serves a page that shows frames. */
 void declare_view(CLI::App& app);
 
 }  // namespace nerova_zel

@@ -73,25 +73,52 @@ Rgb hue_entry(int entry) {
   return {channel(0), channel(2 * 255), channel(4 * 255)};
 }
 
+const Table<greys>& grey_table() {
+  static const Table<greys> table = make_table<greys>(grey_entry);
+  return table;
+}
+
+const Table<diverging_colours>& diverging_table() {
+  static const Table<diverging_colours> table = make_table<diverging_colours>(diverging_entry);
+  return table;
+}
+
+const Table<hues>& hue_table() {
+  static const Table<hues> table = make_table<hues>(hue_entry);
+  return table;
+}
+
+template <std::size_t count>
+std::vector<Rgb> list_of(const std::array<Rgb, count>& table) {
+  return {table.begin(), table.end()};
+}
+
 }  // namespace
 
-Rgb grey(double intensity) {
-  static const Table<greys> table = make_table<greys>(grey_entry);
-  return at(table, limited(intensity, 0.0, 1.0));
+std::vector<Rgb> entries_of(ColourTable table) {
+  switch (table) {
+    case ColourTable::grey:
+      return list_of(grey_table());
+    case ColourTable::hue:
+      return list_of(hue_table());
+    case ColourTable::sequential:
+      return list_of(sequential_table);
+    case ColourTable::diverging:
+      break;
+  }
+  return list_of(diverging_table());
 }
+
+Rgb grey(double intensity) { return at(grey_table(), limited(intensity, 0.0, 1.0)); }
 
 Rgb sequential(double value) { return at(sequential_table, limited(value, 0.0, 1.0)); }
 
-Rgb diverging(double value) {
-  static const Table<diverging_colours> table = make_table<diverging_colours>(diverging_entry);
-  return at(table, 0.5 + 0.5 * limited(value, -1.0, 1.0));
-}
+Rgb diverging(double value) { return at(diverging_table(), 0.5 + 0.5 * limited(value, -1.0, 1.0)); }
 
 Rgb hue(double angle_degrees) {
-  static const Table<hues> table = make_table<hues>(hue_entry);
   const double turns = angle_degrees / 180.0;
   const double turn = limited(turns - std::floor(turns), 0.0, 1.0);
-  return table[static_cast<std::size_t>(std::lround(hues * turn) % hues)];
+  return hue_table()[static_cast<std::size_t>(std::lround(hues * turn) % hues)];
 }
 
 }  // namespace nerova_zel

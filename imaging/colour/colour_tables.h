@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace nerova_zel {
 
@@ -17,6 +18,12 @@ constexpr bool operator==(const Rgb& a, const Rgb& b) {
 
 // Colours come from tables and a value takes the nearest entry: docs/pictures.md has the formulas, docs/colour-tables
 // the entries. Arguments outside their range count as its ends; NaN counts as 0. Thread-safe.
+
+/** The tables, as docs/pictures.md calls them. */
+enum class ColourTable { grey, hue, sequential, diverging };
+
+/** All entries of a table, the first is that of the lowest value. */
+std::vector<Rgb> entries_of(ColourTable table);
 
 /** Light of relative intensity 0 to 1 as grey, by the transfer curve of sRGB so that it looks as bright as it is. */
 Rgb grey(double intensity);
