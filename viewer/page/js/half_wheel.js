@@ -21,8 +21,8 @@ export function drawHalfWheel(canvas, counts, mean, hues) {
   context.scale(ratio, ratio);
   const ink = getComputedStyle(canvas).color;
   const [x, y] = [width / 2, height - 16];
-  const outer = Math.min(width / 2 - 26, height - 32);
-  const inner = outer * 0.28;
+  const outer = Math.min(width / 2 - 34, height - 34);
+  const inner = outer * 0.3;
   const largest = Math.max(1, ...counts);
   for (const [i, count] of counts.entries()) {
     const from = (i / counts.length) * Math.PI;

@@ -3,13 +3,14 @@
  *
  * @import {Box, Layer, Session, Settings, View} from './types.js'
  * @import {Cell} from './cells.js'
+ * @import {TableMaker} from './colours.js'
  * @import {Painter} from './canvas_painter.js'
  * @import {StoredFrame, Wish} from './frame_store.js'
  * @import {ViewState, Store} from './state.js'
  */
 import { createCanvasPainter } from './canvas_painter.js';
 import { bestColumns, makeCell, wantedCells } from './cells.js';
-import { styleNumbers, TableMaker } from './colours.js';
+import { styleNumbers } from './colours.js';
 import { byId } from './elements.js';
 import { FrameStore, settingsKey } from './frame_store.js';
 import { fitScale, limitedView, visibleRegion } from './geometry.js';
