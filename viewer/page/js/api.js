@@ -38,6 +38,7 @@ function query(settings, more) {
     origin: settings.origin.join(','),
     calibration: String(settings.calibration),
     bit_depth: String(settings.bitDepth),
+    plane: String(settings.plane),
   });
   for (const [name, value] of Object.entries(more)) {
     names.set(name, String(value));
@@ -99,7 +100,6 @@ export async function fetchImages(settings, images, step, region, signal) {
       fullScale: head.full_scale,
       saturatedFrom: head.saturated_from,
       outputMaximum: head.output_maximum,
-      route: head.route,
       notes: head.notes ?? [],
     },
     layer: {
@@ -133,12 +133,12 @@ export async function fetchRegion(settings, region, signal) {
  *
  * @param {Settings} settings
  * @param {{x: number, y: number}} pixel
- * @param {number} frames how many the source has
+ * @param {{first: number, frames: number}} source
  * @param {AbortSignal} [signal]
  * @returns {Promise<Series>}
  */
-export async function fetchSeries(settings, pixel, frames, signal) {
-  const more = { x: pixel.x, y: pixel.y, from: 0, to: frames, count: Math.min(frames, 500) };
+export async function fetchSeries(settings, pixel, { first, frames }, signal) {
+  const more = { x: pixel.x, y: pixel.y, from: first, to: first + frames - 1, count: Math.min(frames, 500) };
   return (await request(`/api/series?${query(settings, more)}`, signal)).json();
 }
 

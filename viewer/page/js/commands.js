@@ -161,6 +161,7 @@ export function makeCommands(stage, session, actions) {
       store.edit({ origin: origins[(now + 1) % origins.length] });
     } },
     { group: 'Settings', keys: ['u'], shown: 'U', label: 'next calibration', run: () => store.edit({ calibration: (store.edited.calibration + 1) % Math.max(1, session.calibrations.length) }) },
+    { group: 'Settings', keys: ['n'], shown: 'N', label: 'next colour of the sensor’s filters', run: () => store.edit({ plane: (store.edited.plane + 1) % Math.max(1, session.planes.length) }) },
     { group: 'Settings', keys: ['k'], shown: 'K', label: 'the four candidates for the layout', run: () => store.update({ mode: store.state.mode === 'candidates' ? 'panels' : 'candidates' }) },
     { group: 'Settings', keys: ['c'], shown: 'C', label: 'compare side by side', run: () => store.update(store.state.mode === 'compare' ? { mode: 'panels', side: 'a' } : { mode: 'compare', side: 'b' }) },
     { group: 'Settings', keys: ['b'], shown: 'B', label: 'which side the controls change', run: () => store.update({ side: store.state.side === 'a' ? 'b' : 'a' }) },

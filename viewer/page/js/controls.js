@@ -70,6 +70,7 @@ export function connectControls(stage, session, actions) {
   const number = byId('frame-number', HTMLInputElement);
   const calibration = byId('calibration', HTMLSelectElement);
   const depth = byId('depth', HTMLSelectElement);
+  const plane = byId('plane', HTMLSelectElement);
   const style = byId('style', HTMLSelectElement);
   const degreeEnd = byId('degree-end', HTMLSelectElement);
   const powerEnd = byId('power-end', HTMLSelectElement);
@@ -78,6 +79,8 @@ export function connectControls(stage, session, actions) {
 
   fill(depth, [['0', 'as the file says'], ...[8, 10, 12, 14, 16].map((bits) => /** @type {[string, string]} */ ([String(bits), `${bits} bits`]))]);
   fill(calibration, session.calibrations.map((name, i) => [String(i), name]));
+  fill(plane, session.planes.map((name, i) => [String(i), name]));
+  byId('plane-field', HTMLElement).hidden = session.planes.length === 0;
   fill(degreeEnd, scaleEnds.map((end) => [String(end), end === 0 ? 'automatic' : String(end)]));
   fill(powerEnd, scaleEnds.map((end) => [String(end), percent(end)]));
 
@@ -110,7 +113,7 @@ export function connectControls(stage, session, actions) {
 
   const show = () => {
     const { state } = store;
-    const { layout, origin, calibration: used, bitDepth } = store.edited;
+    const { layout, origin, calibration: used, bitDepth, plane: colour } = store.edited;
     const place = placeOf(session, store.edited);
     source.value = String(store.edited.source);
     slider.value = String(place);
@@ -127,6 +130,7 @@ export function connectControls(stage, session, actions) {
     });
     calibration.value = String(used);
     depth.value = String(bitDepth);
+    plane.value = String(colour);
     style.value = state.style;
     showEnd(degreeEnd, state.degreeEnd);
     showEnd(powerEnd, state.powerEnd);
@@ -149,11 +153,12 @@ export function connectControls(stage, session, actions) {
     select.value = String(end);
   };
 
-  source.addEventListener('change', () => store.edit({ source: Number(source.value), frame: 0 }));
+  source.addEventListener('change', () => store.edit({ source: Number(source.value), frame: session.sources[Number(source.value)].first }));
   slider.addEventListener('input', () => store.edit(frameAt(session, Number(slider.value))));
   number.addEventListener('change', () => store.edit(frameAt(session, Math.trunc(Number(number.value)) || 0)));
   calibration.addEventListener('change', () => store.edit({ calibration: Number(calibration.value) }));
   depth.addEventListener('change', () => store.edit({ bitDepth: Number(depth.value) }));
+  plane.addEventListener('change', () => store.edit({ plane: Number(plane.value) }));
   style.addEventListener('change', () => store.update({ style: /** @type {Style} */ (style.value) }));
   degreeEnd.addEventListener('change', () => store.update({ degreeEnd: Number(degreeEnd.value) }));
   powerEnd.addEventListener('change', () => store.update({ powerEnd: Number(powerEnd.value) }));

@@ -23,7 +23,7 @@ import { fetchImages } from './api.js';
 
 /** @param {Settings} settings */
 export function settingsKey(settings) {
-  return [settings.source, settings.frame, settings.layout, ...settings.origin, settings.calibration, settings.bitDepth].join(' ');
+  return [settings.source, settings.frame, settings.layout, ...settings.origin, settings.calibration, settings.bitDepth, settings.plane].join(' ');
 }
 
 const overviewImages = ['raw4', 'power', 'azimuth', 'dolp', 'stokes'];

@@ -17,6 +17,7 @@ function settingsText(settings, session) {
     settings.bitDepth,
     encodeURIComponent(session.calibrations[settings.calibration] ?? 'none'),
     encodeURIComponent(session.sources[settings.source]?.name ?? ''),
+    encodeURIComponent(session.planes[settings.plane] ?? ''),
   ].join(',');
 }
 
@@ -27,18 +28,19 @@ function settingsText(settings, session) {
  * @returns {Settings}
  */
 function settingsFrom(text, session, otherwise) {
-  const [frame, layout, origin, depth, calibration, name] = text.split(',').map(decodeURIComponent);
+  const [frame, layout, origin, depth, calibration, name, plane] = text.split(',').map(decodeURIComponent);
   const source = Math.max(0, session.sources.findIndex((one) => one.name === name));
-  const frames = session.sources[source]?.frames ?? 1;
+  const { first, frames } = session.sources[source] ?? { first: 0, frames: 1 };
   const [x, y] = (origin ?? '').split('.').map(Number);
   const known = layouts.find((angle) => angle === Number(layout));
   return {
     source,
-    frame: Math.min(Math.max(0, frames - 1), Math.max(0, Math.trunc(Number(frame)) || 0)),
+    frame: Math.min(first + Math.max(0, frames - 1), Math.max(first, Math.trunc(Number(frame)) || 0)),
     layout: known ?? otherwise.layout,
     origin: Number.isInteger(x) && Number.isInteger(y) && x >= 0 && y >= 0 ? [x, y] : otherwise.origin,
     calibration: Math.max(0, session.calibrations.indexOf(calibration)),
     bitDepth: Math.min(16, Math.max(0, Math.trunc(Number(depth)) || 0)),
+    plane: Math.max(0, session.planes.indexOf(plane)),
   };
 }
 

@@ -14,9 +14,10 @@ import { fetchSession } from './api.js';
 export async function followLive(stage, session, changed) {
   const { store } = stage;
   let failures = 0;
-  while (session.sources.some(({ live }) => live) && failures < 5) {
+  // The program may be one that ends with its last page, so a page always waits for news.
+  while (failures < 5) {
     try {
-      const next = await fetchSession(session.revision ?? 0);
+      const next = await fetchSession(session.revision);
       failures = 0;
       if (next.revision === session.revision) {
         continue;
@@ -27,9 +28,10 @@ export async function followLive(stage, session, changed) {
       session.sources = next.sources;
       session.revision = next.revision;
       changed();
-      // Who looks at the last frame goes on to the next; a camera has no other.
-      if (now && before && now.frames > before.frames && (now.kind === 'camera' || frame >= before.frames - 1)) {
-        store.update({ settings: { ...store.state.settings, frame: now.frames - 1 } });
+      // Who looks at the last frame goes on to the next one; one that is no longer kept cannot be looked at.
+      const last = now.first + now.frames - 1;
+      if (now.frames > 0 && last !== frame && (frame < now.first || frame >= before.first + before.frames - 1)) {
+        store.update({ settings: { ...store.state.settings, frame: last } });
       }
     } catch {
       failures += 1;

@@ -11,7 +11,7 @@ export function frameCount(session) {
 
 /** @param {Session} session @param {Settings} settings */
 export function placeOf(session, settings) {
-  return session.sources.slice(0, settings.source).reduce((sum, source) => sum + Math.max(1, source.frames), settings.frame);
+  return session.sources.slice(0, settings.source).reduce((sum, source) => sum + Math.max(1, source.frames), settings.frame - session.sources[settings.source].first);
 }
 
 /**
@@ -21,9 +21,9 @@ export function placeOf(session, settings) {
  */
 export function frameAt(session, place) {
   let left = Math.min(frameCount(session) - 1, Math.max(0, place));
-  for (const [source, { frames }] of session.sources.entries()) {
+  for (const [source, { first, frames }] of session.sources.entries()) {
     if (left < Math.max(1, frames)) {
-      return { source, frame: left };
+      return { source, frame: first + left };
     }
     left -= Math.max(1, frames);
   }

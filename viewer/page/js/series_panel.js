@@ -33,7 +33,8 @@ export function showSeries(stage, session) {
   let pixel = null;
   let waiting = new AbortController();
   const left = 38;
-  const frames = () => session.sources[store.state.settings.source]?.frames ?? 1;
+  const source = () => session.sources[store.state.settings.source];
+  const frames = () => source()?.frames ?? 1;
 
   function draw() {
     const ratio = window.devicePixelRatio || 1;
@@ -60,8 +61,9 @@ export function showSeries(stage, session) {
     if (high - low < 1e-9) {
       [low, high] = [low - 1, high + 1];
     }
+    const { first } = source();
     const last = Math.max(1, frames() - 1);
-    const across = (/** @type {number} */ frame) => left + (frame / last) * (width - left - 6);
+    const across = (/** @type {number} */ frame) => left + ((frame - first) / last) * (width - left - 6);
     const down = (/** @type {number} */ value) => 6 + (1 - (value - low) / (high - low)) * (height - 24);
     context.globalAlpha = 0.3;
     for (const value of [low, (low + high) / 2, high]) {
@@ -75,9 +77,9 @@ export function showSeries(stage, session) {
     for (const value of [low, (low + high) / 2, high]) {
       context.fillText(String(Number(value.toPrecision(4))), left - 4, down(value) + 4);
     }
-    context.fillText(String(last), width - 6, height - 4);
+    context.fillText(String(first + last), width - 6, height - 4);
     context.textAlign = 'left';
-    context.fillText('0', left, height - 4);
+    context.fillText(String(first), left, height - 4);
     for (const [i, line] of lines.entries()) {
       context.setLineDash([[], [5, 3], [2, 2], [8, 2, 2, 2]][i]);
       context.beginPath();
@@ -119,7 +121,7 @@ export function showSeries(stage, session) {
     const { signal } = waiting;
     place.textContent = `x ${wanted.x}  y ${wanted.y}`;
     try {
-      series = await fetchSeries(store.state.settings, wanted, frames(), signal);
+      series = await fetchSeries(store.state.settings, wanted, source(), signal);
       canvas.setAttribute('aria-label', `Plot of the pixel at ${wanted.x}, ${wanted.y} over ${frames()} frames: ${quantities[choice.value].label}`);
       canvas.dataset.frames = String(series.frames.length);
       draw();
@@ -149,7 +151,7 @@ export function showSeries(stage, session) {
   choice.addEventListener('change', draw);
   canvas.addEventListener('click', (event) => {
     const share = (event.offsetX - left) / (canvas.clientWidth - left - 6);
-    const frame = Math.round(Math.min(1, Math.max(0, share)) * (frames() - 1));
+    const frame = source().first + Math.round(Math.min(1, Math.max(0, share)) * (frames() - 1));
     store.update({ settings: { ...store.state.settings, frame } });
   });
   appear();

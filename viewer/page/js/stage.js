@@ -52,11 +52,18 @@ export class Stage {
     /** @type {Layer | null} the overview that the chosen ends are of */
     this.endsOf = null;
     this.chosen = this.ends;
+    /** The size of the last frame in sight, or of one that is usual. */
+    this.size = { width: 2448, height: 2048 };
+    this.arranged = this.size;
     this.overviewStep = 0;
     /** Called after each picture. @type {(() => void)[]} */
     this.afterPaint = [];
     this.frames = new FrameStore((frame) => {
       this.afterFrame.forEach((listener) => listener(frame));
+      const { width, height } = this.frameSize();
+      if (width * this.arranged.height !== height * this.arranged.width) {
+        this.arrange();
+      }
       this.wish();
       this.invalidate();
     });
@@ -124,6 +131,7 @@ export class Stage {
       return;
     }
     const frame = this.frameSize();
+    this.arranged = frame;
     const columns = bestColumns(this.cells.size, width, height, frame.width / frame.height, besidePicture);
     this.grid.style.gridTemplateColumns = `repeat(${columns}, minmax(0, 1fr))`;
     this.grid.style.gridTemplateRows = `repeat(${Math.ceil(this.cells.size / columns)}, minmax(0, 1fr))`;
@@ -155,7 +163,8 @@ export class Stage {
     const { settings } = this.store.state;
     const facts = this.frames.find(settings)?.facts;
     const source = this.session.sources[settings.source];
-    return facts ?? { width: source?.width || 1, height: source?.height || 1 };
+    this.size = facts ?? (source?.width && source.height ? { width: source.width, height: source.height } : this.size);
+    return this.size;
   }
 
   /** The place of a panel; all panels are of one size. @returns {Box} */

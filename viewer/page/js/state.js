@@ -53,11 +53,12 @@ export function initialState(session, small) {
   const { defaults } = session;
   const settings = {
     source: 0,
-    frame: 0,
+    frame: session.sources[0]?.first ?? 0,
     layout: defaults.layout,
     origin: defaults.origin,
     calibration: defaults.calibration,
     bitDepth: defaults.bit_depth,
+    plane: 0,
   };
   return {
     settings,

@@ -26,7 +26,7 @@ export function showStatus(stage, session) {
   stage.afterPaint.push(() => {
     const facts = stage.frames.find(stage.store.edited)?.facts;
     set(size, facts ? `${facts.width} × ${facts.height}, ${facts.bitDepth} bits` : '');
-    set(route, facts?.route ?? session.route);
+    set(route, session.route.replace(/;.*/, ''));
     const scale = stage.view().scale * stage.ratio;
     set(zoom, scale >= 1 ? `${Number(scale.toPrecision(3))} : 1` : `1 : ${Number((1 / scale).toPrecision(3))}`);
     set(loading, stage.element.dataset.resolution === 'full' ? 'full resolution' : stage.frames.busy() ? 'loading…' : '');

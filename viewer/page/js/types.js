@@ -6,9 +6,10 @@
  * @typedef {'plain' | 'light' | 'dark' | 'composite'} Style
  * @typedef {'grey' | 'sequential'} MapName
  *
- * What a frame is computed from: `layout` in degrees, `calibration` an index, `bitDepth` 0 for what the file says.
+ * What a frame is computed from: `layout` in degrees, `calibration` and `plane` (a colour of a sensor with colour filters)
+ * are indices, `bitDepth` is 0 for what the file says.
  * @typedef {{source: number, frame: number, layout: number, origin: readonly [number, number], calibration: number,
- *   bitDepth: number}} Settings
+ *   bitDepth: number, plane: number}} Settings
  *
  * In pixels of the frame.
  * @typedef {{x: number, y: number, width: number, height: number}} Region
@@ -20,13 +21,15 @@
  *
  * What a reply says of its frame. `saturatedFrom` is the least saturated sample.
  * @typedef {{width: number, height: number, bitDepth: number, fullScale: number, saturatedFrom: number,
- *   outputMaximum: number, route: string, notes: string[]}} FrameFacts
+ *   outputMaximum: number, notes: string[]}} FrameFacts
  *
- * @typedef {{name: string, frames: number, width: number, height: number, bit_depth: number, kind: string, live: boolean,
- *   error: string | null, layout: number, origin: [number, number]}} Source
- * @typedef {{version: string, route: string, revision?: number, sources: Source[], calibrations: string[],
- *   defaults: {layout: number, layout_given: boolean, origin: [number, number], bit_depth: number, style: Style,
- *   degree_end: number, power_end: number, calibration: number, output_maximum: number}, notes: string[]}} Session
+ * Frames have the numbers `first` to `first + frames - 1`. The size is null where only reading a frame tells it.
+ * @typedef {{name: string, first: number, frames: number, width: number | null, height: number | null, kind: string,
+ *   live: boolean, error: string | null}} Source
+ * @typedef {{version: string, revision: number, route: string, sources: Source[], calibrations: string[],
+ *   planes: string[], notes: string[], defaults: {layout: number, layout_given: boolean, origin: [number, number],
+ *   bit_depth: number, style: Style, degree_end: number | null, power_end: number | null, calibration: number,
+ *   output_maximum: number}}} Session
  *
  * Where the frame lies in a panel: the frame's point at the panel's middle and the screen's pixels for each of its own.
  * @typedef {{x: number, y: number, scale: number}} View
