@@ -37,10 +37,16 @@ function imagesIn(kind, layer, tables) {
 
 /**
  * @param {HTMLCanvasElement} canvas
+ * @param {boolean} emulated whether a processor may do the work of a graphics card; painting without is faster then
  * @returns {Painter | null} nothing where WebGL2 is missing
  */
-export function createGlPainter(canvas) {
-  const context = canvas.getContext('webgl2', { antialias: false, depth: false, preserveDrawingBuffer: true });
+export function createGlPainter(canvas, emulated) {
+  const context = canvas.getContext('webgl2', {
+    antialias: false,
+    depth: false,
+    preserveDrawingBuffer: true,
+    failIfMajorPerformanceCaveat: !emulated,
+  });
   const made = context && createProgram(context);
   if (!context || !made) {
     return null;

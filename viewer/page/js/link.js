@@ -29,7 +29,10 @@ function settingsText(settings, session) {
  */
 function settingsFrom(text, session, otherwise) {
   const [frame, layout, origin, depth, calibration, name, plane] = text.split(',').map(decodeURIComponent);
-  const source = Math.max(0, session.sources.findIndex((one) => one.name === name));
+  // Who names the same file from another folder has another path for it.
+  const base = (/** @type {string | undefined} */ path) => path?.replace(/.*[\\/]/, '');
+  const exact = session.sources.findIndex((one) => one.name === name);
+  const source = exact >= 0 ? exact : Math.max(0, session.sources.findIndex((one) => base(one.name) === base(name)));
   const { first, frames } = session.sources[source] ?? { first: 0, frames: 1 };
   const [x, y] = (origin ?? '').split('.').map(Number);
   const known = layouts.find((angle) => angle === Number(layout));

@@ -38,7 +38,7 @@ async function start() {
     const { name, frames } = session.sources[source];
     return name.replace(/\.[^.]*$/, '') + (frames > 1 ? `_${String(frame).padStart(6, '0')}` : '');
   };
-  const stage = new Stage(store, session, tables, nameOf, option === 'canvas');
+  const stage = new Stage(store, session, tables, nameOf, option);
   document.documentElement.dataset.painter = stage.painter.name;
 
   const values = showPixelValues(stage);

@@ -29,9 +29,9 @@ export class Stage {
    * @param {Session} session
    * @param {TableMaker} tables
    * @param {(settings: Settings) => string} nameOf
-   * @param {boolean} plain whether to paint without WebGL2
+   * @param {string} painter 'canvas' or 'webgl' where one is asked for, else the faster one is taken
    */
-  constructor(store, session, tables, nameOf, plain) {
+  constructor(store, session, tables, nameOf, painter) {
     this.store = store;
     this.session = session;
     this.tables = tables;
@@ -41,7 +41,7 @@ export class Stage {
     this.picture = byId('picture', HTMLCanvasElement);
     this.marks = byId('marks', HTMLCanvasElement);
     /** @type {Painter} */
-    this.painter = (plain ? null : createGlPainter(this.picture)) ?? createCanvasPainter(this.picture);
+    this.painter = (painter === 'canvas' ? null : createGlPainter(this.picture, painter === 'webgl')) ?? createCanvasPainter(this.picture);
     /** @type {Map<string, Cell>} */
     this.cells = new Map();
     this.ratio = 1;
