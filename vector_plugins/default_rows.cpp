@@ -21,10 +21,11 @@ struct DefaultSource {
  private:
   /** Grouped so that vectors which share their odd samples share their sum. */
   NEROVA_INLINE static Float half_sum(const Channels<Float>& upper, const Channels<Float>& lower) {
-    const Float three_shifts_less = Float::broadcast_bits(-3U * SampleShift::bits);
-    const Float odd = add_bits(add_bits(upper.odd, lower.odd), three_shifts_less);
-    const Float one_shift = add_bits(add_bits(upper.even, lower.even), odd);
-    return fused_multiply_add(one_shift, Float::broadcast(0.5F), Float::broadcast(-0.5F * SampleShift::value));
+    const Float odd = add_bits(upper.odd, lower.odd);
+    const Float sum = add_bits(add_bits(upper.even, lower.even), odd);
+    // Four shifts add up to the bits of 2^-39, whose last place is 2^-62: the float is 2^-39 + 2^-62 * the four samples.
+    static_assert(4U * SampleShift::bits == 0x2C000000U);
+    return fused_multiply_add(sum, Float::broadcast(0x1p61F), Float::broadcast(-0x1p22F));
   }
 };
 
