@@ -23,7 +23,7 @@ struct DefaultSource {
   NEROVA_INLINE static Float half_sum(const Channels<Float>& upper, const Channels<Float>& lower) {
     const Float odd = add_bits(upper.odd, lower.odd);
     const Float sum = add_bits(add_bits(upper.even, lower.even), odd);
-    // Four shifts add up to the bits of 2^-39, whose last place is 2^-62: the float is 2^-39 + 2^-62 * the four samples.
+    // Four shifts add up to the bits of 2^-39, whose last place is 2^-62.
     static_assert(4U * SampleShift::bits == 0x2C000000U);
     return fused_multiply_add(sum, Float::broadcast(0x1p61F), Float::broadcast(-0x1p22F));
   }

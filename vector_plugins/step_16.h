@@ -141,6 +141,12 @@ struct ApartStep16 {
 template <bool few_results>
 using StepFor = std::conditional_t<few_results, ApartStep16, Step16>;
 
+/**
+ * Whether Stokes pairs alone are computed strictly one vector after the other: the divisions of both, moved together,
+ * wait for each other. Measured; other outputs lose by it.
+ */
+constexpr bool pairs_keep_order = true;
+
 /** Up to how many 16-bit outputs two steps are computed at a time, without calibration; more would make large code. */
 constexpr unsigned most_results_of_two_steps(bool pairs) { return pairs ? 0 : 5; }
 

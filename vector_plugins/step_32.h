@@ -111,6 +111,9 @@ struct Step32 {
 template <bool few_results>
 using StepFor = Step32;
 
+/** Stokes pairs alone are computed in any order; see step_16.h. */
+constexpr bool pairs_keep_order = false;
+
 /** Up to how many 16-bit outputs two steps are computed at a time, without calibration; more would make large code. */
 constexpr unsigned most_results_of_two_steps(bool pairs) { return pairs ? 0 : 2; }
 

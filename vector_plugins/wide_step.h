@@ -153,6 +153,10 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
     const std::size_t element = stretch.element + x;
     compute_outputs<equal_maximum, outputs>(
         rules, source.stokes(samples, 0), StepTarget<Step, Rules, streams_pairs, 0>{images, maximum, element, waiting});
+    if constexpr (pairs_keep_order && outputs == output_bit<NormalizedStokesOutput>) {
+      // The compiler moves nothing across.
+      __asm__ volatile("");
+    }
     compute_outputs<equal_maximum, outputs>(
         rules, source.stokes(samples, 1), StepTarget<Step, Rules, streams_pairs, 1>{images, maximum, element, waiting});
   };
