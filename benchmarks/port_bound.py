@@ -2,10 +2,11 @@
 """Port bounds of the plugins' loops: processor cycles for 100 pixels, were execution ports and decoding the only limit.
 
 Usage: port_bound.py OBJECTS [PROCESSOR...]
+       port_bound.py OBJECTS --worker WORKER PROCESSOR    beside the cycles that this computer takes for 640 x 64
 
 OBJECTS is the folder with the objects of the plugins, such as build/linux-x86-64/vector_plugins/CMakeFiles. Takes the
 loop of each row out of the machine code and asks the newest llvm-mca that is installed; Debian 12's llvm-19 knows all
-processors of the list.
+processors of the list. WORKER is nerova_frame_worker; PROCESSOR should then be the model of this computer.
 """
 
 import pathlib
@@ -88,14 +89,34 @@ def bound(mca, processor, loop):
     return max(float(cycles) for cycles in [*re.findall(r"[\d.]+", ports), decoding])
 
 
+class Measured:
+    """Cycles for 100 pixels of a frame that stays in the caches, row ends included."""
+    WIDTH, HEIGHT = 640, 64
+
+    def __init__(self, worker):
+        self.worker = subprocess.Popen([worker], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1)
+
+    def cycles(self, plugin, calibration, outputs):
+        custom = int(calibration == "custom")
+        self.worker.stdin.write(f"cycles {plugin} {self.WIDTH} {self.HEIGHT} 0 {outputs} 0 {custom} 1\n")
+        return 100 * float(self.worker.stdout.readline()) / (self.WIDTH * self.HEIGHT)
+
+
 def main():
     objects = pathlib.Path(sys.argv[1])
-    processors = sys.argv[2:] or PROCESSORS
+    arguments = sys.argv[2:]
+    measured = None
+    if arguments[:1] == ["--worker"]:
+        measured = Measured(arguments[1])
+        arguments = arguments[2:3]
+    processors = arguments or PROCESSORS
     mca = newest_llvm_mca()
     routes = [(plugin, calibration) for plugin in ("avx512", "avx2") for calibration in OBJECT_OF]
-    print("| cycles for 100 pixels | " + " | ".join(f"{plugin}, {calibration}, {processor}" for plugin, calibration in
-                                                    routes for processor in processors) + " |")
-    print("| --- |" + " ---: |" * (len(routes) * len(processors)))
+    heads = [f"{plugin}, {calibration}" for plugin, calibration in routes]
+    if not measured:
+        heads = [f"{head}, {processor}" for head in heads for processor in processors]
+    print("| cycles for 100 pixels | " + " | ".join(heads) + " |")
+    print("| --- |" + " ---: |" * len(heads))
     code = {}
     for plugin, calibration in routes:
         folder = objects / (OBJECT_OF[calibration].format(plugin) + ".dir")
@@ -106,7 +127,12 @@ def main():
             pattern = re.compile(rf"_row<false, {outputs}u, false>\(")
             loop = loop_of(next(text for name, text in code[route].items() if pattern.search(name)))
             pixels = pixels_of(loop, outputs)
-            cells += [f"{100 * bound(mca, processor, loop) / pixels:.1f}" for processor in processors]
+            bounds = [100 * bound(mca, processor, loop) / pixels for processor in processors]
+            if measured:
+                cycles = measured.cycles(*route, outputs)
+                cells.append(f"{bounds[0]:.1f} of {cycles:.1f}: {bounds[0] / cycles:.2f}")
+            else:
+                cells += [f"{cycles:.1f}" for cycles in bounds]
         print(f"| {label} | " + " | ".join(cells) + " |", flush=True)
 
 
