@@ -4,10 +4,10 @@ import shutil
 import subprocess
 
 
-def run(command):
-    """What a command prints, errors included, and its exit code."""
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True,
-                          errors="replace")
+def run(command, **options):
+    """What a command prints, errors included, and its exit code. The options are those of subprocess.run."""
+    return subprocess.run(command, **options, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
+                          text=True, errors="replace")
 
 
 def copy_tree(root, place):
