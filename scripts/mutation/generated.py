@@ -2,6 +2,7 @@
 
 import os
 import random
+import resource
 import signal
 import subprocess
 import time
@@ -10,9 +11,17 @@ import tomllib
 from operators import mutants_of
 from tree import copy_tree, run
 
-SETTINGS = ["-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O0",
-            "-DNEROVA_LANES_OPTIMIZATION=-O1", "-DNEROVA_WARNINGS_AS_ERRORS=OFF"]
-TIME_LIMIT = 120  # seconds: a mutant may loop for ever
+SETTINGS = ["-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1",
+            "-DNEROVA_LANES_OPTIMIZATION=-O1", "-DNEROVA_WARNINGS_AS_ERRORS=OFF", "-DNEROVA_BUILD_CAMERAS=ON"]
+# A mutant may loop for ever and take memory and disk meanwhile.
+TIME_LIMIT = (20, 5)  # seconds, and times what a test takes without a mutant
+MEMORY_LIMIT = 8 << 30
+FILE_LIMIT = 2 << 30
+
+
+def limit_resources():
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_LIMIT, FILE_LIMIT))
 
 
 def read_modules(folder):
@@ -26,6 +35,7 @@ class GeneratedMutants:
         self.sources = folder / "tree"
         self.build = folder / "build-generated"
         self.root = root
+        self.usual = {}  # seconds that each test takes without a mutant
         self.equivalent = {(entry["file"], entry["line"], entry["change"]): entry["reason"]
                            for entry in module.get("equivalent", [])}
 
@@ -49,12 +59,14 @@ class GeneratedMutants:
             command = [self.build / "tests/bin" / program, "--gtest_fail_fast", "--gtest_brief=1", *arguments]
             # A session of its own, so that what a test has started ends with it.
             process = subprocess.Popen(command, cwd=self.build, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL, start_new_session=True)
+                                       stderr=subprocess.DEVNULL, start_new_session=True, preexec_fn=limit_resources)
+            start = time.monotonic()
             try:
-                if process.wait(TIME_LIMIT) != 0:
-                    return program
+                if process.wait(TIME_LIMIT[0] + TIME_LIMIT[1] * self.usual.get(test, TIME_LIMIT[0])) != 0:
+                    return test
+                self.usual.setdefault(test, time.monotonic() - start)
             except subprocess.TimeoutExpired:
-                return program + ", time limit"
+                return test + ", time limit"
             finally:
                 try:
                     os.killpg(process.pid, signal.SIGKILL)
