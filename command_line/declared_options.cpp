@@ -1,5 +1,6 @@
 #include "declared_options.h"
 
+#include <CLI/App.hpp>
 #include <sstream>
 
 namespace nerova_zel {

@@ -1,5 +1,6 @@
 #include "manual_page.h"
 
+#include <CLI/App.hpp>
 #include <sstream>
 
 #include "declared_options.h"

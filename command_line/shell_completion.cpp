@@ -1,5 +1,6 @@
 #include "shell_completion.h"
 
+#include <CLI/App.hpp>
 #include <algorithm>
 #include <sstream>
 

@@ -1,5 +1,6 @@
 #include "usage_text.h"
 
+#include <CLI/App.hpp>
 #include <algorithm>
 #include <numeric>
 

@@ -1,11 +1,15 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 
 #include "power_colours.h"
 #include "processor/sensor_transformer.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace nerova_zel {
 

@@ -1,5 +1,6 @@
 #include "commands/document_commands.h"
 
+#include <CLI/App.hpp>
 #include <memory>
 #include <string>
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +7,11 @@
 #include "commands/colour_options.h"
 #include "frames/headerless_frame.h"
 #include "processor/frame_transformer.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace nerova_zel {
 

@@ -1,5 +1,6 @@
 #include "commands/info_command.h"
 
+#include <CLI/App.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <memory>

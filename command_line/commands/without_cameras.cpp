@@ -1,5 +1,8 @@
 // Takes the place of the command record where Aravis is missing.
 #include "commands/record_command.h"
+
+#include <CLI/App.hpp>
+
 #include "failure.h"
 
 namespace nerova_zel {
