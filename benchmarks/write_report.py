@@ -255,8 +255,8 @@ Where the time per pixel of a route changes by more than {100 * (GROWTH - 1):.0f
 
 {self.small_frames()}
 
-In the middle the arithmetic decides: streaming with plain stores lies well below, and a route's own line is flat. On the right
-memory decides, where the streaming lines rise with a route's, since they compute nothing. {self.large_frames()}
+Mid-size frames are compute-bound: streaming with plain stores takes much less time, and a route's own line is flat. Large
+frames are memory-bound: the streaming lines, which compute nothing, rise with a route's. {self.large_frames()}
 The peers rise earlier, because the whole images that they keep in between take several times the room of the frame.
 
 ## What a call costs

@@ -20,13 +20,13 @@
  *  - flush: "record": each record is handed to the operating system before zel_log returns, so that it survives the
  *    program's crash. "disk": and forced to the disk. "buffer": records wait in memory, until there are 64 KiB or
  *    max_size of them, or one of level 2 or less comes, or the next one comes a second after the first, or the log is
- *    freed, or the program ends in good order. Default record.
+ *    freed, or the program exits normally. Default record.
  *
  * Flags: %l level, %n module name (and "/" and the second name, if that is not empty), %g source file as given, %s its
  * last part, %# source line, %! function, %v message, %t thread, %P process, %% a percent sign; times, in UTC: %Y year,
  * %m month, %d day, %H hour, %M minute, %S second, %e %f %F its milli-, micro- and nanoseconds, %E seconds since 1970;
- * %a %A %b %h %B %c %C %D %x %I %p %r %R %T %X as strftime has them in the C locale, save that %c ends with the year
- * and %C is the year's last two digits; %u %i %o %O nano-, micro-, milli- and whole seconds since the last record. A
+ * %a %A %b %h %B %c %C %D %x %I %p %r %R %T %X as in strftime in the C locale, except that %c ends with the year and
+ * %C is the year's last two digits; %u %i %o %O nano-, micro-, milli- and whole seconds since the last record. A
  * width may stand after the %, with - to fill on the right, = on both sides, and ! behind it to cut: %-8l, %12!s,
  * %12!!.
  *
@@ -62,8 +62,8 @@ NEROVA_ZEL_LOGGER_API void* zel_get_log(const char* module_name, const char* sec
                                         const char* configuration_file_name);
 
 /**
- * Writes one record. One that its level keeps out costs a comparison. Waits for other threads' records, but not for
- * other processes, save on Windows, there for a quarter of a second at most.
+ * Writes one record. A record above the configured level costs one comparison. Waits for records of other threads; for
+ * those of other processes only on Windows, at most a quarter of a second.
  *
  * @param log from zel_get_log and not yet freed; NULL is refused.
  * @param level the lower, the more severe; 2 is an error.
