@@ -1,5 +1,5 @@
-# What is installed, in two components: runtime has the libraries, development all else. The tool and the plugin for
-# GStreamer are a third and a fourth.
+# What is installed, in components: runtime has the libraries, tool and gstreamer what their names say, development all
+# else. Packages for Debian are divided otherwise, in debian/*.install.
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 
@@ -8,7 +8,7 @@ install(TARGETS nerova_zel_polarization_processor EXPORT nerova_polarization_pro
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-# Companions lie beside the library, where it looks for them.
+# Nothing links with the companions, so they lie in a folder below the library's, where it looks for them too.
 set(companions
   nerova_zel_logger
   nerova_zel_polarization_processor_vector_avx2
@@ -21,7 +21,7 @@ if(TARGET nerova_zel_imaging)
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()
 install(TARGETS ${companions}
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/nerova_zel COMPONENT runtime
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 install(FILES ${PROJECT_SOURCE_DIR}/logger/nerova_zel_logger.cfg.sample
   DESTINATION ${CMAKE_INSTALL_DATADIR}/nerova_zel COMPONENT runtime)
@@ -60,13 +60,25 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/nerova_polarization_processor.pc.in
   ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# A Windows package is a folder of its own, with what is to be read at its top.
+# What is to be read. A Windows package is a folder of its own, with that at its top.
+include(packages/readme)
 if(WIN32)
   set(documents_folder .)
+  set(installing windows)
 else()
-  set(documents_folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/lib${NEROVA_PACKAGE_NAME}-dev)
+  set(documents_folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/lib${NEROVA_PACKAGE_NAME}-doc)
+  set(installing debian)
 endif()
-install(FILES README.md CHANGELOG.md DESTINATION ${documents_folder})
+nerova_packaged_readme(${CMAKE_BINARY_DIR}/package/README.md
+  ${CMAKE_CURRENT_LIST_DIR}/packages/installing_${installing}.md)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS README.md)
+install(FILES ${CMAKE_BINARY_DIR}/package/README.md CHANGELOG.md SECURITY.md LICENSE DESTINATION ${documents_folder})
 install(DIRECTORY docs examples DESTINATION ${documents_folder} PATTERN developer EXCLUDE)
 # As sources: users build it for their .NET.
 install(DIRECTORY bindings/dotnet DESTINATION ${documents_folder}/bindings PATTERN CMakeLists.txt EXCLUDE)
+if(NOT WIN32)
+  # The documents refer to the headers as they lie in the source tree and in a Windows package.
+  file(RELATIVE_PATH way_to_headers /prefix/${documents_folder} /prefix/${CMAKE_INSTALL_INCLUDEDIR})
+  install(CODE "file(CREATE_LINK ${way_to_headers}
+    \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${documents_folder}/include\" SYMBOLIC)")
+endif()

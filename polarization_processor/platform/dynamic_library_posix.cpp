@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 #include "platform/dynamic_library.h"
 #include "platform/elf_file_posix.h"
@@ -24,17 +25,24 @@ __attribute__((constructor)) void find_own_directory() {
 
 }  // namespace
 
-// Companions are installed beside the library, where the ordinary search does not look on these platforms.
+// Companions are installed beside the library or in a folder of their own below, where the ordinary search does not
+// look on these platforms.
 ModuleHandle load_module(const char* module_name) noexcept {
-  char path[sizeof(own_directory) + 68];
-  std::snprintf(path, sizeof(path), "%s%s.so", own_directory, module_name);
-  if (!is_whole_library(path)) {
-    return nullptr;
+  char file_name[68];
+  std::snprintf(file_name, sizeof(file_name), "%s.so", module_name);
+  if (own_directory[0] != '\0') {
+    for (const char* folder : {"", "nerova_zel/"}) {
+      char path[sizeof(own_directory) + sizeof(file_name) + 11];
+      std::snprintf(path, sizeof(path), "%s%s%s", own_directory, folder, file_name);
+      if (!is_whole_library(path)) {
+        return nullptr;
+      }
+      if (ModuleHandle module = dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
+        return module;
+      }
+    }
   }
-  if (ModuleHandle module = dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
-    return module;
-  }
-  return dlopen(path + std::strlen(own_directory), RTLD_NOW | RTLD_LOCAL);
+  return dlopen(file_name, RTLD_NOW | RTLD_LOCAL);
 }
 
 void* find_entry(ModuleHandle module, const char* name) noexcept { return dlsym(module, name); }

@@ -20,6 +20,14 @@ def build_wheel(tree, folder):
         left = shutil.ignore_patterns("build", "*.egg-info", "__pycache__")
         shutil.copytree(ROOT / "bindings" / "python", copy, ignore=left)
         shutil.copytree(ROOT / "include", pathlib.Path(name) / "include")  # states the version
+        shutil.copy(ROOT / "LICENSE", copy)
+        windows = "mingw" in (pathlib.Path(tree) / "CMakeCache.txt").read_text()
+        with (copy / "NOTICES").open("w") as notices:
+            subprocess.run(
+                [ROOT / "scripts" / "internal" / "notices", "wheel-windows" if windows else "wheel-linux"],
+                check=True,
+                stdout=notices,
+            )
         made = pathlib.Path(name) / "made"
         command = [sys.executable, "-m", "pip", "wheel", "--quiet", "--no-build-isolation", "--no-deps", "--no-index"]
         environment = {**os.environ, "NEROVA_BUILD_TREE": str(pathlib.Path(tree).resolve())}

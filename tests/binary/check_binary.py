@@ -127,7 +127,9 @@ def check_hardened(arguments):
     dynamic = run("readelf", "-dW", library)
     if "BIND_NOW" not in dynamic and not re.search(r"FLAGS_1.*NOW", dynamic):
         faults.append(f"{library}: binds functions late")
-    if f"\1\0\0\0NerovaZel\0\0\0{arguments.version}\0".encode() not in content:
+    if not re.search(r"Type:\s+DYN", run("readelf", "-hW", library)):
+        faults.append(f"{library}: lies at a fixed address")
+    if arguments.version and f"\1\0\0\0NerovaZel\0\0\0{arguments.version}\0".encode() not in content:
         faults.append(f"{library}: has no note of version {arguments.version}")
     if "TEXTREL" in dynamic:
         faults.append(f"{library}: code is relocated")
@@ -196,7 +198,7 @@ def main():
 
     hardened = checks.add_parser("hardened", help=check_hardened.__doc__)
     hardened.add_argument("library")
-    hardened.add_argument("--version", required=True)
+    hardened.add_argument("--version", help="that it states")
     hardened.add_argument("--landing", action="store_true", help="indirect calls land on ENDBR64")
     hardened.add_argument("--calls", action="append", default=[], help="a guard that the code must call")
     hardened.set_defaults(check=check_hardened)

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Makes the packages of a build, unpacks them into an empty place, and from that alone builds and runs consumers: by
-the CMake package, by the pkg-config file, and for Windows by a stand-in for Visual C++."""
+"""Installs a build into an empty place (for Windows by its package), and from that alone builds and runs consumers: by the
+CMake package, by the pkg-config file, and for Windows by a stand-in for Visual C++."""
 
 import argparse
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -20,15 +21,15 @@ def run(*command, **options):
     return subprocess.run([str(word) for word in command], check=True, text=True, **options)
 
 
-def unpack(build, place):
-    """The place where the packages' files lie as a prefix; of Debian packages all lie in one."""
+def install(build, place, windows):
+    """The prefix."""
+    if not windows:
+        run("cmake", "--install", build, "--strip", "--prefix", place / "usr", stdout=subprocess.DEVNULL)
+        return place / "usr"
     run("cpack", "--config", build / "CPackConfig.cmake", "-B", place, stdout=subprocess.DEVNULL)
-    for package in place.glob("*.deb"):
-        run("dpkg-deb", "--extract", package, place / "root")
-    for package in place.glob("*.zip"):
-        zipfile.ZipFile(package).extractall(place)
-        return place / package.stem
-    return place / "root" / "usr"
+    (package,) = place.glob("*.zip")
+    zipfile.ZipFile(package).extractall(place)
+    return place / package.stem
 
 
 def build_by_cmake(source, folder, *settings):
@@ -64,10 +65,15 @@ def consume_by_visual_cpp(arguments, tree, emulator, folder):
 
 
 def check_contents(tree, library):
-    """Companions lie beside the library, and nothing tells where it was built."""
-    beside = {path.stem.removeprefix("lib") for path in library.parent.glob(f"*{library.suffix}")}
-    if beside != LIBRARIES:
-        sys.exit(f"the libraries of the package are {sorted(beside)}")
+    """Companions lie where the library looks, links in documents lead somewhere, nothing tells where it was built."""
+    files = [*library.parent.glob(f"*{library.suffix}"), *library.parent.glob(f"nerova_zel/*{library.suffix}")]
+    found = {path.stem.removeprefix("lib") for path in files}
+    if found != LIBRARIES:
+        sys.exit(f"the libraries of the package are {sorted(found)}")
+    for document in tree.rglob("*.md"):
+        for link in re.findall(r"\]\((?!\w+:)([^)#]+)", document.read_text()):
+            if not (document.parent / link).exists():
+                sys.exit(f"{document.relative_to(tree)} refers to {link}, which is not there")
     root = str(pathlib.Path(__file__).resolve().parents[2]).encode()
     for path in tree.rglob("*"):
         if path.is_file() and root in path.read_bytes():
@@ -87,7 +93,7 @@ def main():
 
     with tempfile.TemporaryDirectory() as name:
         place = pathlib.Path(name)
-        tree = unpack(arguments.build, place)
+        tree = install(arguments.build, place, arguments.visual_cpp_target)
         (library,) = [path for path in tree.rglob("*nerova_zel_polarization_processor.*")
                       if path.suffix in (".so", ".dll")]
         check_contents(tree, library)

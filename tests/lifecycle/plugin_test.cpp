@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <new>
 #include <stdexcept>
 
 #include "lifecycle/arrangement.h"
 #include "lifecycle/transform_call.h"
+#include "support/module_file.h"
 
 namespace nerova_zel::test {
 namespace {
@@ -25,6 +27,22 @@ TEST(Plugins, EveryProcessorLoadsAndUnloadsBoth) {
   }
   EXPECT_FALSE(arrangement.any_plugin_loaded());
 }
+
+#if !defined(_WIN32)
+TEST(Plugins, TheFolderBelowTheLibrarysOwnIsSearchedAfterThatOne) {
+  namespace fs = std::filesystem;
+  Arrangement arrangement({Companion::Avx512, Companion::Avx2});
+  const fs::path folder = arrangement.directory() + "/nerova_zel";
+  fs::create_directory(folder);
+  const auto below = [&](Companion companion) { return folder / fs::path(arrangement.file(companion)).filename(); };
+  fs::rename(arrangement.file(Companion::Avx512), below(Companion::Avx512));
+  fs::copy_file(arrangement.file(Companion::Avx2), below(Companion::Avx2));
+  arrangement.make_processor();
+  EXPECT_TRUE(module_is_loaded(below(Companion::Avx512).string()));
+  EXPECT_TRUE(arrangement.loaded(Companion::Avx2));
+  EXPECT_FALSE(module_is_loaded(below(Companion::Avx2).string()));
+}
+#endif
 
 TEST(Plugins, DamagedFilesOnlyLeaveTheirSlotsUnusable) {
   for (const auto damage :
