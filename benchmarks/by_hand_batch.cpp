@@ -1,5 +1,7 @@
 // A batch as a program for nothing else would do it: frames of Mono12 from a file to azimuth and degree as NumPy
-// arrays. What the tool's batches are measured against. Usage: by_hand_batch FILE WIDTH HEIGHT FIRST END FOLDER
+// arrays. What the tool's batches are measured against. Usage: by_hand_batch FILE WIDTH HEIGHT FIRST END FOLDER [TEXTS]
+// With TEXTS, the path of a small file, that is written beside each array too, as the tool says of each how it was
+// made.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -27,6 +29,15 @@ std::string head_of(int width, int height) {
   return std::string("\x93NUMPY\x01\x00\x76\x00", 10) + text + '\n';
 }
 
+std::string text_of(const char* path) {
+  const File file = std::fopen(path, "rb");
+  require(file != nullptr, path);
+  std::string text(4096, '\0');
+  text.resize(std::fread(text.data(), 1, text.size(), file));
+  std::fclose(file);
+  return text;
+}
+
 void write(const std::string& path, const std::string& head, const std::vector<std::uint16_t>& values) {
   const File file = std::fopen(path.c_str(), "wb");
   require(file != nullptr, path.c_str());
@@ -39,14 +50,15 @@ void write(const std::string& path, const std::string& head, const std::vector<s
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 7) {
-    std::fprintf(stderr, "usage: by_hand_batch FILE WIDTH HEIGHT FIRST END FOLDER\n");
+  if (argc != 7 && argc != 8) {
+    std::fprintf(stderr, "usage: by_hand_batch FILE WIDTH HEIGHT FIRST END FOLDER [TEXTS]\n");
     return 2;
   }
   const int width = std::atoi(argv[2]);
   const int height = std::atoi(argv[3]);
   const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
   const std::string head = head_of(width, height);
+  const std::string texts = argc == 8 ? text_of(argv[7]) : "";
   const nerova_zel::Processor processor;
   std::vector<std::uint16_t> pixels(count);
   std::vector<std::uint16_t> azimuth(count);
@@ -65,6 +77,10 @@ int main(int argc, char** argv) {
     const std::string stem = std::string(argv[6]) + "/run_" + std::to_string(number);
     write(stem + "_azimuth.npy", head, azimuth);
     write(stem + "_dolp.npy", head, degree);
+    if (argc == 8) {
+      write(stem + "_azimuth.npy.json", texts, {});
+      write(stem + "_dolp.npy.json", texts, {});
+    }
   }
   std::fclose(file);
   return 0;

@@ -166,6 +166,7 @@ void FileSet::write(const fs::path& path, std::initializer_list<ByteView> parts)
       fail(path, last_error());
     }
   }
+  const std::lock_guard<std::mutex> lock(mutex_);
   entries_.push_back({path, std::move(partial)});
 }
 

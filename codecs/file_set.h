@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <initializer_list>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,8 @@ struct ByteView {
 /**
  * Files that appear together or not at all. Each is first written under a temporary name beside its place; commit gives
  * them their names, each in one step, and replaces files that had them. Where commit fails, replaced files are put
- * back. What was not committed is removed, made directories included. Throws CodecError. Not thread-safe.
+ * back. What was not committed is removed, made directories included. Throws CodecError. Only write may be called by
+ * several threads at once.
  */
 class FileSet {
  public:
@@ -50,6 +52,7 @@ class FileSet {
     std::filesystem::path path;
     PartialFile partial;
   };
+  std::mutex mutex_;
   std::vector<Entry> entries_;
   std::vector<std::filesystem::path> made_directories_;
   const Earlier earlier_;

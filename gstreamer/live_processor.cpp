@@ -1,29 +1,37 @@
 #include "live_processor.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "failure.h"
+#include "formatted.h"
+#include "frames/bit_depth.h"
 #include "library_beside_plugin.h"
 
 namespace nerova_zel {
 
 namespace {
 
-/** Samples of a frame that uses less of full scale than this share are doubtful. */
-constexpr int dim_share = 8;
-
-int greatest_sample(const VideoFrame& frame) {
-  int greatest = 0;
+/** A copy without the rows' padding, whose bit depth nothing states. */
+RawFrame raw_frame(const VideoFrame& frame) {
+  RawFrame raw;
+  raw.width = frame.size.width;
+  raw.height = frame.size.height;
+  raw.storage_bits = 8 * frame.bytes_per_sample;
+  raw.depth_is_stated = false;
+  const auto width = static_cast<std::size_t>(raw.width);
+  raw.pixels.reserve(width * static_cast<std::size_t>(raw.height));
   for (int y = 0; y < frame.size.height; ++y) {
     const std::uint8_t* const row = frame.rows + frame.stride * static_cast<std::size_t>(y);
-    const auto count = static_cast<std::size_t>(frame.size.width);
-    for (std::size_t x = 0; x < count; ++x) {
+    for (std::size_t x = 0; x < width; ++x) {
       const int sample = frame.bytes_per_sample == 1 ? row[x] : row[2 * x] | row[2 * x + 1] << 8;
-      greatest = std::max(greatest, sample);
+      raw.pixels.push_back(static_cast<std::uint16_t>(sample));
     }
   }
-  return greatest;
+  return raw;
+}
+
+void warn(GstElement* element, const std::string& text) {
+  GST_ELEMENT_WARNING(element, STREAM, FORMAT, ("%s", text.c_str()), (nullptr));
 }
 
 VideoFrame video_frame(const GstVideoFrame& frame) {
@@ -94,21 +102,30 @@ void LiveProcessor::note_doubtful_depth(GstElement* element, const VideoFrame& f
     return;
   }
   const VideoSettings& settings = transformer_->settings();
-  const int storage_bits = 8 * frame.bytes_per_sample;
-  const int bits = settings.bit_depth > 0 ? settings.bit_depth : storage_bits;
-  const int full_scale = ((1 << bits) - 1) << (settings.left_aligned ? storage_bits - bits : 0);
-  const int greatest = greatest_sample(frame);
-  if (greatest > full_scale) {
-    GST_ELEMENT_WARNING(element, STREAM, FORMAT,
-                        ("The first frame has samples up to %d, more than %d bits hold: set bit-depth or left-aligned.",
-                         greatest, bits),
-                        (nullptr));
-  } else if (settings.bit_depth == 0 && storage_bits == 16 && greatest > 0 && greatest < full_scale / dim_share) {
-    GST_ELEMENT_WARNING(element, STREAM, FORMAT,
-                        ("The samples of the first frame are at most %d of %d: if the camera has fewer than 16 bits, "
-                         "set bit-depth.",
-                         greatest, full_scale),
-                        (nullptr));
+  const RawFrame first = raw_frame(frame);
+  const int bits = settings.bit_depth > 0 ? settings.bit_depth : first.storage_bits;
+  if (bits > first.storage_bits) {
+    return;  // to be refused
+  }
+  const int full_scale = ((1 << bits) - 1) << (settings.left_aligned ? first.storage_bits - bits : 0);
+  const PixelCounts counts = counts_of(first, full_scale);
+  if (counts.above > 0) {
+    warn(element,
+         formatted("The first frame has samples up to %d, more than %d bits hold: set bit-depth or left-aligned.",
+                   counts.greatest, bits));
+    return;
+  }
+  // Cameras of 8 bits use them all: a dim frame of theirs is only dim.
+  const auto doubt = settings.bit_depth == 0 && bits == 16 ? doubt_bit_depth(counts, first) : std::nullopt;
+  if (doubt && doubt->reason == DepthDoubt::Reason::small_values) {
+    warn(element,
+         formatted("The samples of the first frame are at most %d of %d: if the camera has fewer than 16 bits, "
+                   "set bit-depth=%d.",
+                   doubt->greatest, full_scale, doubt->likely_depth));
+  } else if (doubt) {
+    warn(element, formatted("The lowest %d bits of all samples of the first frame are 0: if they are left-aligned, set "
+                            "bit-depth=%d left-aligned=true.",
+                            doubt->zero_bits, doubt->likely_depth));
   }
 }
 

@@ -43,8 +43,9 @@ void count_frames_of(FrameInput& input, const std::optional<HeaderlessLayout>& h
 }
 
 void read_frame(const FrameTicket& ticket, const std::optional<HeaderlessLayout>& headerless, Bytes& bytes,
-                RawFrame& frame) {
+                RawFrame& frame, const DepthChoice& depth) {
   const FrameInput& input = *ticket.input;
+  frame.counted.reset();
   if (!headerless) {
     read_page(input.pictures ? *input.pictures : *open_picture(input.path), ticket.number, frame);
     return;
@@ -57,9 +58,15 @@ void read_frame(const FrameTicket& ticket, const std::optional<HeaderlessLayout>
   } else if (!input.is_standard_input() && layout.stride == 0 && is_unpacked(*layout.format)) {
     // Straight to where the pixels are needed.
     frame.pixels.resize(frame_bytes(layout) / sizeof(std::uint16_t));
+    CountsOnArrival counted{(1 << depth.bit_depth.value_or(significant_bits(*layout.format))) - 1, {}};
+    const auto count = [&](const void* part, std::size_t size) {
+      const auto* const pixels = static_cast<const std::uint16_t*>(part);
+      counted.counts += count_pixels(pixels, size / sizeof(std::uint16_t), counted.full_scale);
+    };
     const std::size_t present =
-        read_bytes(input.path, frame_offset(layout, ticket.number), frame.pixels.data(), frame_bytes(layout));
+        read_bytes(input.path, frame_offset(layout, ticket.number), frame.pixels.data(), frame_bytes(layout), count);
     take_unpacked_frame(ticket.name(), present, layout, frame);
+    frame.counted = counted;
     return;
   } else if (!input.is_standard_input()) {
     read_part_of_file(input.path, frame_file, frame_offset(layout, ticket.number), frame_bytes(layout), bytes);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "batch/frame_sequence.h"
+#include "frames/bit_depth.h"
 #include "frames/headerless_frame.h"
 #include "frames/raw_frame.h"
 #include "image.h"
@@ -19,10 +20,11 @@ void count_frames_of(FrameInput& input, const std::optional<HeaderlessLayout>& h
 
 /**
  * Reads the ticket's frame into `frame`: a picture, or with `headerless` pixels without a header. Of standard input
- * `bytes` are the frame's; of a file they are room to work in, kept from frame to frame. Throws Failure.
+ * `bytes` are the frame's; of a file they are room to work in, kept from frame to frame. `depth` is what will be made
+ * of it, where that is known: pixels that need no unpacking are counted by it. Throws Failure.
  */
 void read_frame(const FrameTicket& ticket, const std::optional<HeaderlessLayout>& headerless, Bytes& bytes,
-                RawFrame& frame);
+                RawFrame& frame, const DepthChoice& depth = {});
 
 /** The frame of a file that must hold a single one. Throws Failure. */
 RawFrame read_only_frame(const std::string& path, const std::optional<HeaderlessLayout>& headerless);

@@ -225,15 +225,11 @@ Bytes encode_drawing(const Picture& picture, const std::vector<TextEntry>& texts
                     Compression::small);
 }
 
-void write_output_file(FileSet& set, std::mutex& mutex, const std::filesystem::path& path, const OutputFile& file,
+void write_output_file(FileSet& set, const std::filesystem::path& path, const OutputFile& file,
                        const std::vector<TextEntry>& texts, const SensorTransformer& transformer,
                        SensorPictures& pictures) {
-  const auto put = [&](const Bytes& bytes) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    set.write(path, bytes);
-  };
   if (std::holds_alternative<PictureKind>(file.content)) {
-    put(encode_drawing(pictures.draw(file), texts));
+    set.write(path, encode_drawing(pictures.draw(file), texts));
     return;
   }
   const Output output = std::get<Output>(file.content);
@@ -251,11 +247,10 @@ void write_output_file(FileSet& set, std::mutex& mutex, const std::filesystem::p
   }
   const std::string extension = path.extension().string();
   if (extension == ".npy") {
-    const std::lock_guard<std::mutex> lock(mutex);
     write_array(set, path, planes, texts);
   } else {
     const ImageView& image = planes.front();
-    put(extension == ".png" ? encode_png(image, texts) : encode_tiff(image, tiff_tags(texts)));
+    set.write(path, extension == ".png" ? encode_png(image, texts) : encode_tiff(image, tiff_tags(texts)));
   }
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <mutex>
 #include <set>
 #include <string>
 #include <variant>
@@ -64,9 +63,9 @@ class SensorPictures;
 
 /**
  * Puts a file into `set`, with its texts; those of an array go into a file beside it. Throws Failure, CodecError.
- * Several threads may each write one at the same time, of pictures only one; `mutex` guards the set.
+ * Several threads may each write one at the same time, of pictures only one.
  */
-void write_output_file(FileSet& set, std::mutex& mutex, const std::filesystem::path& path, const OutputFile& file,
+void write_output_file(FileSet& set, const std::filesystem::path& path, const OutputFile& file,
                        const std::vector<TextEntry>& texts, const SensorTransformer& transformer,
                        SensorPictures& pictures);
 

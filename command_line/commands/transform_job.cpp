@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <mutex>
 
 #include "batch/frame_reader.h"
 #include "commands/how_made.h"
@@ -25,7 +24,7 @@ FrameReport TransformJob::work(const FrameTicket& ticket) {
       refuse_existing(path_of(ticket, file), "--no-clobber keeps it");
     }
   }
-  read_frame(ticket, request_.headerless, bytes(), transformer_.frame());
+  read_frame(ticket, request_.headerless, bytes(), transformer_.frame(), request_.depth);
   const FrameTransformer::Timing timing = transformer_.run(name);
   write(ticket, source);
   return describe(name, timing);
@@ -56,10 +55,8 @@ void TransformJob::write(const FrameTicket& ticket, const std::string& source) {
   files.make_directory((request_.directory / ticket.input->stem).parent_path());
   // Pictures share what is drawn once, so the first thread draws them all, and then helps the others.
   std::atomic<std::size_t> next{0};
-  std::mutex mutex;
   const auto write_one = [&](const OutputFile& file) {
-    write_output_file(files, mutex, path_of(ticket, file), file, how_made(request_, source, file), transformer_,
-                      pictures);
+    write_output_file(files, path_of(ticket, file), file, how_made(request_, source, file), transformer_, pictures);
   };
   on_threads(std::min(request_.writers, request_.files.size()), [&](std::size_t writer) {
     for (const OutputFile& file : request_.files) {

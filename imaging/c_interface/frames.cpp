@@ -1,10 +1,11 @@
-// Pixel formats and colour planes.
+// Pixel formats, colour planes and recordings.
 #include <algorithm>
 #include <string_view>
 
 #include "c_interface/guarded_call.h"
 #include "frames/colour_formats.h"
 #include "frames/pixel_formats.h"
+#include "frames/recording.h"
 #include "threads.h"
 
 namespace nerova_zel {
@@ -110,5 +111,21 @@ int32_t nv_imaging_split_colours(const uint16_t* pixels, int32_t width, int32_t 
     const std::size_t one = static_cast<std::size_t>(width / 2) * static_cast<std::size_t>(height / 2);
     ColourMosaic(known, {0, 0}, {width, height})
         .split(pixels, {planes, planes + one, planes + 2 * one, planes + 3 * one});
+  });
+}
+
+int32_t nv_imaging_read_recording(const char* text, size_t length, const char* name, nv_imaging_recording* recording) {
+  return guarded_call([&] {
+    require(text != nullptr && name != nullptr && recording != nullptr, "there is no text, no name or no place");
+    const Recording found = parse_recording(std::string(text, length), name);
+    *recording = {found.frames,
+                  found.size.width,
+                  found.size.height,
+                  found.origin.x,
+                  found.origin.y,
+                  found.layout.angle_at(0, 0),
+                  significant_bits(found.format),
+                  name_of(found.format),
+                  found.colour ? name_of(*found.colour) : nullptr};
   });
 }

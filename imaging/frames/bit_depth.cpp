@@ -10,6 +10,7 @@ namespace nerova_zel {
 namespace {
 
 void shift_down(RawFrame& frame, int bits) {
+  frame.counted.reset();
   for (std::uint16_t& pixel : frame.pixels) {
     pixel = static_cast<std::uint16_t>(pixel >> static_cast<unsigned>(bits));
   }

@@ -75,6 +75,15 @@ PixelCounts count_baseline(const std::uint16_t* pixels, std::size_t count, std::
 
 }  // namespace
 
+PixelCounts& PixelCounts::operator+=(const PixelCounts& more) {
+  dark += more.dark;
+  saturated += more.saturated;
+  above += more.above;
+  greatest = std::max(greatest, more.greatest);
+  set_bits = static_cast<std::uint16_t>(set_bits | more.set_bits);
+  return *this;
+}
+
 PixelCounts count_pixels(const std::uint16_t* pixels, std::size_t count, int full_scale) {
   static const bool avx2 = __builtin_cpu_supports("avx2") != 0;
   return (avx2 ? count_avx2 : count_baseline)(pixels, count, static_cast<std::uint16_t>(full_scale));

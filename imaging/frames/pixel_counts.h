@@ -12,6 +12,8 @@ struct PixelCounts {
   std::uint32_t above = 0;      ///< above full scale
   std::uint16_t greatest = 0;   ///< value
   std::uint16_t set_bits = 0;   ///< that any pixel has
+
+  PixelCounts& operator+=(const PixelCounts& more);
 };
 
 /** Of at most 2^32 - 1 pixels; the full scale is 0 to 65535. */

@@ -24,6 +24,7 @@ void crop(RawFrame& frame, const Region& region, const std::string& name) {
   if (region.x > frame.width - region.size.width || region.y > frame.height - region.size.height) {
     throw Failure(name + " is " + size_of(frame) + ", which the region reaches beyond.", Fact::region_beyond_frame);
   }
+  frame.counted.reset();
   const auto from = static_cast<std::size_t>(frame.width);
   const auto to = static_cast<std::size_t>(region.size.width);
   for (std::size_t y = 0; y < static_cast<std::size_t>(region.size.height); ++y) {
@@ -33,6 +34,11 @@ void crop(RawFrame& frame, const Region& region, const std::string& name) {
   frame.width = region.size.width;
   frame.height = region.size.height;
   frame.pixels.resize(to * static_cast<std::size_t>(region.size.height));
+}
+
+PixelCounts counts_of(const RawFrame& frame, int full_scale) {
+  const bool known = frame.counted && frame.counted->full_scale == full_scale;
+  return known ? frame.counted->counts : count_pixels(frame.pixels.data(), frame.pixels.size(), full_scale);
 }
 
 }  // namespace nerova_zel

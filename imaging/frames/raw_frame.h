@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "frames/pixel_counts.h"
+
 namespace nerova_zel {
 
 struct FrameSize {
@@ -32,6 +34,11 @@ struct FrameRange {
   std::optional<std::uint64_t> end;
 };
 
+struct CountsOnArrival {
+  int full_scale;
+  PixelCounts counts;
+};
+
 /** A raw mosaic frame as its file holds it. */
 struct RawFrame {
   int width = 0;
@@ -49,6 +56,8 @@ struct RawFrame {
   /** TIFF's orientation tag, 1 if there is none. Pixels are as stored, whatever it says: turning them would move the
    * polarizers. */
   int orientation = 1;
+  /** Where the pixels were counted when they came, which is cheaper than later. Whoever changes them clears it. */
+  std::optional<CountsOnArrival> counted = std::nullopt;
 };
 
 // `name` is what failures call the frame.
@@ -58,5 +67,8 @@ void check_mosaic_size(const RawFrame& frame, const std::string& name);
 
 /** Keeps only the region, in place. Throws Failure if it does not lie within the frame. */
 void crop(RawFrame& frame, const Region& region, const std::string& name);
+
+/** Taken from `counted` where that is of the same full scale. */
+PixelCounts counts_of(const RawFrame& frame, int full_scale);
 
 }  // namespace nerova_zel

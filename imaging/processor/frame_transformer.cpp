@@ -48,7 +48,7 @@ FrameTransformer::Timing FrameTransformer::run(const std::string& name) {
   if (settings_.calibration) {
     check_bit_depth(*settings_.calibration, bit_depth_, name);
   }
-  counts_ = count_pixels(frame_.pixels.data(), frame_.pixels.size(), full_scale());
+  counts_ = counts_of(frame_, full_scale());
   if (!settings_.allow_overflow) {
     check_overflow(counts_, frame_, bit_depth_, name);
   }

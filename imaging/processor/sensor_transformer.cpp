@@ -104,7 +104,7 @@ void SensorTransformer::settle_pixels(const std::string& name) {
     crop(frame_, *settings_.region, name);
   }
   const int bit_depth = settle_bit_depth(frame_, settings_.depth, name);
-  counts_ = count_pixels(frame_.pixels.data(), frame_.pixels.size(), (1 << bit_depth) - 1);
+  counts_ = counts_of(frame_, (1 << bit_depth) - 1);
   if (!settings_.allow_overflow) {
     check_overflow(counts_, frame_, bit_depth, name);
   }

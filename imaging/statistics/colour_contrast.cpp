@@ -28,8 +28,8 @@ Tiling tiling_of(int pixels, int origin) {
 }
 
 /** Light of the four cells of a pattern whose top-left pixel is `pixel`. */
-std::array<double, 4> cells_of(const std::uint16_t* pixel, int width) {
-  std::array<double, 4> cells{};
+std::array<std::uint32_t, 4> cells_of(const std::uint16_t* pixel, int width) {
+  std::array<std::uint32_t, 4> cells{};
   for (std::size_t y = 0; y < 4; ++y, pixel += width) {
     for (std::size_t x = 0; x < 4; ++x) {
       cells[y / 2 * 2 + x / 2] += pixel[x];
@@ -47,7 +47,7 @@ std::optional<ColourContrast> measure_tile(const std::uint16_t* corner, int widt
   double patterns = 0.0;
   for (int y = 0; y < tile_height; y += 4) {
     for (int x = 0; x < tile_width; x += 4, ++patterns) {
-      const std::array<double, 4> cells = cells_of(corner + static_cast<std::ptrdiff_t>(y) * width + x, width);
+      const auto cells = cells_of(corner + static_cast<std::ptrdiff_t>(y) * width + x, width);
       const double mean = 0.25 * (cells[0] + cells[1] + cells[2] + cells[3]);
       light += mean;
       for (std::size_t i = 0; i < 4; ++i) {

@@ -122,6 +122,30 @@ NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_unpack(const char* format, con
 NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_split_colours(const uint16_t* pixels, int32_t width, int32_t height,
                                                                 const char* pattern, uint16_t* planes);
 
+/** What a file of raw frames without gaps holds, as the JSON beside it says; docs/cameras.md lists its members. */
+typedef struct nv_imaging_recording {
+  uint64_t frames;
+  int32_t width;
+  int32_t height;
+  int32_t origin_x; /**< sensor column of the top-left pixel */
+  int32_t origin_y;
+  int32_t layout;           /**< polarizer at even sensor coordinates: 0, 45, 90 or 135 degrees */
+  int32_t bit_depth;        /**< of the pixel format */
+  const char* pixel_format; /**< as nv_imaging_unpack takes it; static text */
+  const char* colour;       /**< pattern of a sensor with colour filters, such as "RGGB", static text; NULL of others */
+} nv_imaging_recording;
+
+/**
+ * Reads the text of such a description, NAME.raw.json of NAME.raw.
+ *
+ * @param text `length` bytes of UTF-8; not NULL.
+ * @param name what errors call the file.
+ * @param recording not NULL.
+ * @return 0; 101; 102 (not such a text); 103.
+ */
+NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_read_recording(const char* text, size_t length, const char* name,
+                                                                 nv_imaging_recording* recording);
+
 /* Images ---------------------------------------------------------------------------------------------------------- */
 
 /**

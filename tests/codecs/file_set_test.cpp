@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <memory>
+#include <thread>
 
 #include "file_bytes.h"
 #include "samples_of_files.h"
@@ -37,6 +38,25 @@ TEST(FileSet, FilesAppearTogetherOnCommit) {
   EXPECT_EQ(content_of(folder / "one"), "1");
   EXPECT_EQ(content_of(folder / "deep/below/two"), "two");
   EXPECT_EQ(folder.names(), (Names{"deep", "one"})) << "nothing temporary is left";
+}
+
+TEST(FileSet, ThreadsMayWriteAtTheSameTime) {
+  const Folder folder;
+  constexpr std::size_t count = 64;
+  FileSet set;
+  const auto write = [&](std::size_t first) {
+    for (std::size_t number = first; number < count; number += 2) {
+      set.write(folder / std::to_string(number), bytes(std::to_string(number)));
+    }
+  };
+  std::thread other(write, 1);
+  write(0);
+  other.join();
+  set.commit();
+  ASSERT_EQ(folder.names().size(), count);
+  for (std::size_t number = 0; number < count; ++number) {
+    EXPECT_EQ(content_of(folder / std::to_string(number)), std::to_string(number));
+  }
 }
 
 TEST(FileSet, NothingIsLeftWithoutCommit) {
@@ -80,7 +100,8 @@ TEST(FileSet, WhatADeadProgramLeftIsUsedAgain) {
 
 TEST(FileSet, WhatDeadProgramsLeftIsRemovedAndWhatIsWrittenIsNot) {
   const Folder folder;
-  for (const char* name : {"a.png.partial", "a.png.partial2", "b.png.previous1", "someone.partial", "c.png", "partial"}) {
+  for (const char* name :
+       {"a.png.partial", "a.png.partial2", "b.png.previous1", "someone.partial", "c.png", "partial"}) {
     put(folder / name, "");
   }
   FileSet set;

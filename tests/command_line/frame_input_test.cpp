@@ -1,4 +1,5 @@
 // What files say of themselves, and what makes a reading of them wrong without looking so.
+#include "batch/frame_reader.h"
 #include "npy_file.h"
 #include "png_file.h"
 #include "tiff_file.h"
@@ -127,6 +128,37 @@ TEST_F(FrameInputTest, HeadersStridesAndPartsOfStreams) {
   EXPECT_EQ(listing().count("out/run_000000_power.npy") + listing().count("out/stdin_000002_power.npy"), 0U);
   expect_refusal("transform run.raw --raw 16x12 --stride 35 -o out2", {"--stride", "--pixel-format"}, 2);
   expect_refusal("transform run.raw --stride 35 -o out2", {"--stride", "--raw"}, 2);
+}
+
+// Parts of 256 KiB are counted while they come; what changes the frame afterwards must not leave the old counts.
+TEST_F(FrameInputTest, PixelsAreCountedAsTheyCome) {
+  std::vector<std::uint16_t> pixels(700U * 513U);
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    pixels[i] = static_cast<std::uint16_t>(i * 2654435761U >> 12U & 0x1FFFU);
+  }
+  write("large.raw", std::string(reinterpret_cast<const char*>(pixels.data()), 2 * pixels.size()));
+  FrameInput input;
+  input.path = path("large.raw");
+  HeaderlessLayout layout;
+  layout.size = {700, 513};
+  layout.format = PixelFormat::mono16;
+  Bytes bytes;
+  RawFrame frame;
+  read_frame({0, &input, 0}, layout, bytes, frame, {12, false});
+  ASSERT_EQ(frame.pixels, pixels);
+  ASSERT_TRUE(frame.counted);
+  const auto same = [](const PixelCounts& one, const PixelCounts& other) {
+    return one.dark == other.dark && one.saturated == other.saturated && one.above == other.above &&
+           one.greatest == other.greatest && one.set_bits == other.set_bits;
+  };
+  for (const int full_scale : {4095, 1023}) {
+    EXPECT_TRUE(same(counts_of(frame, full_scale), count_pixels(pixels.data(), pixels.size(), full_scale)));
+  }
+  crop(frame, {2, 2, {100, 90}}, "frame");
+  EXPECT_TRUE(same(counts_of(frame, 4095), count_pixels(frame.pixels.data(), frame.pixels.size(), 4095)));
+  read_frame({0, &input, 0}, layout, bytes, frame, {12, true});
+  settle_bit_depth(frame, {12, true}, "frame");
+  EXPECT_TRUE(same(counts_of(frame, 4095), count_pixels(frame.pixels.data(), frame.pixels.size(), 4095)));
 }
 
 // A PNG of 12 bits, as it is, says so by a text, or by sBIT, whose samples are scaled to full depth.

@@ -123,6 +123,21 @@ internal static class Tests
         Same(pixels, RawFrames.Unpack("Mono12p", packed, 5, 2), "Mono12p");
         Close(12, RawFrames.BitDepth("Mono12p"), "bit depth");
         True(RawFrames.PixelFormats().Contains("Mono12p"), "names of formats");
+        File.WriteAllBytes(At("run.raw"), packed);
+        const string about = "{\"format\": \"nerova-zel-recording\", \"version\": 1, \"pixel_format\": \"BayerRGPolarized12p\", "
+            + "\"width\": 5, \"height\": 2, \"origin\": {\"x\": 1, \"y\": 2}, \"layout\": 45, \"frames\": ";
+        File.WriteAllText(At("run.raw.json"), about + "1}");
+        using (var recording = new Recording(At("run.raw")))
+        {
+            Same(RawFrames.Unpack("Mono12p", packed.Take(15).ToArray(), 10), recording.Read(0), "recorded frame");
+            True(recording.Colour == "RGGB" && recording.Format.Layout == 45 && recording.Format.OriginY == 2, "recording");
+            Fails<ArgumentOutOfRangeException>(() => recording.Read(1), "1 frames");
+        }
+
+        File.WriteAllText(At("run.raw.json"), about + "2}");
+        Fails<InvalidDataException>(() => new Recording(At("run.raw")), "holds 16 bytes");
+        File.WriteAllText(At("run.raw.json"), "{}");
+        Fails<PolarizationException>(() => new Recording(At("run.raw")), "describe a recording");
         ushort[] cells = Enumerable.Range(0, 32).Select(number => (ushort)number).ToArray();
         ushort[][] planes = RawFrames.SplitColours(cells, 8, 4, "GRBG");
         Same(new ushort[] { 2, 3, 6, 7, 10, 11, 14, 15 }, planes[0], "red");

@@ -66,7 +66,7 @@ void set_input(GstHarness* filter, const GstVideoInfo& info) {
 }
 
 /** A frame of mixed 12-bit or 8-bit samples, with GStreamer's own gaps between its rows. */
-GstBuffer* input_buffer(const GstVideoInfo& info) {
+GstBuffer* input_buffer(const GstVideoInfo& info, unsigned shift = 0) {
   GstBuffer* const buffer = gst_buffer_new_allocate(nullptr, GST_VIDEO_INFO_SIZE(&info), nullptr);
   GstVideoFrame frame;
   gst_video_frame_map(&frame, &info, buffer, GST_MAP_WRITE);
@@ -79,7 +79,7 @@ GstBuffer* input_buffer(const GstVideoInfo& info) {
     if (GST_VIDEO_INFO_FORMAT(&info) == GST_VIDEO_FORMAT_GRAY8) {
       row[i % width] = static_cast<std::uint8_t>(samples[i]);
     } else {
-      reinterpret_cast<std::uint16_t*>(row)[i % width] = samples[i];
+      reinterpret_cast<std::uint16_t*>(row)[i % width] = static_cast<std::uint16_t>(samples[i] << shift);
     }
   }
   gst_video_frame_unmap(&frame);
@@ -200,6 +200,7 @@ TEST(Polarize, SaysWhatIsDoubtfulAndRefusesWhatIsWrong) {
     const GstVideoInfo& input;
     GstMessageType type;
     const char* words;  ///< NULL where nothing is said
+    unsigned shift = 0;
   } cases[] = {
       {"layout=90", grey8, GST_MESSAGE_WARNING, nullptr},
       {"", grey8, GST_MESSAGE_WARNING, "Layout 90 is assumed"},
@@ -207,12 +208,13 @@ TEST(Polarize, SaysWhatIsDoubtfulAndRefusesWhatIsWrong) {
       {"layout=90 bit-depth=8", grey16, GST_MESSAGE_WARNING, "more than 8 bits hold"},
       {"layout=90 bit-depth=12", grey16, GST_MESSAGE_WARNING, nullptr},
       {"layout=90 bit-depth=12", grey8, GST_MESSAGE_ERROR, "bit depth 12"},
+      {"layout=90", grey16, GST_MESSAGE_WARNING, "set bit-depth=12 left-aligned=true", 4},
   };
   for (const auto& example : cases) {
     SCOPED_TRACE(example.properties);
     Filter filter(std::string("nerovapolarize ") + example.properties);
     set_input(filter.get(), example.input);
-    const GstFlowReturn flow = gst_harness_push(filter.get(), input_buffer(example.input));
+    const GstFlowReturn flow = gst_harness_push(filter.get(), input_buffer(example.input, example.shift));
     EXPECT_EQ(flow, example.type == GST_MESSAGE_ERROR ? GST_FLOW_ERROR : GST_FLOW_OK);
     const std::string text = filter.next_message(example.type);
     if (example.words == nullptr) {

@@ -45,6 +45,19 @@ static void check_formats(void) {
   CHECK(nv_imaging_split_colours(pixels, 4, 6, "RGGB", pixels) == NV_IMAGING_ERROR_ARGUMENT);
 }
 
+static void check_recordings(void) {
+  static const char text[] =
+      "{\"format\": \"nerova-zel-recording\", \"version\": 1, \"pixel_format\": \"BayerGRPolarized12p\", \"width\": 8, "
+      "\"height\": 4, \"origin\": {\"x\": 1, \"y\": 2}, \"layout\": 45, \"frames\": 3}";
+  nv_imaging_recording recording;
+  CHECK(nv_imaging_read_recording(text, strlen(text), "run", &recording) == 0);
+  CHECK(recording.frames == 3 && recording.width == 8 && recording.height == 4 && recording.layout == 45);
+  CHECK(recording.origin_x == 1 && recording.origin_y == 2 && recording.bit_depth == 12);
+  CHECK(strcmp(recording.pixel_format, "Mono12p") == 0 && strcmp(recording.colour, "GRBG") == 0);
+  CHECK(nv_imaging_read_recording(text, strlen(text) - 1, "run", &recording) == NV_IMAGING_ERROR_DATA);
+  CHECK(strstr(nv_imaging_error_text(), "run does not describe a recording") != NULL);
+}
+
 static void check_images(nv_polarization_processor* processor) {
   static uint16_t pixels[count], azimuth[count], dolp[count], from_angle[count];
   static float truth[3][count], angle[count];
@@ -135,6 +148,7 @@ int main(void) {
   CHECK(nv_polarization_processor_module_initialize() == 0);
   CHECK(nv_polarization_processor_create_polarization_processor(&processor) == 0);
   check_formats();
+  check_recordings();
   check_images(processor);
   check_calibration();
   CHECK(nv_imaging_route(&route) == 0 && strlen(route) > 3);

@@ -15,6 +15,19 @@ namespace NerovaZel
         public int BitDepth;
     }
 
+    internal struct NativeRecording
+    {
+        public ulong Frames;
+        public int Width;
+        public int Height;
+        public int OriginX;
+        public int OriginY;
+        public int Layout;
+        public int BitDepth;
+        public IntPtr PixelFormat;
+        public IntPtr Colour;
+    }
+
     internal unsafe struct NativeImages
     {
         public float* Stokes;
@@ -126,6 +139,10 @@ namespace NerovaZel
         [DllImport(Imaging, CallingConvention = Cdecl, ExactSpelling = true)]
         internal static extern int nv_imaging_split_colours(
             ushort* pixels, int width, int height, byte[] pattern, ushort* planes);
+
+        [DllImport(Imaging, CallingConvention = Cdecl, ExactSpelling = true)]
+        internal static extern int nv_imaging_read_recording(
+            byte[] text, UIntPtr length, byte[] name, out NativeRecording recording);
 
         [DllImport(Imaging, CallingConvention = Cdecl, ExactSpelling = true)]
         internal static extern int nv_imaging_transform(

@@ -32,12 +32,6 @@ def format_bits(pixel_format: str) -> tuple[int, int]:
     return significant.value, storage.value
 
 
-def colour_of_format(pixel_format: str) -> str | None:
-    """The pattern of a colour format; None for others. Names have the first two colours of the pattern."""
-    patterns = {"BayerRG": "RGGB", "BayerGR": "GRBG", "BayerGB": "GBRG", "BayerBG": "BGGR"}
-    return patterns.get(pixel_format[:7])
-
-
 def frame_bytes(size: tuple[int, int], pixel_format: str) -> int:
     """The bytes of one frame of `size` (height, width)."""
     return (size[0] * size[1] * format_bits(pixel_format)[1] + 7) // 8

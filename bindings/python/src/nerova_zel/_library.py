@@ -28,6 +28,15 @@ class Frame(ctypes.Structure):
     )
 
 
+class Recording(ctypes.Structure):
+    _fields_ = (
+        ("frames", c_uint64),
+        *((name, c_int32) for name in ("width", "height", "origin_x", "origin_y", "layout", "bit_depth")),
+        ("pixel_format", c_char_p),
+        ("colour", c_char_p),
+    )
+
+
 class Images(ctypes.Structure):
     _fields_ = (
         *(
@@ -82,6 +91,7 @@ _IMAGING_FUNCTIONS: dict[str, list[Any]] = {
     "nv_imaging_pixel_format": [c_char_p, POINTER(c_int32), POINTER(c_int32)],
     "nv_imaging_unpack": [c_char_p, c_void_p, c_size_t, c_size_t, c_size_t, c_void_p, c_int32],
     "nv_imaging_split_colours": [c_void_p, c_int32, c_int32, c_char_p, c_void_p],
+    "nv_imaging_read_recording": [c_char_p, c_size_t, c_char_p, POINTER(Recording)],
     "nv_imaging_transform": [c_void_p, POINTER(Frame), POINTER(Images), c_int32],
     "nv_imaging_route": [POINTER(c_char_p)],
     "nv_imaging_compute_statistics": [c_void_p, POINTER(Frame), c_void_p, c_int32, c_int32, POINTER(Statistics)],

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import ctypes
 import json
 import os
 import pathlib
@@ -11,8 +12,9 @@ from typing import Any, Union, overload
 import numpy as np
 import numpy.typing as npt
 
+from . import _library
 from ._arrays import checked_integer, checked_layout, checked_pair
-from ._frames import colour_of_format, format_bits, frame_bytes, unpack
+from ._frames import format_bits, frame_bytes, unpack
 
 _Path = Union[str, "os.PathLike[str]"]
 
@@ -144,10 +146,6 @@ def _remade(
     )
 
 
-_FORMAT = "nerova-zel-recording"
-_NEEDED = ("pixel_format", "width", "height", "origin", "layout", "frames")
-
-
 def open_recording(path: _Path) -> Recording:
     """Opens a raw file with the JSON that describes it: ``run.raw`` and ``run.raw.json``; either path will do.
 
@@ -160,26 +158,17 @@ def open_recording(path: _Path) -> Recording:
     given = pathlib.Path(path)
     raw = given.with_suffix("") if given.suffix == ".json" else given
     about = raw.with_name(raw.name + ".json")
-    try:
-        metadata = json.loads(about.read_text(encoding="utf-8"))
-    except ValueError as error:
-        raise ValueError(f"{about} is not JSON: {error}") from None
-    if not isinstance(metadata, dict) or metadata.get("format") != _FORMAT:
-        raise ValueError(f'{about} does not describe a recording: it has no "format": "{_FORMAT}"')
-    if metadata.get("version") != 1:
-        raise ValueError(f"{about} has the version {metadata.get('version')}; this program reads version 1")
-    missing = [name for name in _NEEDED if name not in metadata]
-    if missing:
-        raise ValueError(f"{about} has no {', '.join(missing)}")
-    pixel_format = metadata["pixel_format"]
+    text = about.read_bytes()
+    found = _library.Recording()
+    _library.call("nv_imaging_read_recording", text, len(text), os.fsencode(about), ctypes.byref(found))
     recording = Recording(
         raw,
-        (metadata["height"], metadata["width"]),
-        pixel_format,
-        layout=metadata["layout"],
-        origin=(metadata["origin"]["x"], metadata["origin"]["y"]),
-        colour=metadata.get("colour", colour_of_format(pixel_format)),
-        metadata=metadata,
+        (found.height, found.width),
+        found.pixel_format.decode(),
+        layout=found.layout,
+        origin=(found.origin_x, found.origin_y),
+        colour=None if found.colour is None else found.colour.decode(),
+        metadata=json.loads(text),
     )
-    frames = checked_integer(f'"frames" in {about}', metadata["frames"], 0, len(recording))
+    frames = checked_integer(f'"frames" in {about}', found.frames, 0, len(recording))
     return recording[:frames]
