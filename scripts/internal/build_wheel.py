@@ -28,6 +28,10 @@ def build_wheel(tree, folder):
                 check=True,
                 stdout=notices,
             )
+        # In the copy only: later releases of setuptools, which users may have, name this setting otherwise.
+        project = copy / "pyproject.toml"
+        section = "[tool.setuptools]\n"
+        project.write_text(project.read_text().replace(section, section + 'license-files = ["LICENSE", "NOTICES"]\n'))
         made = pathlib.Path(name) / "made"
         command = [sys.executable, "-m", "pip", "wheel", "--quiet", "--no-build-isolation", "--no-deps", "--no-index"]
         environment = {**os.environ, "NEROVA_BUILD_TREE": str(pathlib.Path(tree).resolve())}
