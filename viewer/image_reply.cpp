@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "image_names.h"
+
 namespace nerova_zel {
 
 namespace {
@@ -9,19 +11,9 @@ namespace {
 constexpr std::size_t alignment = 8;
 constexpr std::int64_t largest_step = 4096;
 
-constexpr const char* frame_name = "raw";
 constexpr const char* windows_name = "raw4";
 
 std::size_t padding_of(std::size_t bytes) { return (alignment - bytes % alignment) % alignment; }
-
-Output output_of(const std::string& name) {
-  for (const OutputDescription& row : output_table) {
-    if (name == row.name) {
-      return row.output;
-    }
-  }
-  throw BadRequest("images is a list of raw, raw4 and outputs; there is no such image.");
-}
 
 const char* name_of(OutputElement element) { return element == OutputElement::uint16 ? "u16" : "f32"; }
 
@@ -44,13 +36,18 @@ Reply image_reply(const Query& query, const ViewSettings& settings, ViewedFrames
   }
   std::set<Output> outputs;
   for (const std::string& name : names) {
-    if (name != frame_name && name != windows_name) {
-      outputs.insert(output_of(name));
+    if (const auto output = name == windows_name ? std::nullopt : image_of(name)) {
+      outputs.insert(*output);
     }
   }
-  const ComputedFrames::Images images = computed.get(asked.view(), outputs, outputs.size() < names.size());
-  const FrameFacts& facts = images.facts;
+  ComputedFrames::Images images = computed.get(asked.view(), {});
+  const FrameFacts facts = images.facts;
   const Cut cut{FrameQuery::region(query, facts.width, facts.height), step};
+  int first_row = cut.region.y;
+  int end_row = cut.region.y + cut.region.size.height;
+  images = computed.get_rows(asked.view(), outputs, first_row, end_row);
+  Cut of_outputs = cut;
+  of_outputs.region.y -= first_row;
 
   nlohmann::ordered_json head = {{"frame", asked.view().frame},
                                  {"name", facts.name},
@@ -67,8 +64,9 @@ Reply image_reply(const Query& query, const ViewSettings& settings, ViewedFrames
   std::size_t offset = 0;
   for (const std::string& name : names) {
     const bool is_window = name == windows_name;
-    const auto& image = is_window || name == frame_name ? images.frame : images.outputs.at(output_of(name));
-    const CutBytes bytes = is_window ? cut_windows(*image, cut) : cut_image(image, cut);
+    const auto output = is_window ? std::nullopt : image_of(name);
+    const auto& image = output ? images.outputs.at(*output) : images.frame;
+    const CutBytes bytes = is_window ? cut_windows(*image, cut) : cut_image(image, output ? of_outputs : cut);
     head["images"].push_back({{"name", name},
                               {"element", name_of(image->element())},
                               {"channels", is_window ? 4 : image->channels},

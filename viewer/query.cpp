@@ -44,7 +44,7 @@ std::vector<std::string> split(const std::string& text, char separator) {
 
 }  // namespace
 
-Query::Query(const std::string& text, std::initializer_list<const char*> names) {
+Query::Query(const std::string& text, const std::vector<const char*>& names) {
   if (text.empty()) {
     return;
   }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -22,7 +21,7 @@ class BadRequest : public std::runtime_error {
 class Query {
  public:
   /** `text` is what follows the question mark. Each name is known and comes at most once. */
-  Query(const std::string& text, std::initializer_list<const char*> names);
+  Query(const std::string& text, const std::vector<const char*>& names);
 
   std::optional<std::string> text(const std::string& name) const;
   /** A whole number from `least` to `greatest`. */

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +18,8 @@ struct Reply {
   /** Of what is to be saved; else empty. */
   std::string file_name;
   std::vector<CutBytes> parts;
+  /** Set where the reply is not there yet: called now and then until it gives one. */
+  std::function<std::optional<Reply>()> later{};
 
   /** Text in memory of its own. */
   void add(std::string text) {

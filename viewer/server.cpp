@@ -1,6 +1,9 @@
 // The viewer as a server of HTTP on the loopback interface.
 #include <httplib.h>
 
+#include <atomic>
+#include <chrono>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -66,6 +69,12 @@ void send(Reply reply, httplib::Response& response) {
       });
 }
 
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds look_again{40};
+/** Without a page for so long, the last one was closed: one that is loaded again is back by then. */
+constexpr std::chrono::seconds closed_time{5};
+
 class Server : public Viewer {
  public:
   Server(ViewSettings settings, ViewedFrames& frames) : api_(std::move(settings), frames), port_(bind()) {
@@ -80,13 +89,17 @@ class Server : public Viewer {
     while (!server_.is_running()) {  // it cannot be stopped before it has begun
       std::this_thread::yield();
     }
+    stops_ = true;
     server_.stop();
     listener_.join();
   }
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  bool is_over() const override { return false; }
+  bool is_over() const override {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return api_.settings().once && was_open_ && waiting_ == 0 && Clock::now() - closed_ > closed_time;
+  }
 
  private:
   int bind() {
@@ -141,13 +154,52 @@ class Server : public Viewer {
       return;
     }
     const std::size_t end = request.target.find('?');
-    send(api_.answer(request.path, end == std::string::npos ? "" : request.target.substr(end + 1)), response);
+    Reply reply = api_.answer(request.path, end == std::string::npos ? "" : request.target.substr(end + 1));
+    if (reply.later) {
+      send_later(std::move(reply), response);
+    } else {
+      send(std::move(reply), response);
+    }
+  }
+
+  /** A page that waits is one that is open. */
+  void send_later(Reply reply, httplib::Response& response) {
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      was_open_ = true;
+      ++waiting_;
+    }
+    response.set_chunked_content_provider(
+        reply.media_type,
+        [this, later = std::move(reply.later)](std::size_t, httplib::DataSink& sink) {
+          while (sink.is_writable() && !stops_) {
+            if (const std::optional<Reply> now = later()) {
+              for (const CutBytes& part : now->parts) {
+                sink.write(reinterpret_cast<const char*>(part.data), part.size);
+              }
+              sink.done();
+              return true;
+            }
+            std::this_thread::sleep_for(look_again);
+          }
+          return false;
+        },
+        [this](bool) {
+          const std::lock_guard<std::mutex> lock(mutex_);
+          --waiting_;
+          closed_ = Clock::now();
+        });
   }
 
   Api api_;
   httplib::Server server_;
   int port_;
   std::optional<Access> access_;
+  mutable std::mutex mutex_;
+  int waiting_ = 0;  ///< pages
+  bool was_open_ = false;
+  Clock::time_point closed_{};
+  std::atomic<bool> stops_{false};
   std::thread listener_;
 };
 

@@ -23,15 +23,19 @@ static_assert(std::atomic<int>::is_always_lock_free, "signal handlers must not w
  */
 std::array<std::atomic<int>, 2> bell{-1, -1};
 
-extern "C" void note_signal(int signal) {
+void note_request(int signal) {
   const int reason = errno;
   noted = signal;
-  std::signal(signal, SIG_DFL);
   if (bell[1] >= 0) {
     const ssize_t ignored = write(bell[1], "", 1);
     static_cast<void>(ignored);
   }
   errno = reason;
+}
+
+extern "C" void note_signal(int signal) {
+  std::signal(signal, SIG_DFL);
+  note_request(signal);
 }
 
 }  // namespace
@@ -75,6 +79,8 @@ bool Interruption::wait_to_read(int descriptor) {
   }
   return !is_requested();
 }
+
+void Interruption::request() { note_request(SIGINT); }
 
 void Interruption::forget() { noted = 0; }
 

@@ -22,6 +22,9 @@ class Interruption {
    */
   static bool wait_to_read(int descriptor);
 
+  /** Notes one, as a signal would; threads that wait to read go on. */
+  static void request();
+
   /** Forgets the noted interruption, which was how the command is meant to end. */
   static void forget();
 

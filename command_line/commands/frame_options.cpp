@@ -119,7 +119,7 @@ std::optional<HeaderlessLayout> HeaderlessOptions::layout() const {
   return layout;
 }
 
-void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
+void FrameOptions::declare(CLI::App* command, FrameRequest& request, bool needs_frames) {
   command
       ->add_option("FRAME", request.frames,
                    "Grey PNG, TIFF, PGM or NPY files, or headerless ones (--raw); folders; patterns; - (stdin)\n"
@@ -127,7 +127,7 @@ void FrameOptions::declare(CLI::App* command, FrameRequest& request) {
                    "quotes. Headerless frames can come from standard input, as -. Recordings "
                    "(FILE.raw with FILE.raw.json) need no further options.")
       ->type_name("FILE")
-      ->required();
+      ->required(needs_frames);
   command->add_flag("--recursive", request.recursive,
                     "Take folders with the folders below them\n"
                     "Outputs lie in folders of the same names.");
@@ -182,7 +182,6 @@ void FrameOptions::take_recording(FrameRequest& request, std::optional<ColourPat
   if (!recording) {
     return;
   }
-  request.headerless = HeaderlessLayout{recording->size, recording->format};
   if (!request.layout_is_given) {
     request.layout = recording->layout;
     request.layout_is_given = true;
@@ -190,16 +189,27 @@ void FrameOptions::take_recording(FrameRequest& request, std::optional<ColourPat
     note("the recording says layout " + std::to_string(recording->layout.angle_at(0, 0)) + "; --layout " +
          std::to_string(request.layout.angle_at(0, 0)) + " is used.");
   }
-  if (origin_option_->count() == 0) {
-    request.origin = recording->origin;
-  }
-  pattern = recording->colour;
+  take_description(*recording, request, pattern);
 }
 
-void FrameOptions::finish(FrameRequest& request) const {
+void FrameOptions::take_description(const Recording& recording, FrameRequest& request,
+                                    std::optional<ColourPattern>& pattern) const {
+  request.headerless = HeaderlessLayout{recording.size, recording.format};
+  if (origin_option_->count() == 0) {
+    request.origin = recording.origin;
+  }
+  pattern = recording.colour;
+}
+
+void FrameOptions::finish(FrameRequest& request, const Recording* camera) const {
   request.headerless = headerless_.layout();
   std::optional<ColourPattern> pattern = headerless_.pattern();
-  if (!request.headerless) {
+  if (camera != nullptr) {
+    if (request.headerless) {
+      throw UsageError("--raw is for files; the camera says how its frames lie.");
+    }
+    take_description(*camera, request, pattern);
+  } else if (!request.headerless) {
     take_recording(request, pattern);
   }
   request.colour = colour_.settings(pattern);

@@ -6,6 +6,7 @@
 
 #include "commands/colour_options.h"
 #include "frames/headerless_frame.h"
+#include "frames/recording.h"
 #include "processor/frame_transformer.h"
 
 namespace CLI {
@@ -63,14 +64,20 @@ class HeaderlessOptions {
 class FrameOptions {
  public:
   /** `request` must live as long as the command. */
-  void declare(CLI::App* command, FrameRequest& request);
+  void declare(CLI::App* command, FrameRequest& request, bool needs_frames = true);
 
-  /** Completes the request when all is parsed: reads the calibration. Throws Failure. */
-  void finish(FrameRequest& request) const;
+  /**
+   * Completes the request when all is parsed: reads the calibration. Frames are those of the camera, if one is
+   * described. Throws Failure.
+   */
+  void finish(FrameRequest& request, const Recording* camera = nullptr) const;
 
  private:
   /** What is not said by options is taken from the description of a recording, the pattern of its colours too. */
   void take_recording(FrameRequest& request, std::optional<ColourPattern>& pattern) const;
+
+  /** What cameras and recordings tell. */
+  void take_description(const Recording& recording, FrameRequest& request, std::optional<ColourPattern>& pattern) const;
 
   HeaderlessOptions headerless_;
   ColourOptions colour_;

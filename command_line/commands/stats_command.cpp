@@ -135,22 +135,16 @@ std::string text_of(const std::string& name, const PlaneSums& sums, const std::v
   return text;
 }
 
-nlohmann::ordered_json json_of(const std::optional<double>& value) {
-  return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
-}
-
 nlohmann::ordered_json json_of(const StatisticsSums& sums) {
   nlohmann::ordered_json object;
-  object["pixels"] = sums.pixels;
-  object["mean_angle_degrees"] = json_of(sums.mean_angle());
-  object["resultant_length"] = json_of(sums.resultant());
-  object["angle_deviation_degrees"] = json_of(sums.angle_deviation());
-  object["pixels_without_angle"] = sums.without_angle;
-  object["mean_degree"] = json_of(sums.mean_degree());
-  object["pixels_without_degree"] = sums.without_degree;
-  for (std::size_t i = 0; i < counted_images; ++i) {
-    object["saturated_pixels"][name_of(static_cast<CountedImage>(i))] = sums.saturated[i];
-    object["dark_pixels"][name_of(static_cast<CountedImage>(i))] = sums.dark[i];
+  for (const NamedStatistic& statistic : named_statistics(sums)) {
+    nlohmann::ordered_json& place =
+        statistic.part.empty() ? object[statistic.name] : object[statistic.name][statistic.part];
+    if (const auto* count = std::get_if<std::uint64_t>(&statistic.value)) {
+      place = *count;
+    } else if (const auto& number = std::get<std::optional<double>>(statistic.value)) {
+      place = *number;
+    }  // else it stays null
   }
   return object;
 }

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <thread>
@@ -31,6 +32,7 @@ struct ViewOptions {
   FrameRequest request;
   ViewSettings settings;
   std::vector<std::string> compared;
+  std::optional<std::string> camera;
   long long memory = 1024;
   bool no_open = false;
 };
@@ -79,12 +81,32 @@ std::vector<ViewedCalibration> read_calibrations(const ViewOptions& options) {
   return calibrations;
 }
 
+/** Serves until an interruption, or until the last page is closed. */
+void serve(ViewOptions& options, std::unique_ptr<CameraFeed> camera) {
+  ViewSettings& settings = options.settings;
+  const bool has_stream = camera || std::count(options.request.frames.begin(), options.request.frames.end(), "-") > 0;
+  const auto bytes = static_cast<std::size_t>(options.memory * mebibyte);
+  settings.frames.most_bytes = has_stream ? bytes / 2 : bytes;
+  const Interruption interruption;
+  ViewedInputs frames(options.request, std::move(camera), bytes / 2);
+  const std::unique_ptr<Viewer> viewer = start_viewer(settings, frames);
+  while (!Interruption::is_requested() && !viewer->is_over()) {
+    std::this_thread::sleep_for(look_again);
+  }
+}
+
 void run_view(ViewOptions& options) {
   FrameRequest& request = options.request;
-  options.frames.finish(request);
-  if (request.frames.empty()) {
+  std::unique_ptr<CameraFeed> camera;
+  if (options.camera) {
+    if (!request.frames.empty()) {
+      throw UsageError("--camera shows what a camera sends; FRAME is for files.");
+    }
+    camera = open_camera_feed(*options.camera);
+  } else if (request.frames.empty()) {
     throw UsageError("FRAME is missing: files, folders, patterns or - (stdin).");
   }
+  options.frames.finish(request, camera ? &camera->description() : nullptr);
   ViewSettings& settings = options.settings;
   settings.frames.settings = request;
   settings.frames.settings.calibration.reset();
@@ -97,7 +119,6 @@ void run_view(ViewOptions& options) {
   settings.frames.colour = request.colour;
   settings.frames.calibrations = read_calibrations(options);
   settings.frames.library = request.library;
-  settings.frames.most_bytes = static_cast<std::size_t>(options.memory * mebibyte);
   settings.layout_is_given = request.layout_is_given;
   settings.version = NEROVA_VERSION;
   if (!request.layout_is_given) {
@@ -110,13 +131,8 @@ void run_view(ViewOptions& options) {
     }
     first = false;
   };
-  ViewedInputs frames(request);
-  const Interruption interruption;
-  const std::unique_ptr<Viewer> viewer = start_viewer(settings, frames);
-  while (!Interruption::is_requested() && !viewer->is_over()) {
-    std::this_thread::sleep_for(look_again);
-  }
-  Interruption::forget();
+  serve(options, std::move(camera));
+  Interruption::forget();  // it is how the command ends
 }
 
 }  // namespace
@@ -142,7 +158,9 @@ void declare_view(CLI::App& app) {
             ->type_name("MIB")
             ->capture_default_str(),
         1, 1 << 20);
-  options->frames.declare(command, options->request);
+  command->add_option("--camera", options->camera, "Id, serial number or address of a camera, to look at what it sends")
+      ->type_name("CAMERA");
+  options->frames.declare(command, options->request, false);
   command->footer(
       "Examples:\n"
       "  nerova-polarize view frame.png --bit-depth 12 --layout 90\n"

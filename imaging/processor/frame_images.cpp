@@ -17,6 +17,18 @@ bool has_library_images(const Outputs& outputs) {
          outputs.azimuth.data() != nullptr || outputs.degree_of_linear_polarization.data() != nullptr;
 }
 
+bool has_any(const StokesPlanes& planes) {
+  return planes.s0 != nullptr || planes.s1 != nullptr || planes.s2 != nullptr;
+}
+
+MosaicFrame mosaic_of(const Frame& frame) {
+  return {frame.pixels.data(),
+          frame.width,
+          frame.height,
+          MosaicLayout(45 * static_cast<int>(frame.phase)),
+          {frame.origin_x, frame.origin_y}};
+}
+
 void angles_by_rows(const TransformCall& transform, const Frame& frame, std::int32_t first_row, std::int32_t end_row,
                     float* angle) {
   const auto width = static_cast<std::size_t>(frame.width);
@@ -37,12 +49,8 @@ void angles_by_rows(const TransformCall& transform, const Frame& frame, std::int
 
 void compute_images(const TransformCall& transform, const Calibration& matrices, const Frame& frame,
                     const ImageBuffers& images, int threads) {
-  const MosaicFrame mosaic{frame.pixels.data(),
-                           frame.width,
-                           frame.height,
-                           MosaicLayout(45 * static_cast<int>(frame.phase)),
-                           {frame.origin_x, frame.origin_y}};
-  const bool has_planes = images.planes.s0 != nullptr || images.planes.s1 != nullptr || images.planes.s2 != nullptr;
+  const MosaicFrame mosaic = mosaic_of(frame);
+  const bool has_planes = has_any(images.planes);
   const auto compute_others = [&](std::int32_t first_row, std::int32_t end_row) {
     if (has_planes) {
       compute_linear_stokes(mosaic, matrices, first_row, end_row, images.planes);
@@ -66,6 +74,31 @@ void compute_images(const TransformCall& transform, const Calibration& matrices,
   }
   const std::vector<std::int32_t> limits = band_limits(frame.height, bands);
   on_threads(limits.size() - 1, [&](std::size_t band) { compute_others(limits[band], limits[band + 1]); });
+}
+
+void compute_image_rows(const TransformCall& transform, const Calibration& matrices, const Frame& frame,
+                        std::int32_t first_row, std::int32_t end_row, const ImageBuffers& images) {
+  const auto width = static_cast<std::size_t>(frame.width);
+  const auto rows = static_cast<std::size_t>(end_row - first_row);
+  Outputs library = images.library;
+  std::vector<float> pairs;
+  if (images.angle != nullptr && library.normalized_stokes.data() == nullptr) {
+    pairs.resize(2 * width * (rows + 2));
+    library.normalized_stokes = pairs.data();
+  }
+  if (has_library_images(library)) {
+    transform_rows(transform, frame, first_row, end_row, library);
+  }
+  if (images.angle != nullptr) {
+    angles_of_pairs(library.normalized_stokes.data(), width * rows, images.angle);
+  }
+  if (has_any(images.planes)) {
+    MosaicFrame mosaic = mosaic_of(frame);
+    mosaic.pixels += width * static_cast<std::size_t>(first_row);
+    mosaic.height = std::min(end_row + 2, frame.height) - first_row;
+    mosaic.origin.y += first_row;
+    compute_linear_stokes(mosaic, matrices, 0, end_row - first_row, images.planes);
+  }
 }
 
 }  // namespace nerova_zel

@@ -20,4 +20,12 @@ struct ImageBuffers {
 void compute_images(const TransformCall& transform, const Calibration& matrices, const Frame& frame,
                     const ImageBuffers& images, int threads);
 
+/**
+ * Computes rows first_row to end_row - 1 with the same bits as compute_images. The images begin at first_row and have
+ * room for two rows more, whose content is undefined. first_row is even; end_row is the height, or even, above
+ * first_row and at least two less than the height. Throws what `transform` throws.
+ */
+void compute_image_rows(const TransformCall& transform, const Calibration& matrices, const Frame& frame,
+                        std::int32_t first_row, std::int32_t end_row, const ImageBuffers& images);
+
 }  // namespace nerova_zel

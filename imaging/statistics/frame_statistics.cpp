@@ -238,6 +238,33 @@ const char* name_of(CountedImage image) {
   return "frame";
 }
 
+std::vector<NamedStatistic> named_statistics(const StatisticsSums& sums) {
+  std::vector<NamedStatistic> all = {{"pixels", "", sums.pixels},
+                                     {"mean_angle_degrees", "", sums.mean_angle()},
+                                     {"resultant_length", "", sums.resultant()},
+                                     {"angle_deviation_degrees", "", sums.angle_deviation()},
+                                     {"pixels_without_angle", "", sums.without_angle},
+                                     {"mean_degree", "", sums.mean_degree()},
+                                     {"pixels_without_degree", "", sums.without_degree}};
+  for (const auto& [name, counts] :
+       {std::pair("saturated_pixels", &sums.saturated), std::pair("dark_pixels", &sums.dark)}) {
+    for (std::size_t i = 0; i < counted_images; ++i) {
+      all.push_back({name, name_of(static_cast<CountedImage>(i)), (*counts)[i]});
+    }
+  }
+  return all;
+}
+
+std::array<std::uint64_t, 180> angle_histogram(const float* angles, std::size_t count) {
+  std::array<std::uint64_t, 180> counts{};
+  for (std::size_t i = 0; i < count; ++i) {
+    if (angles[i] >= 0.0F && angles[i] < 180.0F) {
+      ++counts[static_cast<std::size_t>(angles[i])];
+    }
+  }
+  return counts;
+}
+
 std::set<Output> statistics_outputs() {
   return {Output::stokes, Output::power, Output::hv, Output::diagonal, Output::dolp};
 }

@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <string>
+#include <variant>
+#include <vector>
 
 #include "frames/raw_frame.h"
 #include "processor/bands.h"
@@ -50,6 +53,19 @@ struct StatisticsSums {
   /** 0 to 1; nothing without light. */
   std::optional<double> mean_degree() const;
 };
+
+/** A number of the sums by the name that documents give it; `part` is the image that it is of, or empty. */
+struct NamedStatistic {
+  std::string name;
+  std::string part;
+  std::variant<std::uint64_t, std::optional<double>> value;
+};
+
+/** All numbers, in the order of documents; parts of a name follow each other. */
+std::vector<NamedStatistic> named_statistics(const StatisticsSums& sums);
+
+/** How many angles, in degrees from 0 to 180, lie at i or above and below i + 1; none of those that are NaN. */
+std::array<std::uint64_t, 180> angle_histogram(const float* angles, std::size_t count);
 
 /** The images that statistics need. */
 std::set<Output> statistics_outputs();

@@ -1,6 +1,10 @@
 #include "viewing/computed_frames.h"
 
+#include <algorithm>
+#include <cstring>
 #include <utility>
+
+#include "failure.h"
 
 namespace nerova_zel {
 
@@ -14,19 +18,17 @@ std::string joined(std::initializer_list<std::uint64_t> numbers) {
   return text;
 }
 
-std::string name_of_read(std::size_t source, std::uint64_t frame) { return "read" + joined({source, frame}); }
-
 /** What the frame's own pixels and the facts depend on. */
-std::string name_of_frame(const FrameView& view) {
+std::string name_of_frame(const FrameView& view, std::uint64_t version) {
   return "frame" +
-         joined({view.source, view.frame, static_cast<std::uint64_t>(view.bit_depth.value_or(0)), view.plane}) +
+         joined(
+             {view.source, view.frame, version, static_cast<std::uint64_t>(view.bit_depth.value_or(0)), view.plane}) +
          // With colours these say which pixels are whose.
          joined({static_cast<std::uint64_t>(view.origin.x), static_cast<std::uint64_t>(view.origin.y)});
 }
 
-std::string name_of_output(const FrameView& view, Output output) {
-  return describe(output).name + name_of_frame(view) +
-         joined({static_cast<std::uint64_t>(view.layout), view.calibration});
+std::string name_of_output(const FrameView& view, const std::string& frame_name, Output output) {
+  return describe(output).name + frame_name + joined({static_cast<std::uint64_t>(view.layout), view.calibration});
 }
 
 std::shared_ptr<const KeptImage> take(OutputImages& images, Output output) {
@@ -70,7 +72,7 @@ std::optional<ColourSettings> ComputedFrames::colour_of(const FrameView& view) c
 }
 
 std::shared_ptr<const RawFrame> ComputedFrames::read(std::size_t source, std::uint64_t frame) {
-  const std::string name = name_of_read(source, frame);
+  const std::string name = "read" + joined({source, frame, provider_.version(source, frame)});
   std::shared_ptr<std::mutex> turn;
   {
     const std::lock_guard<std::mutex> lock(reading_);
@@ -80,6 +82,7 @@ std::shared_ptr<const RawFrame> ComputedFrames::read(std::size_t source, std::ui
       known = turn = std::make_shared<std::mutex>();
     }
   }
+  // Who asks for what is being read waits for it.
   const std::lock_guard<std::mutex> lock(*turn);
   std::shared_ptr<const RawFrame> kept = kept_.find<RawFrame>(name);
   if (!kept) {
@@ -91,86 +94,222 @@ std::shared_ptr<const RawFrame> ComputedFrames::read(std::size_t source, std::ui
   return kept;
 }
 
-std::optional<ComputedFrames::Images> ComputedFrames::find(const FrameView& view, const std::set<Output>& outputs,
-                                                           bool with_frame) {
-  const auto facts = kept_.find<FrameFacts>("facts of " + name_of_frame(view));
-  if (!facts) {
-    return std::nullopt;
+/** What is kept of it, the images that are not as NULL; whether there is all. */
+bool ComputedFrames::find(const FrameView& view, const std::string& frame_name, const std::set<Output>& outputs,
+                          Images& images) {
+  const auto facts = kept_.find<FrameFacts>("facts of " + frame_name);
+  images.frame = kept_.find<KeptImage>(frame_name);
+  bool is_whole = facts && images.frame;
+  if (facts) {
+    images.facts = *facts;
   }
-  Images images;
-  images.facts = *facts;
   for (const Output output : outputs) {
-    images.outputs[output] = kept_.find<KeptImage>(name_of_output(view, output));
-    if (!images.outputs[output]) {
-      return std::nullopt;
+    images.outputs[output] = kept_.find<KeptImage>(name_of_output(view, frame_name, output));
+    is_whole = is_whole && images.outputs[output];
+  }
+  return is_whole;
+}
+
+ComputedFrames::Images ComputedFrames::get(const FrameView& view, const std::set<Output>& outputs) {
+  const std::string frame_name = name_of_frame(view, provider_.version(view.source, view.frame));
+  Images images;
+  if (find(view, frame_name, outputs, images)) {
+    return images;
+  }
+  const std::shared_ptr<const RawFrame> raw = read(view.source, view.frame);
+  const std::lock_guard<std::mutex> lock(computing_);
+  if (find(view, frame_name, outputs, images)) {
+    return images;  // computed for another request
+  }
+  std::set<Output> missing;
+  for (const auto& [output, image] : images.outputs) {
+    if (!image) {
+      missing.insert(output);
     }
   }
-  if (with_frame) {
-    images.frame = kept_.find<KeptImage>(name_of_frame(view));
-    if (!images.frame) {
-      return std::nullopt;
-    }
+  const TransformSettings settings = settings_of(view);
+  SensorTransformer transformer(settings, colour_of(view), *libraries_[view.calibration], missing);
+  transformer.frame() = *raw;
+  const std::string name = provider_.name(view.source, view.frame);
+  transformer.run(name);
+  FrameTransformer& plane = transformer.plane(view.plane);
+  if (!images.frame) {
+    images.facts = {name,
+                    plane.frame().width,
+                    plane.frame().height,
+                    plane.bit_depth(),
+                    plane.full_scale(),
+                    plane.counts(),
+                    plane.origin(),
+                    provider_.notes(name, transformer)};
+    kept_.add("facts of " + frame_name, std::make_shared<const FrameFacts>(images.facts), sizeof(FrameFacts));
+    auto image = std::make_shared<KeptImage>();
+    image->width = plane.frame().width;
+    image->height = plane.frame().height;
+    image->values = std::move(plane.frame().pixels);
+    images.frame = image;
+    kept_.add(frame_name, images.frame, images.frame->bytes());
+  }
+  for (const Output output : missing) {
+    images.outputs[output] = take(plane.outputs(), output);
+    kept_.add(name_of_output(view, frame_name, output), images.outputs[output], images.outputs[output]->bytes());
   }
   return images;
 }
 
-ComputedFrames::Images ComputedFrames::get(const FrameView& view, const std::set<Output>& outputs, bool with_frame) {
-  if (std::optional<Images> kept = find(view, outputs, with_frame)) {
-    return *std::move(kept);
+/** Of rows whose significant bits are the lowest, which begin with `first_row`: the outputs of the first `count`. */
+OutputImages ComputedFrames::compute_rows(const FrameView& view, RawFrame& rows, int first_row, int count,
+                                          const std::set<Output>& outputs) const {
+  const TransformSettings settings = settings_of(view);
+  const Library& library = libraries_[view.calibration]->of(0);
+  const Origin origin{settings.origin.x, settings.origin.y + first_row};
+  if (settings.calibration) {
+    without_dark_level(rows, {settings.layout, origin, rows.bit_depth}, *settings.calibration, rows.pixels);
   }
-  const std::shared_ptr<const RawFrame> raw = read(view.source, view.frame);
-  const std::lock_guard<std::mutex> lock(computing_);
-  Images images;
-  std::set<Output> missing;
-  for (const Output output : outputs) {
-    images.outputs[output] = kept_.find<KeptImage>(name_of_output(view, output));
-    if (!images.outputs[output]) {
-      missing.insert(output);
-    }
-  }
-  const std::string frame_name = name_of_frame(view);
-  images.frame = kept_.find<KeptImage>(frame_name);
-  auto facts = kept_.find<FrameFacts>("facts of " + frame_name);
-  if (!missing.empty() || !images.frame || !facts) {
-    const TransformSettings settings = settings_of(view);
-    SensorTransformer transformer(settings, colour_of(view), *libraries_[view.calibration], missing);
-    transformer.frame() = *raw;
-    const std::string name = provider_.name(view.source, view.frame);
-    transformer.run(name);
-    FrameTransformer& plane = transformer.plane(view.plane);
-    if (!facts) {
-      facts = std::make_shared<const FrameFacts>(FrameFacts{name, plane.frame().width, plane.frame().height,
-                                                            plane.bit_depth(), plane.full_scale(), plane.counts(),
-                                                            provider_.notes(name, transformer)});
-      kept_.add("facts of " + frame_name, facts, sizeof(FrameFacts));
-    }
-    for (const Output output : missing) {
-      images.outputs[output] = take(plane.outputs(), output);
-      kept_.add(name_of_output(view, output), images.outputs[output], images.outputs[output]->bytes());
-    }
-    if (!images.frame) {
-      auto image = std::make_shared<KeptImage>();
-      image->width = plane.frame().width;
-      image->height = plane.frame().height;
-      image->values = std::move(plane.frame().pixels);
-      images.frame = image;
-      kept_.add(frame_name, images.frame, images.frame->bytes());
-    }
-  }
-  images.facts = *facts;
+  const Frame frame{rows.pixels,   rows.width, rows.height,
+                    origin.x,      origin.y,   static_cast<Phase>(settings.layout.phase()),
+                    rows.bit_depth};
+  OutputImages images(outputs);
+  images.allocate(rows.width, std::max(rows.height, count + 2));
+  const auto call = [&library](const Frame& part, const Outputs& wanted) { library.transform(part, wanted); };
+  compute_image_rows(call, library.calibration(), frame, 0, count,
+                     images.buffers(static_cast<std::uint16_t>(settings.output_maximum)));
   return images;
+}
+
+namespace {
+
+RawFrame rows_of(const std::vector<std::uint16_t>& pixels, int width, int bit_depth, int first_row, int end_row) {
+  RawFrame rows;
+  rows.width = width;
+  rows.height = end_row - first_row;
+  rows.bit_depth = bit_depth;
+  const auto at = [&](int row) { return pixels.begin() + static_cast<std::ptrdiff_t>(row) * width; };
+  rows.pixels.assign(at(first_row), at(end_row));
+  return rows;
+}
+
+/** Makes rows such that they can be computed apart from the frame, see compute_image_rows. */
+void settle_rows(int height, int& first_row, int& end_row) {
+  first_row -= first_row % 2;
+  end_row += end_row % 2;
+  if (end_row + 2 > height) {
+    end_row = height;
+    first_row -= end_row - first_row < 2 ? 2 : 0;  // a single row is no frame
+  }
+}
+
+}  // namespace
+
+ComputedFrames::Images ComputedFrames::get_rows(const FrameView& view, const std::set<Output>& outputs, int& first_row,
+                                                int& end_row) {
+  Images images;
+  const std::string frame_name = name_of_frame(view, provider_.version(view.source, view.frame));
+  const bool is_kept = find(view, frame_name, outputs, images);
+  if (!images.frame) {
+    images = get(view, {});
+  }
+  const int height = images.facts.height;
+  // Beyond a quarter of the frame, the whole is soon wanted too.
+  if (is_kept || options_.colour || 4 * (end_row - first_row) > height) {
+    first_row = 0;
+    end_row = height;
+    return get(view, outputs);
+  }
+  settle_rows(height, first_row, end_row);
+  RawFrame rows = rows_of(images.frame->values, images.facts.width, images.facts.bit_depth, first_row,
+                          std::min(end_row + 2, height));
+  OutputImages computed = compute_rows(view, rows, first_row, end_row - first_row, outputs);
+  for (const Output output : outputs) {
+    images.outputs[output] = take(computed, output);
+  }
+  return images;
+}
+
+ComputedFrames::Pixel ComputedFrames::pixel(const FrameView& view, int x, int y, const std::optional<FrameSize>& size) {
+  static const std::set<Output> outputs = {Output::s0, Output::s1, Output::s2, Output::angle, Output::dolp};
+  const std::string name = provider_.name(view.source, view.frame);
+  const auto check = [&](const FrameSize& of_frame) {
+    if (x >= of_frame.width || y >= of_frame.height) {
+      throw Failure(name + " is " + std::to_string(of_frame.width) + " x " + std::to_string(of_frame.height) +
+                    " pixels and has none at " + std::to_string(x) + "," + std::to_string(y) + ".");
+    }
+  };
+  KeptImage frame;
+  std::map<Output, std::shared_ptr<const KeptImage>> images;
+  int first_row = y;
+  if (options_.colour) {
+    const Images whole = get(view, outputs);
+    check({whole.facts.width, whole.facts.height});
+    first_row = 0;
+    frame = *whole.frame;
+    images = whole.outputs;
+  } else {
+    int end_row = y + 1;
+    std::optional<RawFrame> rows;
+    if (size) {
+      check(*size);
+      settle_rows(size->height, first_row, end_row);
+      rows = provider_.read_rows(view.source, view.frame, first_row, std::min(end_row + 2, size->height));
+    }
+    if (!rows) {
+      const std::string read_name =
+          "read" + joined({view.source, view.frame, provider_.version(view.source, view.frame)});
+      std::shared_ptr<const RawFrame> whole = kept_.find<RawFrame>(read_name);
+      if (!whole) {
+        whole = std::make_shared<const RawFrame>(provider_.read(view.source, view.frame));
+      }
+      check({whole->width, whole->height});
+      first_row = y;
+      end_row = y + 1;
+      settle_rows(whole->height, first_row, end_row);
+      const int last = std::min(end_row + 2, whole->height);
+      RawFrame part = rows_of(whole->pixels, whole->width, whole->bit_depth, first_row, last);
+      part.storage_bits = whole->storage_bits;
+      part.depth_is_stated = whole->depth_is_stated;
+      part.scaled_from_bits = whole->scaled_from_bits;
+      rows = std::move(part);
+    }
+    rows->bit_depth = settle_bit_depth(*rows, settings_of(view).depth, name);
+    frame.width = rows->width;
+    frame.height = rows->height;
+    frame.values = rows->pixels;
+    OutputImages computed = compute_rows(view, *rows, first_row, end_row - first_row, outputs);
+    for (const Output output : outputs) {
+      images[output] = take(computed, output);
+    }
+  }
+  const int row = y - first_row;
+  const std::size_t place =
+      static_cast<std::size_t>(row) * static_cast<std::size_t>(frame.width) + static_cast<std::size_t>(x);
+  Pixel pixel{};
+  std::memcpy(pixel.samples.data(), cut_windows(frame, {{x, row, {1, 1}}, 1}).data, sizeof pixel.samples);
+  pixel.s0 = images[Output::s0]->floats[place];
+  pixel.s1 = images[Output::s1]->floats[place];
+  pixel.s2 = images[Output::s2]->floats[place];
+  pixel.angle = images[Output::angle]->floats[place];
+  pixel.dolp = images[Output::dolp]->values[place];
+  return pixel;
 }
 
 void ComputedFrames::with_region(const FrameView& view, const Region& region, const std::set<Output>& outputs,
                                  const std::function<void(const FrameTransformer&)>& use) {
-  const std::shared_ptr<const RawFrame> raw = read(view.source, view.frame);
-  const std::lock_guard<std::mutex> lock(computing_);
+  const Images images = get(view, {});
+  RawFrame part = rows_of(images.frame->values, images.facts.width, images.facts.bit_depth, region.y,
+                          region.y + region.size.height);
+  crop(part, {region.x, 0, region.size}, images.facts.name);
+  part.storage_bits = 16;
   TransformSettings settings = settings_of(view);
-  settings.region = region;
-  SensorTransformer transformer(settings, colour_of(view), *libraries_[view.calibration], outputs);
-  transformer.frame() = *raw;
-  transformer.run(provider_.name(view.source, view.frame));
-  use(transformer.plane(view.plane));
+  settings.origin = {images.facts.origin.x + region.x, images.facts.origin.y + region.y};
+  settings.depth = {};  // settled already
+  settings.allow_overflow = true;
+  if (const std::optional<ColourSettings> colour = colour_of(view)) {
+    settings.calibration = colour->calibration(view.plane);
+  }
+  FrameTransformer transformer(settings, libraries_[view.calibration]->of(view.plane), outputs);
+  transformer.frame() = std::move(part);
+  transformer.run(images.facts.name);
+  use(transformer);
 }
 
 }  // namespace nerova_zel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
@@ -42,6 +43,8 @@ struct FrameFacts {
   int bit_depth = 0;
   int full_scale = 0;
   PixelCounts counts;
+  /** Of the frame, or with colours of the plane, which then lies on a sensor of half the size. */
+  Origin origin{};
   std::vector<std::string> notes;
 };
 
@@ -55,6 +58,13 @@ class FrameProvider {
 
   /** Reads a frame; throws any exception, which passes through whoever asked. */
   virtual RawFrame read(std::size_t source, std::uint64_t frame) = 0;
+  /**
+   * Reads rows first_row to end_row - 1 only, where that is less work than the whole frame: then a frame of so many
+   * rows, else nothing. Throws as read.
+   */
+  virtual std::optional<RawFrame> read_rows(std::size_t source, std::uint64_t frame, int first_row, int end_row) = 0;
+  /** Another number when what read gives may have changed. */
+  virtual std::uint64_t version(std::size_t source, std::uint64_t frame) = 0;
   /** What failures call it. */
   virtual std::string name(std::size_t source, std::uint64_t frame) const = 0;
   /** What is to be said of a frame that was just transformed. */
@@ -85,30 +95,52 @@ class ComputedFrames {
 
   struct Images {
     FrameFacts facts;
-    /** The frame's own pixels, if asked for. */
+    /** The frame's own pixels, with the significant bits lowest. */
     std::shared_ptr<const KeptImage> frame;
     std::map<Output, std::shared_ptr<const KeptImage>> outputs;
   };
 
   /**
-   * The frame as the view has it, with those images. Thread-safe; one frame is computed at a time. Throws what the
+   * The frame as the view has it, with those outputs. Thread-safe; one frame is computed at a time. Throws what the
    * provider throws, and Failure.
    */
-  Images get(const FrameView& view, const std::set<Output>& outputs, bool with_frame);
+  Images get(const FrameView& view, const std::set<Output>& outputs);
 
   /** The frame's pixels as they were read. Thread-safe; throws what the provider throws. */
   std::shared_ptr<const RawFrame> read(std::size_t source, std::uint64_t frame);
 
-  /** Calls `use` with a transformer that has transformed the region of the frame, as if the camera had read out no
-   * more. Thread-safe; throws what the provider throws, and Failure. */
+  /**
+   * Only rows first_row to end_row - 1 of the outputs, with the same bits, where that is less work: the images begin
+   * with first_row, which may become an even one, and end_row may grow. Nothing of the outputs is kept. For frames
+   * without colours. Otherwise as get.
+   */
+  Images get_rows(const FrameView& view, const std::set<Output>& outputs, int& first_row, int& end_row);
+
+  /** What belongs to one pixel. */
+  struct Pixel {
+    /** Of the 2 x 2 that begin there: top-left, top-right, bottom-left, bottom-right, mirrored at the edges. */
+    std::array<std::uint16_t, 4> samples;
+    float s0, s1, s2, angle;
+    std::uint16_t dolp;
+  };
+
+  /**
+   * One pixel, with the same bits, computed from as few rows as can be read: `size` is the frame's where that is known
+   * before it is read. Nothing is kept. Thread-safe; throws as get, and Failure for a pixel beyond the frame.
+   */
+  Pixel pixel(const FrameView& view, int x, int y, const std::optional<FrameSize>& size);
+
+  /** A transformer that has transformed the region of the frame, as if the camera had read out no more. Thread-safe;
+   * throws what the provider throws, and Failure. */
   void with_region(const FrameView& view, const Region& region, const std::set<Output>& outputs,
                    const std::function<void(const FrameTransformer&)>& use);
 
  private:
   TransformSettings settings_of(const FrameView& view) const;
   std::optional<ColourSettings> colour_of(const FrameView& view) const;
-  std::optional<Images> find(const FrameView& view, const std::set<Output>& outputs, bool with_frame);
-  void compute(const FrameView& view, const std::set<Output>& outputs);
+  bool find(const FrameView& view, const std::string& frame_name, const std::set<Output>& outputs, Images& images);
+  OutputImages compute_rows(const FrameView& view, RawFrame& rows, int first_row, int count,
+                            const std::set<Output>& outputs) const;
 
   const Options options_;
   FrameProvider& provider_;
