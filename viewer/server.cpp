@@ -72,8 +72,6 @@ void send(Reply reply, httplib::Response& response) {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds look_again{40};
-/** Without a page for so long, the last one was closed: one that is loaded again is back by then. */
-constexpr std::chrono::seconds closed_time{5};
 
 class Server : public Viewer {
  public:
@@ -98,7 +96,7 @@ class Server : public Viewer {
 
   bool is_over() const override {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return api_.settings().once && was_open_ && waiting_ == 0 && Clock::now() - closed_ > closed_time;
+    return api_.settings().once && was_open_ && waiting_ == 0 && Clock::now() - closed_ > api_.settings().closed_time;
   }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -49,8 +50,9 @@ struct ViewSettings {
   std::optional<double> power_end;
   /** Of the loopback interface; 0 is one that is free. */
   int port = 0;
-  /** End with the last page. */
+  /** End with the last page: when none has been open for some time after one was. */
   bool once = false;
+  std::chrono::milliseconds closed_time{5000};
   std::string version;
   /** Sentences to begin with. */
   std::vector<std::string> notes;

@@ -18,17 +18,21 @@ std::string joined(std::initializer_list<std::uint64_t> numbers) {
   return text;
 }
 
+std::string text_of(const Origin& origin) {
+  return joined({static_cast<std::uint64_t>(origin.x), static_cast<std::uint64_t>(origin.y)});
+}
+
 /** What the frame's own pixels and the facts depend on. */
-std::string name_of_frame(const FrameView& view, std::uint64_t version) {
-  return "frame" +
-         joined(
-             {view.source, view.frame, version, static_cast<std::uint64_t>(view.bit_depth.value_or(0)), view.plane}) +
-         // With colours these say which pixels are whose.
-         joined({static_cast<std::uint64_t>(view.origin.x), static_cast<std::uint64_t>(view.origin.y)});
+std::string name_of_frame(const FrameView& view, std::uint64_t version, bool has_colours) {
+  const std::string name =
+      "frame" + joined({view.source, view.frame, version, static_cast<std::uint64_t>(view.bit_depth.value_or(0))});
+  // Which pixels are of a colour depends on the origin.
+  return has_colours ? name + joined({view.plane}) + text_of(view.origin) : name;
 }
 
 std::string name_of_output(const FrameView& view, const std::string& frame_name, Output output) {
-  return describe(output).name + frame_name + joined({static_cast<std::uint64_t>(view.layout), view.calibration});
+  return describe(output).name + frame_name + text_of(view.origin) +
+         joined({static_cast<std::uint64_t>(view.layout), view.calibration});
 }
 
 std::shared_ptr<const KeptImage> take(OutputImages& images, Output output) {
@@ -111,7 +115,8 @@ bool ComputedFrames::find(const FrameView& view, const std::string& frame_name, 
 }
 
 ComputedFrames::Images ComputedFrames::get(const FrameView& view, const std::set<Output>& outputs) {
-  const std::string frame_name = name_of_frame(view, provider_.version(view.source, view.frame));
+  const std::string frame_name =
+      name_of_frame(view, provider_.version(view.source, view.frame), options_.colour.has_value());
   Images images;
   if (find(view, frame_name, outputs, images)) {
     return images;
@@ -126,6 +131,17 @@ ComputedFrames::Images ComputedFrames::get(const FrameView& view, const std::set
     if (!image) {
       missing.insert(output);
     }
+  }
+  const auto keep = [&](OutputImages& computed) {
+    for (const Output output : missing) {
+      images.outputs[output] = take(computed, output);
+      kept_.add(name_of_output(view, frame_name, output), images.outputs[output], images.outputs[output]->bytes());
+    }
+  };
+  if (images.frame && !options_.colour) {
+    OutputImages computed = compute_known(view, images, missing);
+    keep(computed);
+    return images;
   }
   const TransformSettings settings = settings_of(view);
   SensorTransformer transformer(settings, colour_of(view), *libraries_[view.calibration], missing);
@@ -150,9 +166,36 @@ ComputedFrames::Images ComputedFrames::get(const FrameView& view, const std::set
     images.frame = image;
     kept_.add(frame_name, images.frame, images.frame->bytes());
   }
-  for (const Output output : missing) {
-    images.outputs[output] = take(plane.outputs(), output);
-    kept_.add(name_of_output(view, frame_name, output), images.outputs[output], images.outputs[output]->bytes());
+  keep(plane.outputs());
+  return images;
+}
+
+/** What transform computes of a frame whose pixels are settled and checked already. */
+OutputImages ComputedFrames::compute_known(const FrameView& view, const Images& known,
+                                           const std::set<Output>& outputs) const {
+  const TransformSettings settings = settings_of(view);
+  const Library& library = libraries_[view.calibration]->of(0);
+  const FrameFacts& facts = known.facts;
+  std::vector<std::uint16_t> calibrated;
+  if (settings.calibration) {
+    check_bit_depth(*settings.calibration, facts.bit_depth, facts.name);
+    calibrated.resize(known.frame->values.size());
+    without_dark_level(known.frame->values.data(), {facts.width, facts.height},
+                       {settings.layout, settings.origin, facts.bit_depth}, *settings.calibration, calibrated.data());
+  }
+  const Frame frame{settings.calibration ? calibrated : known.frame->values,
+                    facts.width,
+                    facts.height,
+                    settings.origin.x,
+                    settings.origin.y,
+                    static_cast<Phase>(settings.layout.phase()),
+                    facts.bit_depth};
+  OutputImages images(outputs);
+  images.allocate(facts.width, facts.height);
+  const auto call = [&library](const Frame& part, const Outputs& wanted) { library.transform(part, wanted); };
+  if (!outputs.empty()) {
+    compute_images(call, library.calibration(), frame,
+                   images.buffers(static_cast<std::uint16_t>(settings.output_maximum)), settings.threads);
   }
   return images;
 }
@@ -164,6 +207,7 @@ OutputImages ComputedFrames::compute_rows(const FrameView& view, RawFrame& rows,
   const Library& library = libraries_[view.calibration]->of(0);
   const Origin origin{settings.origin.x, settings.origin.y + first_row};
   if (settings.calibration) {
+    check_bit_depth(*settings.calibration, rows.bit_depth, provider_.name(view.source, view.frame));
     without_dark_level(rows, {settings.layout, origin, rows.bit_depth}, *settings.calibration, rows.pixels);
   }
   const Frame frame{rows.pixels,   rows.width, rows.height,
@@ -204,7 +248,8 @@ void settle_rows(int height, int& first_row, int& end_row) {
 ComputedFrames::Images ComputedFrames::get_rows(const FrameView& view, const std::set<Output>& outputs, int& first_row,
                                                 int& end_row) {
   Images images;
-  const std::string frame_name = name_of_frame(view, provider_.version(view.source, view.frame));
+  const std::string frame_name =
+      name_of_frame(view, provider_.version(view.source, view.frame), options_.colour.has_value());
   const bool is_kept = find(view, frame_name, outputs, images);
   if (!images.frame) {
     images = get(view, {});
@@ -300,7 +345,8 @@ void ComputedFrames::with_region(const FrameView& view, const Region& region, co
   crop(part, {region.x, 0, region.size}, images.facts.name);
   part.storage_bits = 16;
   TransformSettings settings = settings_of(view);
-  settings.origin = {images.facts.origin.x + region.x, images.facts.origin.y + region.y};
+  const Origin& origin = options_.colour ? images.facts.origin : view.origin;
+  settings.origin = {origin.x + region.x, origin.y + region.y};
   settings.depth = {};  // settled already
   settings.allow_overflow = true;
   if (const std::optional<ColourSettings> colour = colour_of(view)) {

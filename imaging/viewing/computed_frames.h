@@ -43,7 +43,7 @@ struct FrameFacts {
   int bit_depth = 0;
   int full_scale = 0;
   PixelCounts counts;
-  /** Of the frame, or with colours of the plane, which then lies on a sensor of half the size. */
+  /** With colours that of the plane, which may lie on a sensor of half the size. */
   Origin origin{};
   std::vector<std::string> notes;
 };
@@ -139,6 +139,7 @@ class ComputedFrames {
   TransformSettings settings_of(const FrameView& view) const;
   std::optional<ColourSettings> colour_of(const FrameView& view) const;
   bool find(const FrameView& view, const std::string& frame_name, const std::set<Output>& outputs, Images& images);
+  OutputImages compute_known(const FrameView& view, const Images& known, const std::set<Output>& outputs) const;
   OutputImages compute_rows(const FrameView& view, RawFrame& rows, int first_row, int count,
                             const std::set<Output>& outputs) const;
 
