@@ -10,6 +10,7 @@
 #include "batch/output_names.h"
 #include "commands/colour_files.h"
 #include "commands/frame_options.h"
+#include "commands/picture_options.h"
 #include "commands/transform_job.h"
 #include "failure.h"
 #include "file_set.h"
@@ -26,15 +27,6 @@ namespace {
 constexpr std::array<std::pair<const char*, FileFormat>, 3> formats = {
     {{"png", FileFormat::png}, {"tiff", FileFormat::tiff}, {"npy", FileFormat::npy}}};
 
-std::vector<std::pair<const char*, AzimuthStyle>> style_names() {
-  std::vector<std::pair<const char*, AzimuthStyle>> names;
-  names.reserve(std::size(azimuth_styles));
-  for (const NamedAzimuthStyle& style : azimuth_styles) {
-    names.emplace_back(style.name, style.style);
-  }
-  return names;
-}
-
 constexpr std::array<std::pair<const char*, Sampling>, 3> samplings = {
     {{"window", Sampling::window}, {"superpixel", Sampling::superpixel}, {"bilinear", Sampling::bilinear}}};
 
@@ -47,11 +39,6 @@ struct TransformOptions {
   FileFormat format = FileFormat::png;
   int benchmark = 0;  ///< transforms of each frame
 };
-
-void limit_scale_end(CLI::Option* option) {
-  limit(
-      option->type_name("SHARE"), [](double end) { return end > 0.0 && end <= 1.0; }, "above 0 and at most 1");
-}
 
 std::vector<std::string> endings(const std::vector<OutputFile>& files) {
   std::vector<std::string> all;
@@ -166,12 +153,7 @@ void declare_transform(CLI::App& app) {
   const auto options = std::make_shared<TransformOptions>();
   TransformRequest& request = options->request;
   CLI::App* command = app.add_subcommand("transform", "Turn raw mosaic frames into pictures of polarization");
-  limit(command
-            ->add_option("--output-max", request.output_maximum,
-                         "Full scale, degree 1, and azimuth +90 degrees (0 is -90) in 16-bit outputs")
-            ->type_name("N")
-            ->capture_default_str(),
-        1, 65535);
+  add_output_maximum(command, request.output_maximum);
   std::vector<std::string> products = product_names();
   products.insert(products.begin(), "all");
   command
@@ -218,16 +200,8 @@ void declare_transform(CLI::App& app) {
                     "are there), and made by the same options, calibration and version.");
   add_former_flag(command, "--overwrite");
   add_choice<FileFormat>(command, "-f,--format", options->format, formats, "Form of the outputs; npy is for arrays");
-  add_choice<AzimuthStyle>(
-      command, "--azimuth-style", request.picture_style.azimuth, style_names(),
-      "How azimuth pictures show more than the angle\n"
-      "plain: not at all. light: the degree as saturation. dark: the degree as brightness. composite: the degree as "
-      "saturation and the power as brightness.");
-  limit_scale_end(command->add_option("--degree-max", request.picture_style.ends.degree,
-                                      "In pictures, the degree at which scales end; else chosen for each frame"));
-  limit_scale_end(
-      command->add_option("--power-max", request.picture_style.ends.power,
-                          "In pictures, the power at which scales end, as a share of full scale; likewise"));
+  add_azimuth_style(command, request.picture_style.azimuth);
+  add_scale_ends(command, request.picture_style.ends);
   add_white_balance(command, request.picture_style.balance);
   CLI::Option* benchmark = limit(
       command->add_flag("--benchmark{5}", options->benchmark, "Print the time of the best of 5 transforms; =N for N")

@@ -12,6 +12,7 @@
 #include "batch/interruption.h"
 #include "calibration/calibration_file.h"
 #include "commands/frame_options.h"
+#include "commands/picture_options.h"
 #include "commands/viewed_inputs.h"
 #include "input_bytes.h"
 #include "messages.h"
@@ -33,6 +34,7 @@ struct ViewOptions {
   ViewSettings settings;
   std::vector<std::string> compared;
   std::optional<std::string> camera;
+  PictureScales ends{0.0, 0.0};
   long long memory = 1024;
   bool no_open = false;
 };
@@ -121,6 +123,9 @@ void run_view(ViewOptions& options) {
   settings.frames.library = request.library;
   settings.layout_is_given = request.layout_is_given;
   settings.version = NEROVA_VERSION;
+  const auto end_of = [](double end) { return end > 0.0 ? std::optional(end) : std::nullopt; };
+  settings.degree_end = end_of(options.ends.degree);
+  settings.power_end = end_of(options.ends.power);
   if (!request.layout_is_given) {
     settings.notes.push_back(layout_assumption(request.layout));
   }
@@ -160,6 +165,9 @@ void declare_view(CLI::App& app) {
         1, 1 << 20);
   command->add_option("--camera", options->camera, "Id, serial number or address of a camera, to look at what it sends")
       ->type_name("CAMERA");
+  add_azimuth_style(command, options->settings.style);
+  add_scale_ends(command, options->ends);
+  add_output_maximum(command, options->request.output_maximum);
   options->frames.declare(command, options->request, false);
   command->footer(
       "Examples:\n"

@@ -214,7 +214,7 @@ OutputImages ComputedFrames::compute_rows(const FrameView& view, RawFrame& rows,
                     origin.x,      origin.y,   static_cast<Phase>(settings.layout.phase()),
                     rows.bit_depth};
   OutputImages images(outputs);
-  images.allocate(rows.width, std::max(rows.height, count + 2));
+  images.allocate(rows.width, rows.height);
   const auto call = [&library](const Frame& part, const Outputs& wanted) { library.transform(part, wanted); };
   compute_image_rows(call, library.calibration(), frame, 0, count,
                      images.buffers(static_cast<std::uint16_t>(settings.output_maximum)));
