@@ -15,13 +15,13 @@ constexpr std::uint64_t buffer_size = 65536;
 }  // namespace
 
 FileSink::FileSink(const Configuration& configuration)
-    : base_sink(make_record_formatter(configuration.pattern)),
+    : formatter_(make_record_formatter(configuration.pattern)),
       policy_(configuration.flush),
       most_waiting_(static_cast<std::size_t>(
           configuration.max_size == 0 ? buffer_size : std::min(buffer_size, configuration.max_size))),
       file_(configuration.file, configuration.max_size, configuration.kept_files) {}
 
-void FileSink::sink_it_(const spdlog::details::log_msg& message) {
+void FileSink::log(const Record& record) {
   if (policy_ == FlushPolicy::Buffer) {
     const int process = spdlog::details::os::pid();
     if (process != process_) {
@@ -30,12 +30,12 @@ void FileSink::sink_it_(const spdlog::details::log_msg& message) {
     }
   }
   if (waiting_.size() == 0) {
-    oldest_ = message.time;
+    oldest_ = record.time;
   }
   try {
-    add_line(message);
-    if (is_due(static_cast<const Record&>(message))) {
-      flush_();
+    add_line(record);
+    if (is_due(record)) {
+      flush();
     }
   } catch (...) {
     waiting_.clear();
@@ -43,9 +43,9 @@ void FileSink::sink_it_(const spdlog::details::log_msg& message) {
   }
 }
 
-void FileSink::add_line(const spdlog::details::log_msg& message) {
+void FileSink::add_line(const Record& record) {
   const std::size_t start = waiting_.size();
-  formatter_->format(message, waiting_);
+  formatter_->format(record, waiting_);
   std::replace_if(
       waiting_.begin() + start, waiting_.end() - 1,
       [](char character) { return character == '\n' || character == '\r'; }, ' ');
@@ -57,7 +57,7 @@ bool FileSink::is_due(const Record& record) const {
          record.time < oldest_ || record.time - oldest_ >= longest_wait;
 }
 
-void FileSink::flush_() {
+void FileSink::flush() {
   if (waiting_.size() == 0) {
     return;
   }

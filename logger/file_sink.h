@@ -1,7 +1,8 @@
 #pragma once
 
-#include <spdlog/details/null_mutex.h>
-#include <spdlog/sinks/base_sink.h>
+#include <spdlog/formatter.h>
+
+#include <memory>
 
 #include "configuration.h"
 #include "record.h"
@@ -10,20 +11,21 @@
 namespace nerova_zel::logger {
 
 /**
- * Writes records, and records only, to a file that processes share, which spdlog's own file sinks do not provide for.
+ * Writes records to a file that processes share, which spdlog's own file sinks do not provide for.
  * Throws spdlog::spdlog_ex when the file cannot be written; what waited for it is dropped. Not for several threads.
  */
-class FileSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+class FileSink {
  public:
   explicit FileSink(const Configuration& configuration);
 
- private:
-  void sink_it_(const spdlog::details::log_msg& message) override;
-  void flush_() override;
+  void log(const Record& record);
+  void flush();
 
-  void add_line(const spdlog::details::log_msg& message);
+ private:
+  void add_line(const Record& record);
   bool is_due(const Record& record) const;
 
+  const std::unique_ptr<spdlog::formatter> formatter_;
   const FlushPolicy policy_;
   const std::size_t most_waiting_;
   RotatingFile file_;
