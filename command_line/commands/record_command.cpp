@@ -7,6 +7,7 @@
 #include "batch/interruption.h"
 #include "batch/progress_bar.h"
 #include "commands/frame_options.h"
+#include "commands/output_files.h"
 #include "failure.h"
 #include "formatted.h"
 #include "messages.h"
@@ -61,6 +62,9 @@ void run_record(RecordOptions& options) {
   }
   if (options.request.file.empty()) {
     throw UsageError("--output FILE.raw is missing, which the frames are to go to.");
+  }
+  if (!options.request.replace) {
+    refuse_existing(options.request.file, "--force replaces it");
   }
   if (!options.layout_is_given) {
     note(layout_assumption(options.request.layout));
