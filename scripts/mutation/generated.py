@@ -19,7 +19,8 @@ MEMORY_LIMIT = 8 << 30
 FILE_LIMIT = 2 << 30
 
 
-def limit_resources():
+def prepare_process():
+    signal.signal(signal.SIGINT, signal.SIG_DFL)  # a shell's background jobs ignore it, and tests raise it
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
     resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_LIMIT, FILE_LIMIT))
 
@@ -59,7 +60,7 @@ class GeneratedMutants:
             command = [self.build / "tests/bin" / program, "--gtest_fail_fast", "--gtest_brief=1", *arguments]
             # A session of its own, so that what a test has started ends with it.
             process = subprocess.Popen(command, cwd=self.build, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL, start_new_session=True, preexec_fn=limit_resources)
+                                       stderr=subprocess.DEVNULL, start_new_session=True, preexec_fn=prepare_process)
             start = time.monotonic()
             try:
                 if process.wait(TIME_LIMIT[0] + TIME_LIMIT[1] * self.usual.get(test, TIME_LIMIT[0])) != 0:
@@ -82,6 +83,8 @@ class GeneratedMutants:
                 name = str(path.relative_to(self.root))
                 if path.suffix in (".cpp", ".h") and not any(path.match(p) for p in self.module.get("except", [])):
                     found += mutants_of(name, path.read_text())
+        if not self.module.get("numbers", True):
+            found = [mutant for mutant in found if not mutant.text[0].isdigit()]
         return found
 
     def try_mutant(self, mutant):

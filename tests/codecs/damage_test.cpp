@@ -94,6 +94,7 @@ TEST(Damage, NoMemoryIsTakenForSizesThatCannotBe) {
 TEST(Damage, FilesThatAreNoneOfTheFormats) {
   EXPECT_EQ(error_of_reading({}), "FILE is empty");
   EXPECT_EQ(error_of_reading({'G', 'I', 'F', '8'}), "FILE is not a PNG, TIFF, binary PGM or NPY file");
+  EXPECT_EQ(error_of_reading({'I', 'I', '*', 0}).find("FILE is not a PNG"), std::string::npos);
   const Folder folder;
   EXPECT_EQ(error_of([&] { read_bytes((folder / "").string()); }), (folder / "").string() + " is a directory");
   const std::string missing = (folder / "missing").string();

@@ -76,6 +76,18 @@ TEST(RoundTrip, TiffSaysTheGreatestSample) {
   EXPECT_EQ(declared_depth(page_of(encode_tiff(view_of(pixels, 9, 9))).facts).bits, 16);
 }
 
+TEST(RoundTrip, ATextSaysTheBitDepthWhereThereIsRoom) {
+  const std::pair<const char*, int> cases[] = {{"1", 1}, {"7", 7}, {"8", 8},     {"9", 0},
+                                               {"0", 0}, {"", 0},  {"8 bits", 0}};
+  for (const auto& [text, bits] : cases) {
+    PageFacts facts;
+    facts.stored_bits = 8;
+    facts.texts = {{bit_depth_key, text}};
+    EXPECT_EQ(declared_depth(facts).bits, bits == 0 ? 8 : bits) << text;
+    EXPECT_EQ(declared_depth(facts).is_stated, bits != 0) << text;
+  }
+}
+
 TEST(RoundTrip, ColourPngAndTiff) {
   const int width = 41;
   const int height = 33;
@@ -107,7 +119,7 @@ TEST(RoundTrip, FloatTiffKeepsEveryBit) {
   const std::vector<float> values = {0.0F, -0.0F, 1.5F, -3e38F, 1e-45F, 0.1F};
   const Bytes tiff = encode_tiff({Element::float32, 3, 2, 1, values.data()});
   MemorySource source(tiff);
-    const TiffMemory file(source);
+  const TiffMemory file(source);
   std::vector<float> read(values.size());
   ASSERT_EQ(TIFFReadEncodedStrip(file.tiff(), 0, read.data(), 24), 24);
   EXPECT_EQ(std::memcmp(read.data(), values.data(), 24), 0);
@@ -127,6 +139,8 @@ TEST(RoundTrip, PgmOfOneAndManyImages) {
   EXPECT_EQ(declared_depth(page_of(file, 1).facts).bits, 12);
   const std::string commented = "P5 # a camera\n# more\n2\t1 # a row\n255\n\x01\xFF";
   EXPECT_EQ(page_of({commented.begin(), commented.end()}).pixels, (std::vector<std::uint16_t>{1, 255}));
+  const std::uint16_t smallest = 1;
+  EXPECT_EQ(page_of(encode_pgm(&smallest, 1, 1, 1)).pixels, std::vector<std::uint16_t>{1});
 }
 
 Bytes npy(const std::string& header, const std::string& elements) {

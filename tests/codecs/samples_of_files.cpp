@@ -151,9 +151,11 @@ Bytes odd_tiff(const FileKind& kind, const std::vector<std::uint16_t>& samples) 
   const Folder folder;
   const std::string path = (folder / "odd.tiff").string();
   TIFF* const tiff = TIFFOpen(path.c_str(), kind.big_endian ? "wb" : "wl");
+  std::vector<std::uint16_t> page = samples;
   for (const int subfile_type : kind.subfile_types) {
-    write_tiff_page(tiff, kind, subfile_type, samples);
+    write_tiff_page(tiff, kind, subfile_type, page);
     TIFFWriteDirectory(tiff);
+    std::rotate(page.begin(), page.begin() + 1, page.end());
   }
   TIFFClose(tiff);
   return content_of(path);

@@ -39,7 +39,8 @@ struct FileKind {
   std::vector<int> subfile_types = {0};  ///< TIFF, one for each page
 };
 
-/** Files that these codecs do not write themselves, of the given samples. */
+/** Files that these codecs do not write themselves, of the given samples; each page of a TIFF begins one sample later.
+ */
 Bytes odd_png(const FileKind& kind, const std::vector<std::uint16_t>& samples);
 Bytes odd_tiff(const FileKind& kind, const std::vector<std::uint16_t>& samples);
 

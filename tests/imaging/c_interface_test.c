@@ -42,6 +42,12 @@ static void check_formats(void) {
   CHECK(strstr(nv_imaging_error_text(), "3 bytes each, but 5 bytes are there") != NULL);
   CHECK(nv_imaging_unpack("Mono12p", bytes, 6, (size_t)-1 / 2, 1, pixels, 1) == NV_IMAGING_ERROR_ARGUMENT);
   CHECK(nv_imaging_unpack("Mono13", bytes, 6, 2, 2, pixels, 1) == NV_IMAGING_ERROR_ARGUMENT);
+  uint16_t mosaic[16], planes[16];
+  static const uint16_t apart[16] = {0, 1, 4, 5, 2, 3, 6, 7, 8, 9, 12, 13, 10, 11, 14, 15};
+  for (uint16_t i = 0; i < 16; ++i) {
+    mosaic[i] = i;
+  }
+  CHECK(nv_imaging_split_colours(mosaic, 4, 4, "RGGB", planes) == 0 && memcmp(planes, apart, sizeof(apart)) == 0);
   CHECK(nv_imaging_split_colours(pixels, 4, 6, "RGGB", pixels) == NV_IMAGING_ERROR_ARGUMENT);
 }
 
@@ -82,6 +88,10 @@ static void check_images(nv_polarization_processor* processor) {
   CHECK(abs(from_angle[9] - azimuth[9]) < 65); /* 0.16 degrees */
   nv_imaging_destroy_colours(colours);
   CHECK(nv_imaging_create_colours("loud", 65535, 1.0, 1.0, &colours) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(nv_imaging_create_colours("dark", 65535, 0.0, 1.0, &colours) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(nv_imaging_create_colours("dark", 65535, 1.0, 0.0, &colours) == NV_IMAGING_ERROR_ARGUMENT);
+  const nv_imaging_images none = {NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, 65535};
+  CHECK(nv_imaging_transform(processor, &frame, &none, 1) == NV_IMAGING_ERROR_ARGUMENT);
 
   nv_imaging_statistics all, half, both = {0};
   const int32_t left[4] = {0, 0, width / 2, height};

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "calibration/calibration_file.h"
@@ -140,6 +141,26 @@ TEST_F(SeriesTest, ExtinctionIsToldAsFarAsItIsKnown) {
   EXPECT_EQ(told(0.004, 0.003), "above 100");
   EXPECT_EQ(told(0.000001, 0.0), "above 100000");
   EXPECT_EQ(told(0.0, 0.00001), "above 50000");
+}
+
+TEST_F(SeriesTest, DoubtsAreOfFarResidualsAndACommonTurn) {
+  const CalibrationSeries two = series({0, 45});
+  PolarizerFit fit{};
+  fit.residuals = {{0.003, 0.0, 0.0, 0.004}, {0.004, 0.0, 0.0, -0.003}};
+  EXPECT_NEAR(fit.residual_of(0), std::sqrt(0.0000125), 1e-12);
+  EXPECT_NEAR(fit.residual_of_frame(1), 0.0025, 1e-12);
+  const auto doubts = [&](const PerPolarizer& turns) {
+    for (std::size_t k = 0; k < 4; ++k) {
+      const double angle = 2.0 * (45.0 * static_cast<double>(k) + turns[k]) * pi / 180.0;
+      fit.responses[k] = {0.5, 0.5 * std::cos(angle), 0.5 * std::sin(angle)};
+    }
+    return two.doubtful_frames(fit, false);
+  };
+  EXPECT_TRUE(doubts({0.19, 0.19, 0.19, 0.19}).empty());
+  EXPECT_TRUE(doubts({2.0, 0.4, 0.4, 0.4}).empty());  // one that is turned more than all are
+  EXPECT_TRUE(doubts({0.4, 0.4, 0.4, 2.0}).empty());
+  ASSERT_EQ(doubts({0.5, 0.5, 0.4, 0.6}).size(), 1U);
+  EXPECT_NE(doubts({0.5, 0.5, 0.4, 0.6}).front().find("about +0.50 degrees"), std::string::npos);
 }
 
 TEST(DarkLevel, IsTakenOffFramesOfItsOwnBitDepth) {

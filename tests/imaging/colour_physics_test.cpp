@@ -110,6 +110,21 @@ TEST(ColourPhysics, IndexFallsWithTheWavelength) {
   EXPECT_NEAR(cauchy_index(1.5168, 0.0042, 0.6563), 1.5143, 2e-3);
 }
 
+TEST(ColourPhysics, TheWheelIsTintedAround) {
+  const ColourScene scene(400, 300, {}, 0.0);
+  const std::pair<ColourPlane, double> brightest[] = {
+      {ColourPlane::red, 0.0}, {ColourPlane::green1, 112.5}, {ColourPlane::blue, 247.5}};
+  for (const auto& [plane, degrees] : brightest) {
+    const auto light = [&, seen = &scene.seen_by(plane)](double angle) {
+      return seen->light_at(296 + 70 * std::cos(angle * pi / 180.0), 150 - 70 * std::sin(angle * pi / 180.0)).s0;
+    };
+    for (int sector = 1; sector < 16; ++sector) {
+      EXPECT_LT(light(degrees + 22.5 * sector), light(degrees)) << name_of(plane) << " " << sector;
+    }
+    EXPECT_NEAR(light(degrees + 180.0) / light(degrees), 0.1, plane == ColourPlane::red ? 1e-9 : 0.02);
+  }
+}
+
 /** Each pixel from its definition: weights by distance to the nearest samples of the colour under the polarizer. */
 double bilinear(const ColourMosaic& mosaic, ColourPlane plane, const std::vector<std::uint16_t>& frame, int x, int y) {
   const auto value = [&](int column, int row) -> std::optional<double> {
@@ -189,6 +204,23 @@ TEST(ColourPhysics, PatternShowsInStatisticsWhereThereIsOne) {
   ASSERT_TRUE(in_noise);
   EXPECT_FALSE(in_noise->is_colour());
   EXPECT_FALSE(in_noise->is_grey());
+}
+
+// One tile, which begins with the first whole pattern: cells of 1000 to 1300, the first one 40 more or less in turns.
+TEST(ColourContrast, OfCellsThatAreKnown) {
+  RawFrame frame{19, 18, 12, 16, std::vector<std::uint16_t>(19UL * 18UL)};
+  for (int y = 2; y < 18; ++y) {
+    for (int x = 3; x < 19; ++x) {
+      const int cell = (x - 3) / 2 % 2 + 2 * ((y - 2) / 2 % 2);
+      const int turn = cell != 0 ? 0 : (x - 3) / 4 % 2 == 0 ? 40 : -40;
+      frame.pixels[static_cast<std::size_t>(19 * y + x)] = static_cast<std::uint16_t>(1000 + 100 * cell + turn);
+    }
+  }
+  const auto contrast = measure_colour_contrast(frame, {1, 2}, 4095);
+  ASSERT_TRUE(contrast);
+  EXPECT_NEAR(contrast->contrast, 300.0 / 1150.0, 1e-9);
+  // Of 16 patterns, each with deviations of 120 and three times 40 from a sum of 4600.
+  EXPECT_NEAR(contrast->uncertainty, std::sqrt(16 * (120 * 120 + 3 * 40 * 40) / (3.0 * 15)) * 4 / (16 * 4600), 1e-9);
 }
 
 // Even light in one colour after the other, each with a calibration that halves or keeps its power: a plane that took

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <random>
 
+#include "angles.h"
 #include "processor/frame_transformer.h"
 
 namespace nerova_zel::test {
@@ -119,7 +120,8 @@ TEST(Sampling, OfAnEdge) {
   for (const Sampling sampling : {Sampling::window, Sampling::superpixel, Sampling::bilinear}) {
     TransformSettings settings;
     settings.sampling = sampling;
-    FrameTransformer transformer(settings, library, {Output::angle, Output::azimuth, Output::dolp, Output::power});
+    FrameTransformer transformer(settings, library,
+                                 {Output::angle, Output::azimuth, Output::dolp, Output::power, Output::stokes});
     transformer.frame() = edge_frame(16);
     transformer.run("frame");
     const OutputImages& made = transformer.outputs();
@@ -139,6 +141,9 @@ TEST(Sampling, OfAnEdge) {
       EXPECT_NEAR(made.values(Output::azimuth)[at] * 180.0 / 65535, column < 16 ? 110.0 : 20.0, 0.25) << column;
       EXPECT_NEAR(made.values(Output::dolp)[at] / 65535.0, 0.8, 0.002) << column;
       EXPECT_NEAR(made.values(Output::power)[at] / 65535.0, 2000.0 / 4095, 0.001) << column;
+      const double twice = 2.0 * (column < 16 ? 20.0 : 110.0) * pi / 180.0;
+      EXPECT_NEAR(made.stokes()[2 * at], 0.8 * std::cos(twice), 0.003) << column;
+      EXPECT_NEAR(made.stokes()[2 * at + 1], 0.8 * std::sin(twice), 0.003) << column;
     }
   }
 }

@@ -230,6 +230,31 @@ TEST(Video, PanelsShowTheirImageAndWhatIsSaturated) {
   }
 }
 
+// Rows of panels are painted in parts; a wide frame has several.
+TEST(Video, PanelsHoldEverySecondPixel) {
+  const FrameSize size{1100, 4};
+  const std::vector<std::uint16_t> raw = mixed_samples(1100 * 4);
+  VideoSettings settings;
+  settings.bit_depth = 12;
+  Received received(size, 0);
+  const auto panels = static_cast<std::size_t>(VideoOutput::panels);
+  VideoTransformer(settings, NEROVA_LIBRARY)
+      .transform({size, reinterpret_cast<const std::uint8_t*>(raw.data()), 2200, 2}, received.pictures(1U << panels));
+  const Expected expected(Library(NEROVA_LIBRARY), raw, settings, size, 12);
+  for (std::size_t i = 0; i < 1100; ++i) {
+    const std::size_t row = i / 550;
+    const std::size_t column = i % 550;
+    const std::size_t from = 2 * (1100 * row + column);
+    const std::uint8_t* const upper = &received.bytes[panels][received.strides[panels] * row + 3 * column];
+    const std::uint8_t* const lower = upper + 2 * received.strides[panels];
+    ASSERT_NEAR(upper[1], expected.images.others[0][from] * 255.0 / 65535, 0.51) << i;
+    ASSERT_EQ(std::memcmp(upper + 3 * 550, &expected.picture[3 * from], 3), 0) << i;
+    ASSERT_NEAR(lower[1], expected.images.others[4][from] * 255.0 / 65535, 0.51) << i;
+    const int brightest = std::max({raw[from], raw[from + 1], raw[from + 1100], raw[from + 1101]});
+    ASSERT_NEAR(lower[3 * 550 + 1], brightest < 4095 ? brightest * 255.0 / 4095 : 0.0, 0.51) << i;
+  }
+}
+
 TEST(Video, FramesThatDoNotSuitAreRefusedAndNothingIsWritten) {
   VideoSettings settings;
   settings.bit_depth = 12;
