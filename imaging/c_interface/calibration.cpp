@@ -113,6 +113,22 @@ int32_t nv_imaging_read_calibration(const char* text, size_t length, const char*
   });
 }
 
+int32_t nv_imaging_read_colour_calibration(const char* text, size_t length, const char* name,
+                                           nv_imaging_calibration** calibrations) {
+  return guarded_call([&] {
+    require(text != nullptr && name != nullptr && calibrations != nullptr, "there is no text, no name or no place");
+    PerPlane<std::unique_ptr<nv_imaging_calibration>> results;
+    const PerPlane<CameraCalibration> found = parse_colour_calibration(std::string(text, length), name);
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      results[i] = std::make_unique<nv_imaging_calibration>();
+      results[i]->calibration = found[i];
+    }
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      calibrations[i] = results[i].release();
+    }
+  });
+}
+
 int32_t nv_imaging_calibration_text(const nv_imaging_calibration* calibration, const char** text, size_t* length) {
   return guarded_call([&] {
     require(calibration != nullptr && text != nullptr, no_calibration);

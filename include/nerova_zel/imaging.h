@@ -378,7 +378,19 @@ NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_read_calibration(const char* t
                                                                    nv_imaging_calibration** calibration);
 
 /**
- * The text of the calibration's file: that which was read, or that of the fit with its report.
+ * Reads the text of a colour camera's calibration file, which has a calibration for each colour.
+ *
+ * @param text,length,name as above.
+ * @param calibrations receives four, in the order of nv_imaging_split_colours, each released as above; not NULL.
+ * @return 0; 101; 102 (not such a text); 103.
+ */
+NV_IMAGING_API int32_t NV_IMAGING_CALL nv_imaging_read_colour_calibration(const char* text, size_t length,
+                                                                          const char* name,
+                                                                          nv_imaging_calibration** calibrations);
+
+/**
+ * The text of the calibration's file: that which was read, or that of the fit with its report. Empty for one colour of
+ * a colour camera.
  *
  * @param text receives UTF-8, zero-terminated, owned by the calibration and valid as long as it.
  * @param length receives its bytes without the zero; NULL if not wanted.

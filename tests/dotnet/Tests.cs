@@ -33,6 +33,7 @@ internal static class Tests
         PicturesAreThoseOfTheTool();
         FramesAreUnpackedAndSplit();
         CalibrationIsThatOfTheTool();
+        EachColourHasItsCalibration();
         FailuresHaveTheirReasons();
         ForgottenObjectsAreReleased();
 #if NEROVA_ZEL_SPANS
@@ -193,6 +194,38 @@ internal static class Tests
                     () => processor.Transform(new FrameFormat(160, 128, 90, 10), pixels, Outputs.Power), "has 10 bits");
             }
         }
+    }
+
+    private static void EachColourHasItsCalibration()
+    {
+        var list = new List<string>();
+        for (int angle = 0; angle < 180; angle += 45)
+        {
+            Run("simulate c" + angle + ".raw --size 64x48 --colour RGGB --photons 10000 --angle-errors=1.2,-0.8,-1.5,0.6 "
+                + "--source-angle " + angle + " --seed " + (angle + 1));
+            list.Add(angle + ",c" + angle + ".raw");
+        }
+
+        File.WriteAllLines(At("colours.csv"), list);
+        const string raw = " --raw 64x48 --pixel-format Mono12 --layout 90 --colour RGGB";
+        Run("calibrate --list colours.csv -o colours.json" + raw);
+        Run("transform c45.raw --calibration colours.json --format npy -o colours --outputs s1" + raw);
+        byte[] expected = File.ReadAllBytes(At("colours/c45_s1_r_g1_g2_b.npy"));
+        ushort[][] planes = RawFrames.SplitColours(UInt16s(File.ReadAllBytes(At("c45.raw"))), 64, 48, "RGGB");
+        var format = new FrameFormat(32, 24, 90, 12);
+        int size = 4 * (int)format.PixelCount;
+        Calibration[] calibrations = Calibration.LoadColours(At("colours.json"));
+        for (int plane = 0; plane < 4; ++plane)
+        {
+            using (var processor = new Processor(calibrations[plane]))
+            {
+                float[] s1 = processor.Transform(format, planes[plane], Outputs.S1).S1;
+                Same(expected.Skip(expected.Length - ((4 - plane) * size)).Take(size), BytesOf(s1), "colour " + plane);
+            }
+        }
+
+        Fails<InvalidOperationException>(() => calibrations[0].Save(At("one.json")), "one colour");
+        Fails<PolarizationException>(() => Calibration.LoadColours(At("tool.json")), "without colours");
     }
 
     private static void FailuresHaveTheirReasons()

@@ -117,6 +117,7 @@ static void check_calibration(void) {
   nv_imaging_series* series = NULL;
   nv_imaging_calibration* fitted = NULL;
   nv_imaging_calibration* again = NULL;
+  nv_imaging_calibration* colours[4] = {NULL, NULL, NULL, NULL};
   CHECK(nv_imaging_create_series(90, 0, 0, &series) == 0);
   CHECK(nv_imaging_fit(series, 0, &fitted) == NV_IMAGING_ERROR_ARGUMENT);
   for (int i = 0; i < 6; ++i) {
@@ -144,6 +145,8 @@ static void check_calibration(void) {
   CHECK(nv_imaging_calibration_text(fitted, &text, &length) == 0 && strlen(text) == length);
   CHECK(nv_imaging_read_calibration(text, length / 2, "half", &again) == NV_IMAGING_ERROR_DATA);
   CHECK(nv_imaging_read_calibration(text, length, "whole", &again) == 0);
+  CHECK(nv_imaging_read_colour_calibration(text, length, "grey", colours) == NV_IMAGING_ERROR_DATA);
+  CHECK(colours[0] == NULL && strstr(nv_imaging_error_text(), "grey calibrates a sensor without colours") != NULL);
   CHECK(nv_imaging_calibration_values(again, matrices[1], NULL, NULL, NULL, &frames) == 0 && frames == 0);
   CHECK(memcmp(matrices[0], matrices[1], sizeof(matrices[0])) == 0);
   CHECK(nv_imaging_calibration_residuals(again, residuals, NULL) == NV_IMAGING_ERROR_ARGUMENT);

@@ -177,6 +177,43 @@ def test_calibration_finds_and_corrects_the_sensor(sensor, tmp_path, run_tool):
         assert np.array_equal(image, np.load(tmp_path / "out" / f"f_{name}.npy")), name
 
 
+def test_each_colour_has_its_calibration(tmp_path, run_tool):
+    camera = ("--size", "64x48", "--colour", "RGGB", "--photons", 10000, "--angle-errors=1.2,-0.8,-1.5,0.6")
+    angles = range(0, 180, 30)
+    for angle in angles:
+        run_tool("simulate", f"{angle}.raw", *camera, "--source-angle", angle, "--seed", angle + 1, cwd=tmp_path)
+    (tmp_path / "list.csv").write_text("".join(f"{angle},{angle}.raw\n" for angle in angles))
+    raw = ("--raw", "64x48", "--pixel-format", "Mono12", "--layout", 90, "--colour", "RGGB")
+    run_tool("calibrate", "--list", "list.csv", *raw, "--output", "camera.json", cwd=tmp_path)
+    run_tool(
+        "transform",
+        "30.raw",
+        *raw,
+        "--calibration",
+        "camera.json",
+        "--format",
+        "npy",
+        "--outputs",
+        "azimuth,s1",
+        "--output",
+        "out",
+        cwd=tmp_path,
+    )
+    path = tmp_path / "camera.json"
+    made = pickle.loads(pickle.dumps(nz.Processor(layout=90, bit_depth=12, colour="RGGB", calibration=path)))
+    assert len({matrices.tobytes() for matrices in made.calibration.matrices}) == 4
+    assert made.calibration.dark_levels.shape == (4, 4)
+    frame = np.fromfile(tmp_path / "30.raw", np.uint16).reshape(48, 64)
+    images = made.transform(np.stack([frame, frame]), ("azimuth", "s1"))
+    for name, both in images.items():
+        expected = np.load(tmp_path / "out" / f"30_{name}_r_g1_g2_b.npy")
+        assert all(np.array_equal(one.reshape(expected.shape), expected) for one in both), name
+    with pytest.raises(ValueError, match="colour"):
+        nz.Processor(layout=90, bit_depth=12, calibration=made.calibration)
+    with pytest.raises(ValueError, match="colours"):
+        nz.Calibration.load(path)
+
+
 def test_calibration_refuses_in_words(sensor, tmp_path):
     frames, angles, dark = sensor
     for call, words in (

@@ -74,7 +74,7 @@ namespace NerovaZel
             GC.KeepAlive(handle);
         }
 
-        /// <summary>The text of its file: JSON.</summary>
+        /// <summary>The text of its file: JSON. Empty for one colour of a colour camera.</summary>
         public string Text { get; }
 
         /// <summary>A copy of the matrices of the polarizers 0, 45, 90, 135: 64 elements, 4 x 4 each by rows.</summary>
@@ -120,11 +120,31 @@ namespace NerovaZel
             return Read(File.ReadAllBytes(path), path);
         }
 
+        /// <summary>Reads a file of nerova-polarize calibrate --colour: a calibration for each plane of
+        /// <see cref="RawFrames.SplitColours(ushort[], int, int, string)"/>, in their order. They cannot be saved.</summary>
+        /// <param name="path">Of the file.</param>
+        /// <exception cref="PolarizationException">It is no calibration file of a colour camera.</exception>
+        public static Calibration[] LoadColours(string path)
+        {
+            byte[] text = File.ReadAllBytes(path);
+            var found = new IntPtr[4];
+            Failure.ThrowIfFailed(NativeMethods.nv_imaging_read_colour_calibration(
+                text, RawFrames.Size(text.LongLength), Utf8.Bytes(path, nameof(path)), found));
+            CalibrationHandle[] handles = Array.ConvertAll(found, calibration => new CalibrationHandle(calibration));
+            return Array.ConvertAll(handles, handle => new Calibration(handle));
+        }
+
         /// <summary>Writes the calibration as JSON, which the tool reads too. A file that is there is replaced; it is whole at
         /// any time.</summary>
         /// <param name="path">Of the file.</param>
+        /// <exception cref="InvalidOperationException">It is that of one colour.</exception>
         public void Save(string path)
         {
+            if (Text.Length == 0)
+            {
+                throw new InvalidOperationException("The calibration of one colour has no file of its own.");
+            }
+
             string target = Path.GetFullPath(path);
             string partial = target + "." + Path.GetRandomFileName();
             try

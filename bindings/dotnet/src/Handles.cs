@@ -69,6 +69,16 @@ namespace NerovaZel
 
     internal sealed class CalibrationHandle : LibraryHandle
     {
+        // For the marshaller.
+        public CalibrationHandle()
+        {
+        }
+
+        internal CalibrationHandle(IntPtr calibration)
+        {
+            SetHandle(calibration);
+        }
+
         protected override bool ReleaseHandle()
         {
             NativeMethods.nv_imaging_destroy_calibration(handle);

@@ -203,6 +203,10 @@ namespace NerovaZel
             byte[] text, UIntPtr length, byte[] name, out CalibrationHandle calibration);
 
         [DllImport(Imaging, CallingConvention = Cdecl, ExactSpelling = true)]
+        internal static extern int nv_imaging_read_colour_calibration(
+            byte[] text, UIntPtr length, byte[] name, [Out] IntPtr[] calibrations);
+
+        [DllImport(Imaging, CallingConvention = Cdecl, ExactSpelling = true)]
         internal static extern int nv_imaging_calibration_text(
             CalibrationHandle calibration, out IntPtr text, out UIntPtr length);
 

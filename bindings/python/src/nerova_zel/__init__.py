@@ -12,7 +12,7 @@ Everything may be called from any number of threads; the interpreter lock is rel
 """
 
 from ._arrays import RawFrame
-from ._calibration import Calibration, Polarizer, calibrate
+from ._calibration import Calibration, ColourCalibration, Polarizer, calibrate
 from ._colour import colour
 from ._frames import pixel_formats, split_colours, unpack
 from ._processor import OUTPUTS, Processor
@@ -23,6 +23,7 @@ from ._statistics import Statistics, statistics
 __all__ = [
     "OUTPUTS",
     "Calibration",
+    "ColourCalibration",
     "Polarizer",
     "Processor",
     "RawFrame",

@@ -75,7 +75,7 @@ class Calibration:
             array.flags.writeable = False
 
     @classmethod
-    def _fitted(cls, handle: ctypes.c_void_p) -> Calibration:
+    def _of(cls, handle: ctypes.c_void_p) -> Calibration:
         calibration = cls.__new__(cls)
         calibration._take(handle)
         return calibration
@@ -161,6 +161,62 @@ class Calibration:
         return f"<Calibration{f', polarizers turned by {errors} degrees' if errors else ''}>"
 
 
+class ColourCalibration:
+    """Matrices and dark levels of each colour of a colour camera, from a file of ``nerova-polarize calibrate --colour``.
+    Never changes; may be pickled."""
+
+    def __init__(self, text: str | bytes, name: str = "the calibration") -> None:
+        """Reads the text of a calibration file; `name` is what errors call it."""
+        data = text.encode() if isinstance(text, str) else bytes(text)
+        handles = (ctypes.c_void_p * 4)()
+        _library.call("nv_imaging_read_colour_calibration", data, len(data), os.fsencode(name), handles)
+        self._text = data.decode()
+        self._colours = tuple(Calibration._of(ctypes.c_void_p(handle)) for handle in handles)
+
+    @classmethod
+    def load(cls, path: str | os.PathLike[str]) -> ColourCalibration:
+        """Reads a file.
+
+        :raises ValueError: it is no calibration file of a colour camera.
+        :raises OSError: it cannot be read.
+        """
+        return cls(pathlib.Path(path).read_bytes(), os.fspath(path))
+
+    @property
+    def text(self) -> str:
+        """The text of its file: JSON."""
+        return self._text
+
+    @property
+    def matrices(self) -> npt.NDArray[np.float32]:
+        """float32 (4, 4, 4, 4): `Calibration.matrices` of red, green in the rows of red, green in the rows of blue, blue."""
+        return np.stack([colour.matrices for colour in self._colours])
+
+    @property
+    def dark_levels(self) -> npt.NDArray[np.float64]:
+        """float64 (4, 4): `Calibration.dark_levels` of the same."""
+        return np.stack([colour.dark_levels for colour in self._colours])
+
+    def parts(self) -> tuple[Calibration, ...]:
+        """For `Processor`: one calibration for each colour; none has a text."""
+        return self._colours
+
+    def __reduce__(self) -> tuple[type[ColourCalibration], tuple[str]]:
+        return ColourCalibration, (self.text,)
+
+    def __eq__(self, other: object) -> bool:
+        return isinstance(other, ColourCalibration) and self.text == other.text
+
+    def __hash__(self) -> int:
+        return hash(self.text)
+
+
+def load_calibration(path: str | os.PathLike[str], colour: bool) -> Calibration | ColourCalibration:
+    """The file of a camera; for a colour camera of either kind."""
+    data = pathlib.Path(path).read_bytes()
+    return (ColourCalibration if colour and b'"colours"' in data else Calibration)(data, os.fspath(path))
+
+
 def calibrate(
     frames: RawFrame | Iterable[RawFrame],
     angles: Sequence[float],
@@ -222,4 +278,4 @@ class _Series:
     def fit(self, steady: bool) -> Calibration:
         handle = ctypes.c_void_p()
         _library.call("nv_imaging_fit", self._handle, int(steady), ctypes.byref(handle))
-        return Calibration._fitted(handle)
+        return Calibration._of(handle)

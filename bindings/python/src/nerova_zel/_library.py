@@ -105,6 +105,7 @@ _IMAGING_FUNCTIONS: dict[str, list[Any]] = {
     "nv_imaging_set_dark_frame": [c_void_p, c_char_p, POINTER(Frame)],
     "nv_imaging_fit": [c_void_p, c_int32, POINTER(c_void_p)],
     "nv_imaging_read_calibration": [c_char_p, c_size_t, c_char_p, POINTER(c_void_p)],
+    "nv_imaging_read_colour_calibration": [c_char_p, c_size_t, c_char_p, POINTER(c_void_p)],
     "nv_imaging_calibration_text": [c_void_p, POINTER(c_char_p), POINTER(c_size_t)],
     "nv_imaging_calibration_values": [
         c_void_p,

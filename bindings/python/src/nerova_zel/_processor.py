@@ -24,7 +24,7 @@ from ._arrays import (
     frames_of,
     to_frame,
 )
-from ._calibration import Calibration
+from ._calibration import Calibration, ColourCalibration, load_calibration
 from ._frames import split_colours
 
 #: Each output with its type and its elements for a pixel.
@@ -56,7 +56,7 @@ class Processor:
         layout: int,
         bit_depth: int,
         output_maximum: int = 65535,
-        calibration: Calibration | str | os.PathLike[str] | None = None,
+        calibration: Calibration | ColourCalibration | str | os.PathLike[str] | None = None,
         threads: int = 1,
         colour: str | None = None,
     ) -> None:
@@ -66,7 +66,7 @@ class Processor:
             images that look right and are wrong.
         :param bit_depth: significant bits of a pixel, 1 to 16. Arrays of uint8 are taken as 8 bits.
         :param output_maximum: what full scale, 180 degrees and a degree of 1 map to in 16-bit outputs, 1 to 65535.
-        :param calibration: of the camera, or the path of its file. Only vector plugins apply it to every pixel; on other
+        :param calibration: of the camera, or the path of its file. With `colour` also that of each colour. Only vector plugins apply it to every pixel; on other
             routes there is a RuntimeWarning.
         :param threads: up to so many compute one frame, with the same bits.
         :param colour: the pattern of a colour camera, such as ``"RGGB"``, see `split_colours`.
@@ -78,18 +78,28 @@ class Processor:
         if colour is not None and colour not in ("RGGB", "GRBG", "GBRG", "BGGR"):
             raise ValueError(f"colour is {colour!r}; it must be 'RGGB', 'GRBG', 'GBRG' or 'BGGR'")
         self._colour = colour
-        if calibration is not None and not isinstance(calibration, Calibration):
-            calibration = Calibration.load(calibration)
+        if calibration is not None and not isinstance(calibration, (Calibration, ColourCalibration)):
+            calibration = load_calibration(calibration, colour is not None)
+        parts: tuple[Calibration | None, ...]
+        if isinstance(calibration, ColourCalibration):
+            if colour is None:
+                raise ValueError("the calibration is that of a colour camera: say its pattern with colour")
+            parts = calibration.parts()
+        else:
+            parts = (calibration,)
         self._calibration = calibration
         self._scratch = threading.local()
-        self._handle = _library.new_processor(self)
+        # One for all frames, or one for each colour.
+        self._parts = tuple((_library.new_processor(self), part) for part in parts)
+        for handle, part in self._parts:
+            if part is not None:
+                rows = [np.ascontiguousarray(matrix) for matrix in part.matrices]
+                _library.call(
+                    "nv_polarization_processor_set_custom_calibration_coefficients",
+                    handle,
+                    *(matrix.ctypes.data for matrix in rows),
+                )
         if calibration is not None:
-            rows = [np.ascontiguousarray(matrix) for matrix in calibration.matrices]
-            _library.call(
-                "nv_polarization_processor_set_custom_calibration_coefficients",
-                self._handle,
-                *(matrix.ctypes.data for matrix in rows),
-            )
             if self.route.startswith("built-in"):
                 warnings.warn(
                     "no vector plugin serves this computer: the calibration reaches the last columns and rows only",
@@ -118,7 +128,7 @@ class Processor:
         return self._output_maximum
 
     @property
-    def calibration(self) -> Calibration | None:
+    def calibration(self) -> Calibration | ColourCalibration | None:
         """Of the camera, if any."""
         return self._calibration
 
@@ -214,16 +224,15 @@ class Processor:
         }
         images = _library.Images(output_maximum=self._output_maximum)
         for number, one in enumerate(pixels):
+            handle, calibration = self._parts[number % len(self._parts)]
             described = to_frame(one, self._layout, bit_depth, origin)
-            if self._calibration is not None:
+            if calibration is not None:
                 without_dark = self._room("without_dark", one.shape)
-                self._calibration.subtract_dark(one, described, without_dark)
+                calibration.subtract_dark(one, described, without_dark)
                 described.pixels = without_dark.ctypes.data
             for name, (address, step) in addresses.items():
                 setattr(images, name, address + number * step)
-            _library.call(
-                "nv_imaging_transform", self._handle, ctypes.byref(described), ctypes.byref(images), self._threads
-            )
+            _library.call("nv_imaging_transform", handle, ctypes.byref(described), ctypes.byref(images), self._threads)
 
     def __reduce__(self) -> tuple[Any, tuple[Any, ...]]:
         return _remade, (
@@ -246,7 +255,7 @@ def _remade(
     layout: int,
     bit_depth: int,
     output_maximum: int,
-    calibration: Calibration | None,
+    calibration: Calibration | ColourCalibration | None,
     threads: int,
     colour: str | None,
 ) -> Processor:
