@@ -40,14 +40,10 @@ Reply image_reply(const Query& query, const ViewSettings& settings, ViewedFrames
       outputs.insert(*output);
     }
   }
-  ComputedFrames::Images images = computed.get(asked.view(), {});
-  const FrameFacts facts = images.facts;
+  const ComputedFrames::Images images = computed.get(asked.view(), {});
+  const FrameFacts& facts = images.facts;
   const Cut cut{FrameQuery::region(query, facts.width, facts.height), step};
-  int first_row = cut.region.y;
-  int end_row = cut.region.y + cut.region.size.height;
-  images = computed.get_rows(asked.view(), outputs, first_row, end_row);
-  Cut of_outputs = cut;
-  of_outputs.region.y -= first_row;
+  const std::map<Output, CutBytes> cuts = computed.cut_outputs(asked.view(), images, outputs, cut);
 
   nlohmann::ordered_json head = {{"frame", asked.view().frame},
                                  {"name", facts.name},
@@ -65,11 +61,14 @@ Reply image_reply(const Query& query, const ViewSettings& settings, ViewedFrames
   for (const std::string& name : names) {
     const bool is_window = name == windows_name;
     const auto output = is_window ? std::nullopt : image_of(name);
-    const auto& image = output ? images.outputs.at(*output) : images.frame;
-    const CutBytes bytes = is_window ? cut_windows(*image, cut) : cut_image(image, output ? of_outputs : cut);
+    const CutBytes bytes = is_window ? cut_windows(*images.frame, cut)
+                           : output  ? cuts.at(*output)
+                                     : cut_image(images.frame, cut);
     head["images"].push_back({{"name", name},
-                              {"element", name_of(image->element())},
-                              {"channels", is_window ? 4 : image->channels},
+                              {"element", name_of(output ? describe(*output).element : OutputElement::uint16)},
+                              {"channels", is_window ? 4
+                                           : output  ? describe(*output).channels
+                                                     : 1},
                               {"width", cut.width()},
                               {"height", cut.height()},
                               {"offset", offset},

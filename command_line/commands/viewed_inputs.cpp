@@ -217,6 +217,7 @@ std::optional<RawFrame> ViewedInputs::read_rows(std::size_t source, std::uint64_
   RawFrame rows;
   unpack_frame(known.input.frame_name(frame), bytes, part, rows);
   rows.pixels.erase(rows.pixels.begin(), rows.pixels.begin() + static_cast<std::ptrdiff_t>(first - start));
+  rows.counted.reset();
   rows.width = layout.size.width;
   rows.height = end_row - first_row;
   return rows;

@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "failure.h"
+#include "processor/bands.h"
+#include "threads.h"
 
 namespace nerova_zel {
 
@@ -245,30 +247,72 @@ void settle_rows(int height, int& first_row, int& end_row) {
 
 }  // namespace
 
-ComputedFrames::Images ComputedFrames::get_rows(const FrameView& view, const std::set<Output>& outputs, int& first_row,
-                                                int& end_row) {
-  Images images;
+std::map<Output, CutBytes> ComputedFrames::cut_outputs(const FrameView& view, const Images& known,
+                                                       const std::set<Output>& outputs, const Cut& cut) {
   const std::string frame_name =
       name_of_frame(view, provider_.version(view.source, view.frame), options_.colour.has_value());
+  Images images;
   const bool is_kept = find(view, frame_name, outputs, images);
-  if (!images.frame) {
-    images = get(view, {});
-  }
-  const int height = images.facts.height;
   // Beyond a quarter of the frame, the whole is soon wanted too.
-  if (is_kept || options_.colour || 4 * (end_row - first_row) > height) {
-    first_row = 0;
-    end_row = height;
-    return get(view, outputs);
+  const bool is_small = cut.step > 1 || 4 * cut.region.size.height <= known.facts.height;
+  if (!is_kept && is_small && !options_.colour) {
+    const std::lock_guard<std::mutex> lock(computing_);
+    return cut_strips(view, known, outputs, cut);
   }
-  settle_rows(height, first_row, end_row);
-  RawFrame rows = rows_of(images.frame->values, images.facts.width, images.facts.bit_depth, first_row,
-                          std::min(end_row + 2, height));
-  OutputImages computed = compute_rows(view, rows, first_row, end_row - first_row, outputs);
+  images = get(view, outputs);
+  std::map<Output, CutBytes> cuts;
+  for (const auto& [output, image] : images.outputs) {
+    cuts[output] = cut_image(image, cut);
+  }
+  return cuts;
+}
+
+/** A few rows at a time, so that images stay in the caches and only the cut takes memory. */
+std::map<Output, CutBytes> ComputedFrames::cut_strips(const FrameView& view, const Images& known,
+                                                      const std::set<Output>& outputs, const Cut& cut) const {
+  constexpr int rows_of_strip = 32;
+  const FrameFacts& facts = known.facts;
+  std::map<Output, std::shared_ptr<std::vector<unsigned char>>> cuts;
+  const auto row_bytes = [&](Output output) {
+    const OutputDescription& row = describe(output);
+    return static_cast<std::size_t>(cut.width()) * row.channels *
+           (row.element == OutputElement::float32 ? sizeof(float) : sizeof(std::uint16_t));
+  };
   for (const Output output : outputs) {
-    images.outputs[output] = take(computed, output);
+    cuts[output] =
+        std::make_shared<std::vector<unsigned char>>(row_bytes(output) * static_cast<std::size_t>(cut.height()));
   }
-  return images;
+  const int rows_at_once = std::max(1, rows_of_strip / cut.step);
+  const int strips = (cut.height() + rows_at_once - 1) / rows_at_once;
+  const int threads =
+      std::min(strips, bands_worth_a_thread(facts.width, cut.region.size.height, options_.settings.threads));
+  on_threads(static_cast<std::size_t>(threads), [&](std::size_t thread) {
+    for (int strip = static_cast<int>(thread); strip < strips; strip += threads) {
+      const int first = strip * rows_at_once;
+      const int count = std::min(rows_at_once, cut.height() - first);
+      const Cut part{
+          {cut.region.x, cut.region.y + cut.step * first, {cut.region.size.width, cut.step * (count - 1) + 1}},
+          cut.step};
+      int first_row = part.region.y;
+      int end_row = part.region.y + part.region.size.height;
+      settle_rows(facts.height, first_row, end_row);
+      RawFrame rows =
+          rows_of(known.frame->values, facts.width, facts.bit_depth, first_row, std::min(end_row + 2, facts.height));
+      OutputImages computed = compute_rows(view, rows, first_row, end_row - first_row, outputs);
+      Cut of_rows = part;
+      of_rows.region.y -= first_row;
+      for (const Output output : outputs) {
+        const CutBytes bytes = cut_image(take(computed, output), of_rows);
+        std::memcpy(cuts.at(output)->data() + row_bytes(output) * static_cast<std::size_t>(first), bytes.data,
+                    bytes.size);
+      }
+    }
+  });
+  std::map<Output, CutBytes> result;
+  for (const auto& [output, bytes] : cuts) {
+    result[output] = {bytes->data(), bytes->size(), bytes};
+  }
+  return result;
 }
 
 ComputedFrames::Pixel ComputedFrames::pixel(const FrameView& view, int x, int y, const std::optional<FrameSize>& size) {

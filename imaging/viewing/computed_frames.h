@@ -110,11 +110,12 @@ class ComputedFrames {
   std::shared_ptr<const RawFrame> read(std::size_t source, std::uint64_t frame);
 
   /**
-   * Only rows first_row to end_row - 1 of the outputs, with the same bits, where that is less work: the images begin
-   * with first_row, which may become an even one, and end_row may grow. Nothing of the outputs is kept. For frames
-   * without colours. Otherwise as get.
+   * A cut of each output, with the same bits: of images that are kept, else computed for the cut alone where that is
+   * less work than the whole frame, and then not kept. `known` is what get gave for the view without outputs.
+   * Thread-safe; throws as get.
    */
-  Images get_rows(const FrameView& view, const std::set<Output>& outputs, int& first_row, int& end_row);
+  std::map<Output, CutBytes> cut_outputs(const FrameView& view, const Images& known, const std::set<Output>& outputs,
+                                         const Cut& cut);
 
   /** What belongs to one pixel. */
   struct Pixel {
@@ -140,6 +141,8 @@ class ComputedFrames {
   std::optional<ColourSettings> colour_of(const FrameView& view) const;
   bool find(const FrameView& view, const std::string& frame_name, const std::set<Output>& outputs, Images& images);
   OutputImages compute_known(const FrameView& view, const Images& known, const std::set<Output>& outputs) const;
+  std::map<Output, CutBytes> cut_strips(const FrameView& view, const Images& known, const std::set<Output>& outputs,
+                                        const Cut& cut) const;
   OutputImages compute_rows(const FrameView& view, RawFrame& rows, int first_row, int count,
                             const std::set<Output>& outputs) const;
 
