@@ -85,6 +85,7 @@ TEST_F(CalibrateTest, ListsAndFramesThatDoNotSuffice) {
   expect_refusal(four + " --frame 135:a75.pgm", {"a75.pgm is given twice"}, 2);
   expect_refusal(four + " --frame up:a110.pgm", {"--frame up:a110.pgm", "30:frame.png"}, 2);
   expect_refusal(four + " --frame 135", {"--frame 135"}, 2);
+  expect_refusal(four + " --frame 134,5:a110.pgm", {"--frame 134,5:a110.pgm"}, 2);
   expect_refusal(four + " --frame nan:a110.pgm", {"--frame nan:a110.pgm"}, 2);
   write("bad.csv", "0,a0.pgm\n45:a40.pgm\n");
   expect_refusal("calibrate c.json --list bad.csv", {"line 2 of bad.csv"});

@@ -82,6 +82,8 @@ TEST_F(ColourTest, FormatsNameThePatternAndContradictionsAreRefused) {
   expect_success(raw + "--pixel-format Mono12 --colour GRBG --outputs power,azimuth -o plain");
   expect_success(raw + "--pixel-format Mono12 --colour GRBG --merge-green --outputs power -o merged");
   expect_success(raw + "--pixel-format Mono12 --colour GRBG --full-size --outputs power -o full");
+  expect_success(raw + "--pixel-format Mono12 --colour GRBG --outputs power-picture -o shown");
+  EXPECT_EQ(bytes("shown/f_power_colour.png").at(19), 20) << "the last byte of a PNG file's width";
   for (const char* colour : {"r", "g1", "g2", "b"}) {
     const std::string name = std::string("/f_power_") + colour + ".png";
     EXPECT_EQ(picture("alias" + name), picture("plain" + name));
@@ -119,6 +121,12 @@ TEST_F(ColourTest, FramesOfTheOtherKindOfSensorGetANote) {
   EXPECT_NE(repeats.find("colour.png has a pattern that repeats every 4 pixels"), std::string::npos) << repeats;
   const std::string equal = run("stats grey.png --colour RGGB" + options).errors;
   EXPECT_NE(equal.find("the four colour planes of grey.png are equal within noise"), std::string::npos) << equal;
+}
+
+TEST_F(ColourTest, ClippedPowerIsThatOfAllColours) {
+  expect_success("simulate f.png --colour RGGB --size 32x32 --bit-depth 12 --source-angle 22.5 --source-power 1.1");
+  const RunResult made = run("transform f.png --colour RGGB --layout 90 --bit-depth 12 --outputs power -o x");
+  EXPECT_NE(made.output.find(", 50.0 % of the power clipped; 4 files"), std::string::npos) << made.output << "greens";
 }
 
 TEST_F(ColourTest, StatisticsAreOfEachColour) {

@@ -85,6 +85,10 @@ TEST_F(CommandLineTest, CompletionsAndManualKnowEveryCommandAndOption) {
   EXPECT_EQ(completed("transform --outputs azimuth,d"), (std::set<std::string>{"azimuth,diagonal", "azimuth,dolp"}));
   EXPECT_EQ(completed("transform --format = t"), std::set<std::string>{"tiff"});
   EXPECT_TRUE(completed("transform --output ''").empty());  // left to bash, which knows files
+  for (const char* option : {"--library", "--calibration", "--truth"}) {
+    EXPECT_TRUE(std::regex_search(zsh, std::regex(std::string(option) + "[^\n]*:_files"))) << option;
+  }
+  EXPECT_FALSE(std::regex_search(zsh, std::regex("--jobs[^\n]*_files")));
   check("zsh", "-n", zsh);
   check("groff", "-man -ww -Tutf8 -z", manual);
 }

@@ -91,6 +91,8 @@ TEST_F(OutputsTest, InfoTellsWhatAFileIs) {
   EXPECT_EQ(files[1].at("texts").at("Output"), "dolp");
   const RunResult raw = run("info --raw 8x8 --pixel-format Mono16 frame.pgm");
   EXPECT_NE(raw.output.find("Mono16, 8 x 8, 9 frames"), std::string::npos) << raw.output;
+  ASSERT_EQ(run("simulate deep.tiff --size 16x16 --bit-depth 11").exit_code, 0);
+  EXPECT_NE(run("info deep.tiff").output.find("bits       11 of 16, as the file says"), std::string::npos);
   EXPECT_EQ(run("info text.png frame.pgm").exit_code, 1);
   EXPECT_NE(run("--list-formats").output.find("PolarizeMono12p"), std::string::npos);
 }

@@ -50,11 +50,13 @@ TEST_F(RefusalTest, FilesCutShort) {
 }
 
 TEST_F(RefusalTest, OptionsThatTheFilesDoNotAllow) {
-  ASSERT_EQ(run("simulate s.png --size 16x16 --bit-depth 8").exit_code, 0);
+  ASSERT_EQ(run("simulate s.png --size 16x16 --bit-depth 8 --index 1.05").exit_code, 0);
+  EXPECT_EQ(run("simulate dark.png --size 16x16 --source-angle 0 --source-power 0").exit_code, 0);
   EXPECT_EQ(run("transform s.png --bit-depth 8 --output-max 1 --benchmark=1 -j 1024 --degree-max 1 -o fit").exit_code,
             0);
   expect_refusal("transform -o r s.png --raw 4x4", {"s.png", "16 (8-bit) or 32 (16-bit)"});
   expect_refusal("transform -o r - --raw 4x4 --pixel-format Mono8 < /dev/null", {"standard input is empty"});
+  expect_refusal("transform -o r - --raw 4x4 --pixel-format Mono8 < .", {"standard input", "Is a directory"});
   expect_refusal("transform -o r s.png --roi 1,0,16,16", {"s.png", "16 x 16", "beyond"});
   expect_refusal("transform -o r '?.tif'", {"?.tif"});
   expect_refusal("transform -o r s.png --bit-depth 9", {"--bit-depth 9", "s.png"});
@@ -68,6 +70,7 @@ TEST_F(RefusalTest, CommandLinesThatMakeNoSense) {
   const std::pair<const char*, std::vector<std::string>> cases[] = {
       {"", {"a command is missing"}},
       {"transfrom s.png", {"unknown command transfrom; did you mean transform?"}},
+      {"stast s.png", {"unknown command stast; did you mean stats?"}},
       {"sharpen s.png", {"unknown command sharpen; see nerova-polarize --help."}},
       {"transform", {"FRAME"}},
       {"transform s.png", {"--output DIR is missing"}},
@@ -89,6 +92,10 @@ TEST_F(RefusalTest, CommandLinesThatMakeNoSense) {
       {"transform -o r - --raw 4x4 < s.png", {"standard input", "--pixel-format"}},
       {"transform -o r s.png --roi 1,2,3", {"--roi 1,2,3", "X,Y,W,H"}},
       {"transform -o r s.png --roi 0,0,16,1", {"--roi 0,0,16,1", "2 x 2"}},
+      {"transform -o r s.png --frames x:5", {"--frames x:5", "A:B"}},
+      {"transform -o r s.png --frames 5:x", {"--frames 5:x", "A:B"}},
+      {"transform -o r s.png --frames :", {"--frames :", "A:B"}},
+      {"transform -o r s.png --frames 5", {"--frames 5", "A:B"}},
       {"transform -o r s.png --jobs 0", {"--jobs 0"}},
       {"transform -o r s.png --bit-depth 0", {"--bit-depth 0", "1 to 16"}},
       {"transform -o r s.png --output-max 65536", {"--output-max 65536", "1 to 65535"}},
@@ -104,6 +111,7 @@ TEST_F(RefusalTest, CommandLinesThatMakeNoSense) {
       {"simulate t.png --bit-depth 17", {"--bit-depth 17"}},
       {"simulate t.png --photons=-5", {"--photons"}},
       {"simulate t.png --index 1", {"--index must be above 1 and at most 10"}},
+      {"simulate t.png --dispersion 0.11", {"--dispersion must be 0 (none) to 0.1"}},
       {"simulate t.png --source-power 10.1", {"--source-power"}},
       {"simulate t.png --source-angle 361", {"--source-angle must be -360 to 360"}},
       {"simulate t.png --dark-level 4096", {"--dark-level"}},

@@ -32,6 +32,8 @@ TEST(Scales, TheDegreeCountsWhereThereIsLight) {
   planes.power(cv::Rect(0, 0, 100, 3)).setTo(0.02F);  // below a twentieth of the light's end
   planes.degree(cv::Rect(0, 0, 100, 3)).setTo(0.9F);
   EXPECT_EQ(degree_end(planes), 0.2);
+  planes.power(cv::Rect(0, 0, 100, 3)).setTo(0.03F);  // above it
+  EXPECT_EQ(degree_end(planes), 1.0);
   planes.power.setTo(0.5F);
   EXPECT_EQ(degree_end(planes), 1.0);
   planes.degree.setTo(0.001F);
