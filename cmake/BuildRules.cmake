@@ -72,7 +72,7 @@ if(NEROVA_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# What keeps a mistake from being turned against the program that loads the libraries. Stacks are watched over in the
+# What keeps a mistake from being turned against the program that loads the libraries. Stacks are protected in the
 # ordinary code only: the per-pixel code keeps no arrays there. An indirect call must land on an instruction meant for it;
 # processors older than that take it for a NOP, but it needs more than the oldest that 32-bit code must live on. On
 # Windows GCC's guard would draw in one more DLL.

@@ -18,7 +18,7 @@ std::uint32_t bits_of(float value) {
   return bits;
 }
 
-/** Equal bits, save that a NaN is a NaN. */
+/** Equal bits, except that any NaN equals any other. */
 bool same(float actual, float expected) {
   return std::isnan(expected) ? std::isnan(actual) : bits_of(actual) == bits_of(expected);
 }

@@ -17,7 +17,7 @@ using OutputPointers = std::array<void*, output_count>;
 /** In the order of the interface. */
 const char* output_name(std::size_t output);
 
-/** Where the images first differ in a bit, save that a NaN is a NaN, in words; or nothing. NULL is not compared. */
+/** Where the images first differ in a bit, in words, or nothing; any NaN equals any other. NULL is not compared. */
 std::optional<std::string> first_difference(const OutputImages& reference, const OutputPointers& outputs, int width);
 
 }  // namespace nerova_zel::test

@@ -1,10 +1,11 @@
 // Compares the library with the reference model over many frames, in memory that faults outside the buffers.
 //
-//   campaign --library PATH --route sse2|sse41|avx2|avx512 [--stand-in yes] [--cases N] [--large N] [--seed N] [--only N]
+//   campaign --library PATH --route sse2|sse41|avx2|avx512 [--stand-in yes] [--cases N] [--large N] [--seed N]
+//            [--only N]
 //
-// --cases is the number of random frames besides the systematic ones, --large that of the large ones; --only repeats the frame of one number, given
-// the same other options. The route is what this processor must take, by itself or by a stand-in for the AVX-512
-// plugin; where it does not, nothing runs and the exit code says so.
+// --cases is the number of random frames besides the systematic ones, --large that of the large ones; --only repeats
+// the frame of one number, given the same other options. The route is what this processor must take, by itself or by a
+// stand-in for the AVX-512 plugin; where it does not, nothing runs and the exit code says so.
 
 #include <csignal>
 #include <cstdio>
