@@ -153,13 +153,17 @@ void declare_view(CLI::App& app) {
             ->capture_default_str(),
         0, 65535);
   command->add_flag("--no-open", options->no_open, "Print the address, and open no browser");
-  command->add_flag("--once", options->settings.once, "End when the last page was closed");
+  command->add_flag("--once", options->settings.once,
+                    "End when the last page was closed\n"
+                    "That is when none has been open for 5 seconds after one was.");
   command->add_option("--compare", options->compared, "More calibration files, to choose from in the page")
       ->type_name("FILE");
   limit(command
             ->add_option("--memory", options->memory,
                          "Most memory for frames and images that are kept, in MiB\n"
-                         "What was not looked at longest is read and computed again when it is wanted.")
+                         "What was used least recently is dropped first, and computed again when it is wanted. Half of "
+                         "it holds the "
+                         "last frames of standard input or a camera.")
             ->type_name("MIB")
             ->capture_default_str(),
         1, 1 << 20);
