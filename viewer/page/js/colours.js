@@ -105,6 +105,35 @@ export function divergingPlace(share) {
   return Math.round(256 * (0.5 + 0.5 * Math.min(1, Math.max(-1, share || 0))));
 }
 
+/**
+ * For each entry of the diverging table the least value that takes it and the least that takes the next one: by comparing,
+ * a painter with single precision only finds the entries that double precision gives.
+ *
+ * @param {number} end where the scale ends
+ * @returns {Float32Array<ArrayBuffer>}
+ */
+export function signedBounds(end) {
+  const bounds = new Float32Array(2 * 257);
+  const value = new Float32Array(1);
+  const bits = new Int32Array(value.buffer);
+  bounds[0] = -Infinity;
+  bounds[2 * 257 - 1] = Infinity;
+  for (let entry = 1; entry < 257; ++entry) {
+    value[0] = ((entry - 128.5) / 128) * end;
+    // Neighbours among single numbers: one up or down in their bits, which count away from 0.
+    const up = value[0] < 0 ? -1 : 1;
+    while (divergingPlace(value[0] / end) >= entry) {
+      bits[0] -= up;
+    }
+    while (divergingPlace(value[0] / end) < entry) {
+      bits[0] += up;
+    }
+    bounds[2 * entry] = value[0];
+    bounds[2 * entry - 1] = value[0];
+  }
+  return bounds;
+}
+
 /** What the styles are in both painters, by number. */
 export const styleNumbers = { plain: 0, light: 1, dark: 2, composite: 3 };
 
@@ -133,7 +162,7 @@ export function mixedChannel(style, hue, degree, grey) {
  * Every table that panels of one look are painted by.
  *
  * @typedef {{raw: ValueTable, power: ValueTable, degree: ValueTable, hue: ValueTable, diverging: ValueTable, style: number,
- *   signedEnd: number}} PanelTables
+ *   signedEnd: number, signedBounds: Float32Array<ArrayBuffer>}} PanelTables
  *
  * @typedef {{style: number, degreeEnd: number, powerEnd: number, rawEnd: number, lightMap: MapName, degreeMap: MapName,
  *   fullScale: number, outputMaximum: number}} Look
@@ -145,6 +174,8 @@ export class TableMaker {
   constructor(tables) {
     this.tables = tables;
     this.diverging = divergingTable(tables);
+    this.boundsEnd = 1;
+    this.bounds = signedBounds(1);
     /** @type {Map<string, ValueTable>} */
     this.kept = new Map();
   }
@@ -166,6 +197,15 @@ export class TableMaker {
     return table;
   }
 
+  /** @param {number} end */
+  boundsFor(end) {
+    if (this.boundsEnd !== end) {
+      this.boundsEnd = end;
+      this.bounds = signedBounds(end);
+    }
+    return this.bounds;
+  }
+
   /**
    * @param {Look} look
    * @returns {PanelTables}
@@ -183,6 +223,7 @@ export class TableMaker {
       diverging: this.diverging,
       style: look.style,
       signedEnd: look.degreeEnd,
+      signedBounds: this.boundsFor(look.degreeEnd),
     };
   }
 }

@@ -57,6 +57,8 @@ export function createGlPainter(canvas, emulated) {
   /** @type {Map<PixelArray | Uint8Array, {texture: WebGLTexture, rows: number}>} */
   const textures = new Map();
   let budget = 0;
+  /** @type {Float32Array<ArrayBuffer> | null} the bounds in use */
+  let bounds = null;
   gl.useProgram(program);
   gl.bindVertexArray(gl.createVertexArray());
   gl.pixelStorei(gl.UNPACK_ALIGNMENT, 1);
@@ -131,6 +133,8 @@ export function createGlPainter(canvas, emulated) {
       (signed ? tables.diverging : tables.hue);
     bind(4, table, signed ? table.length / 4 : 256, signed ? 1 : 256, true);
     bind(5, tables.degree, 256, 256, true);
+    bounds = tables.signedBounds;
+    bind(7, bounds, 257, 1, true);
     bind(6, tables.power, 256, 256, true);
     const mean = kind === 'raw' && view.scale < 1 && layer.columns > 1 && layer.rows > 1;
     const coloured = kind === 'coloured' && tables.style !== styleNumbers.plain;
@@ -148,7 +152,7 @@ export function createGlPainter(canvas, emulated) {
     gl.drawArrays(gl.TRIANGLES, 0, 3);
   }
 
-  for (const [name, unit] of Object.entries({ image0: 0, image1: 1, image2: 2, pairs: 3, table0: 4, table1: 5, table2: 6 })) {
+  for (const [name, unit] of Object.entries({ image0: 0, image1: 1, image2: 2, pairs: 3, table0: 4, table1: 5, table2: 6, bounds: 7 })) {
     gl.uniform1i(at(name), unit);
   }
   // Every sampler needs a texture of its kind, whether it is read or not.
@@ -196,7 +200,7 @@ export function createGlPainter(canvas, emulated) {
     },
     retain(live) {
       for (const [array, { texture }] of textures) {
-        if (!(array instanceof Uint8Array) && array !== none && array !== nothing && !live.has(array)) {
+        if (!(array instanceof Uint8Array) && array !== none && array !== nothing && array !== bounds && !live.has(array)) {
           gl.deleteTexture(texture);
           textures.delete(array);
         }

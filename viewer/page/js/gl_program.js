@@ -16,6 +16,7 @@ uniform usampler2D image0;  // raw, power, degree or azimuth
 uniform usampler2D image1;  // of the coloured angle: degree
 uniform usampler2D image2;  // and power
 uniform sampler2D pairs;    // S1 / P and S2 / P
+uniform sampler2D bounds;   // for each entry of the signed table the least value of it and of the next
 uniform usampler2D table0;  // colours of image0
 uniform usampler2D table1;  // levels of image1
 uniform usampler2D table2;  // and of image2
@@ -57,11 +58,14 @@ void main() {
     found = entry(table0, (sum + 2u) / 4u);
   } else if (kind == 3) {
     vec2 both = texelFetch(pairs, at, 0).xy;
-    float share = (channel == 0 ? both.x : both.y) / signed_end;
-    // Rounded without a sum of numbers of different size, which would lose bits.
-    float places = isnan(share) ? 0.0 : 128.0 * clamp(share, -1.0, 1.0);
-    float whole = floor(places);
-    found = texelFetch(table0, ivec2(128 + int(whole) + (places - whole >= 0.5 ? 1 : 0), 0), 0);
+    float value = channel == 0 ? both.x : both.y;
+    int place = 128;
+    if (!isnan(value)) {
+      place = int(floor(128.5 + 128.0 * clamp(value / signed_end, -1.0, 1.0)));
+      vec2 ends = texelFetch(bounds, ivec2(place, 0), 0).xy;
+      place += value < ends.x ? -1 : value >= ends.y ? 1 : 0;
+    }
+    found = texelFetch(table0, ivec2(place, 0), 0);
   } else {
     found = entry(table0, texelFetch(image0, at, 0).x);
     if (kind == 4) {
