@@ -128,19 +128,43 @@ export async function fetchRegion(settings, region, signal) {
 }
 
 /**
- * @typedef {{frames: number[], samples: number[][], s0: number[], s1: number[], s2: number[], angle: (number | null)[],
- *   dolp: number[]}} Series
+ * @typedef {{count: number, frames: number[], samples: number[][], s0: number[], s1: number[], s2: number[],
+ *   angle: (number | null)[], dolp: (number | null)[]}} Series
+ *
+ * A pixel in frames evenly spread over a source. The server answers in parts, so that no request takes long.
  *
  * @param {Settings} settings
  * @param {{x: number, y: number}} pixel
  * @param {{first: number, frames: number}} source
- * @param {AbortSignal} [signal]
- * @returns {Promise<Series>}
+ * @param {AbortSignal} signal
+ * @param {(series: Series) => void} grown called for each part, with all that has come
  */
-export async function fetchSeries(settings, pixel, { first, frames }, signal) {
-  const more = { x: pixel.x, y: pixel.y, from: first, to: first + frames - 1, count: Math.min(frames, 500) };
-  return (await request(`/api/series?${query(settings, more)}`, signal)).json();
+export async function fetchSeries(settings, pixel, { first, frames }, signal, grown) {
+  /** @type {Series | null} */
+  let series = null;
+  do {
+    const more = { x: pixel.x, y: pixel.y, from: first, to: first + frames, count: Math.min(frames, 500), skip: series?.frames.length ?? 0 };
+    /** @type {Series} */
+    const part = await (await request(`/api/series?${query(settings, more)}`, signal)).json();
+    if (part.frames.length === 0) {
+      break;
+    }
+    series = series ? joined(series, part) : part;
+    grown(series);
+  } while (series.frames.length < series.count);
 }
+
+/** @param {Series} one @param {Series} next @returns {Series} */
+const joined = (one, next) => ({
+  count: next.count,
+  frames: [...one.frames, ...next.frames],
+  samples: [...one.samples, ...next.samples],
+  s0: [...one.s0, ...next.s0],
+  s1: [...one.s1, ...next.s1],
+  s2: [...one.s2, ...next.s2],
+  angle: [...one.angle, ...next.angle],
+  dolp: [...one.dolp, ...next.dolp],
+});
 
 /**
  * @param {Settings} settings

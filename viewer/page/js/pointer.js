@@ -95,7 +95,7 @@ export function followPointers(stage, store, chosen) {
     const cell = held;
     if (cell && anchor) {
       const { region } = store.state;
-      store.update({ selecting: false, region: region && region.width * region.height > 1 ? region : null });
+      store.update({ selecting: false, region: region && region.width > 1 && region.height > 1 ? region : null });
     } else if (cell && moved < 6 && event.type === 'pointerup') {
       const pixel = pixelAt(cell, event);
       cell.element.focus({ preventScroll: true });

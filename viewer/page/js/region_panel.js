@@ -65,7 +65,7 @@ export function showRegion(stage) {
 
   const fetchNow = async () => {
     const { region, mode, settings, other } = store.state;
-    if (!region) {
+    if (!region || region.width < 2 || region.height < 2) {
       return;
     }
     waiting.abort();

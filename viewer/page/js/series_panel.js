@@ -11,7 +11,7 @@ import { byId } from './elements.js';
 /** @type {Record<string, {label: string, lines: (series: Series, maximum: number) => (number | null)[][], range: [number, number] | null}>} */
 const quantities = {
   angle: { label: 'angle, degrees', lines: ({ angle }) => [angle], range: [0, 180] },
-  degree: { label: 'degree', lines: ({ dolp }, maximum) => [dolp.map((value) => value / maximum)], range: [0, 1] },
+  degree: { label: 'degree', lines: ({ dolp }, maximum) => [dolp.map((value) => value === null ? null : value / maximum)], range: [0, 1] },
   power: { label: 'P, pixel values', lines: ({ s0 }) => [s0], range: null },
   stokes: { label: 'S1 (solid) and S2 (dashed)', lines: ({ s1, s2 }) => [s1, s2], range: null },
   samples: { label: 'samples', lines: ({ samples }) => [0, 1, 2, 3].map((i) => samples.map((four) => four[i])), range: null },
@@ -121,10 +121,12 @@ export function showSeries(stage, session) {
     const { signal } = waiting;
     place.textContent = `x ${wanted.x}  y ${wanted.y}`;
     try {
-      series = await fetchSeries(store.state.settings, wanted, source(), signal);
-      canvas.setAttribute('aria-label', `Plot of the pixel at ${wanted.x}, ${wanted.y} over ${frames()} frames: ${quantities[choice.value].label}`);
-      canvas.dataset.frames = String(series.frames.length);
-      draw();
+      await fetchSeries(store.state.settings, wanted, source(), signal, (grown) => {
+        series = grown;
+        canvas.setAttribute('aria-label', `Plot of the pixel at ${wanted.x}, ${wanted.y} over ${frames()} frames: ${quantities[choice.value].label}`);
+        canvas.dataset.angles = JSON.stringify(grown.angle);
+        draw();
+      });
     } catch (failure) {
       if (!signal.aborted) {
         place.textContent = failure instanceof Error ? failure.message : String(failure);
