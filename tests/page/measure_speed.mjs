@@ -1,5 +1,5 @@
 // Measures the page: from the command to the first picture and to full resolution, from a key to the painted frame.
-// Usage: node tests/page/measure_speed.mjs FOLDER, with NEROVA_TOOL and NEROVA_PAGE_TOOLS in the environment
+// Usage: node tests/page/measure_speed.mjs FOLDER [canvas|webgl], with NEROVA_TOOL and NEROVA_PAGE_TOOLS in the environment
 import { execFileSync } from 'node:child_process';
 import { existsSync, mkdirSync } from 'node:fs';
 import path from 'node:path';
@@ -40,7 +40,7 @@ const timed = (page, key, { shift = false, changed = false } = {}) =>
     return performance.now() - start;
   }, [key, shift, changed]);
 
-for (const [painter, option] of [['canvas', ''], ['WebGL2 in software', '#!webgl']]) {
+for (const [painter, option] of [['canvas', '#!canvas'], ['WebGL2 in software', '#!webgl']].filter(([, one]) => one.includes(process.argv[3] ?? ''))) {
   const browser = await startBrowser();
   await (await browser.newPage()).close();
   process.stdout.write(`\n| ${painter}, milliseconds | median | longest |\n|---|---:|---:|\n`);

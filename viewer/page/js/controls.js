@@ -9,7 +9,7 @@ import { origins, scaleEnds } from './commands.js';
 import { byId, make } from './elements.js';
 import { layouts, polarizerAt } from './mosaic.js';
 import { allKinds, panelKinds } from './panel_kinds.js';
-import { frameAt, frameCount, placeOf } from './sequence.js';
+import { frameAt, frameCount, placeOf, shortNames } from './sequence.js';
 
 /**
  * A row of buttons of which one is pressed.
@@ -103,7 +103,8 @@ export function connectControls(stage, session, actions) {
   const panelButtons = [...byId('panel-choice', HTMLElement).querySelectorAll('button')];
 
   const listSources = () => {
-    fill(source, session.sources.map(({ name, frames }, i) => [String(i), frames > 1 ? `${name} (${frames})` : name]));
+    const names = shortNames(session);
+    fill(source, session.sources.map(({ frames }, i) => [String(i), frames > 1 ? `${names[i]} (${frames})` : names[i]]));
     const count = frameCount(session);
     slider.max = String(count - 1);
     number.max = String(count - 1);
@@ -116,6 +117,7 @@ export function connectControls(stage, session, actions) {
     const { layout, origin, calibration: used, bitDepth, plane: colour } = store.edited;
     const place = placeOf(session, store.edited);
     source.value = String(store.edited.source);
+    source.title = session.sources[store.edited.source].name;
     slider.value = String(place);
     slider.setAttribute('aria-valuetext', `frame ${place + 1} of ${frameCount(session)}`);
     if (document.activeElement !== number) {
@@ -143,7 +145,7 @@ export function connectControls(stage, session, actions) {
     byId('lines', HTMLElement).setAttribute('aria-pressed', String(state.lines));
     byId('select', HTMLElement).setAttribute('aria-pressed', String(state.selecting));
     byId('side', HTMLElement).hidden = state.mode !== 'compare';
-    byId('side', HTMLElement).textContent = `Controls change ${state.side.toUpperCase()}`;
+    byId('side', HTMLElement).textContent = `Controls: ${state.side.toUpperCase()}`;
   };
   /** An end that a link or an option has set is one more choice. @param {HTMLSelectElement} select @param {number} end */
   const showEnd = (select, end) => {

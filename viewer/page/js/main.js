@@ -12,6 +12,7 @@ import { play } from './playback.js';
 import { followPointers } from './pointer.js';
 import { showRegion } from './region_panel.js';
 import { saveNumbers, savePicture, saveScreen } from './save.js';
+import { shortNames } from './sequence.js';
 import { showSeries } from './series_panel.js';
 import { Stage } from './stage.js';
 import { initialState, Store } from './state.js';
@@ -19,6 +20,9 @@ import { say, showStatus } from './status.js';
 import { applyTheme, followTheme, switchTheme } from './theme.js';
 
 applyTheme();
+
+/** @param {string} path */
+const shortName = (path) => path.replace(/.*[\\/]/, '');
 
 async function start() {
   const [session, encoded] = await Promise.all([fetchSession(), fetchTables()]);
@@ -29,14 +33,19 @@ async function start() {
 
   /** @param {import('./types.js').Settings} settings */
   const nameOf = (settings) => {
-    const { name, frames } = session.sources[settings.source];
-    const calibration = session.calibrations[settings.calibration];
-    return [name, frames > 1 ? `frame ${settings.frame}` : '', `layout ${settings.layout}°`, settings.calibration ? calibration : ''].filter(Boolean).join(', ');
+    const { frames } = session.sources[settings.source];
+    return [
+      frames > 1 ? `frame ${settings.frame}` : '',
+      `layout ${settings.layout}°`,
+      settings.calibration ? shortName(session.calibrations[settings.calibration]) : '',
+      session.planes[settings.plane] ?? '',
+      shortNames(session)[settings.source],
+    ].filter(Boolean).join(', ');
   };
   const frameName = () => {
     const { source, frame } = store.edited;
     const { name, frames } = session.sources[source];
-    return name.replace(/\.[^.]*$/, '') + (frames > 1 ? `_${String(frame).padStart(6, '0')}` : '');
+    return shortName(name).replace(/\.[^.]*$/, '') + (frames > 1 ? `_${String(frame).padStart(6, '0')}` : '');
   };
   const stage = new Stage(store, session, tables, nameOf, option);
   document.documentElement.dataset.painter = stage.painter.name;
@@ -80,10 +89,14 @@ async function start() {
   followTheme(redraw);
   byId('help-close', HTMLButtonElement).addEventListener('click', actions.close);
 
-  let written = '';
+  let written = location.hash;
   function writeLink() {
-    written = linkText(store.state, session) + (option ? `!${option}` : '');
-    history.replaceState(null, '', `#${written}`);
+    // Another link has been entered and is about to be followed.
+    if (location.hash !== written) {
+      return;
+    }
+    history.replaceState(null, '', `#${linkText(store.state, session)}${option ? `!${option}` : ''}`);
+    written = location.hash;
   }
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   let writing;
@@ -92,9 +105,9 @@ async function start() {
     writing = setTimeout(writeLink, 250);
   });
   addEventListener('hashchange', () => {
-    const text = location.hash.slice(1);
-    if (text !== written) {
-      store.update(stateFromLink(text.split('!')[0], session, store.state));
+    if (location.hash !== written) {
+      written = location.hash;
+      store.update(stateFromLink(written.slice(1).split('!')[0], session, store.state));
     }
   });
 

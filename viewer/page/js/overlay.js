@@ -166,7 +166,8 @@ export function drawOverlay(canvas, ratio, panels, { view, cursor, region, lines
     context.rect(0, 0, box.width, box.height);
     context.clip();
     drawPixels(context, panel, view, seen);
-    if (lines) {
+    // Where polarizers are drawn, other lines would be taken for them.
+    if (lines && !(panel.polarizers && view.scale >= polarizersFrom)) {
       drawAngles(context, panel, view);
     }
     if (region) {

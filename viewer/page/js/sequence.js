@@ -29,3 +29,18 @@ export function frameAt(session, place) {
   }
   return { source: 0, frame: 0 };
 }
+
+/**
+ * The names of the sources without the folders that all share.
+ *
+ * @param {Session} session
+ */
+export function shortNames({ sources }) {
+  const names = sources.map(({ name }) => name);
+  const [first] = names;
+  let shared = first ? Math.max(first.lastIndexOf('/'), first.lastIndexOf('\\')) + 1 : 0;
+  while (shared > 0 && !names.every((name) => name.startsWith(first.slice(0, shared)))) {
+    shared = Math.max(first.lastIndexOf('/', shared - 2), first.lastIndexOf('\\', shared - 2)) + 1;
+  }
+  return names.map((name) => name.slice(shared));
+}

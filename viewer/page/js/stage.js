@@ -77,7 +77,7 @@ export class Stage {
   /** @param {ViewState} state @param {ViewState} before */
   follow(state, before) {
     if (state.settings !== before.settings || state.other !== before.other || state.panels !== before.panels ||
-        state.active !== before.active || state.alone !== before.alone || state.mode !== before.mode) {
+        state.active !== before.active || state.alone !== before.alone || state.mode !== before.mode || state.side !== before.side) {
       this.compose();
     } else if (state.view !== before.view || state.style !== before.style) {
       this.wish();

@@ -75,8 +75,7 @@ export class TileCache {
       this.tiles.set(key, await fetchImages(settings, images, 1, region));
       this.changed();
     } catch {
-      // The panels say why a frame cannot be shown; another move of the cursor tries again.
-      this.tiles.delete(key);
+      // The panels say why a frame cannot be shown; asking again would bring the same answer.
     }
   }
 }
