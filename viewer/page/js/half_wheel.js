@@ -10,8 +10,9 @@
  * @param {number[]} counts evenly over 180 degrees
  * @param {number | null} mean in degrees
  * @param {ValueTable} hues by azimuth
+ * @param {string} name written in the corner
  */
-export function drawHalfWheel(canvas, counts, mean, hues) {
+export function drawHalfWheel(canvas, counts, mean, hues, name) {
   const ratio = window.devicePixelRatio || 1;
   const width = canvas.clientWidth || 240;
   const height = canvas.clientHeight || 130;
@@ -52,6 +53,8 @@ export function drawHalfWheel(canvas, counts, mean, hues) {
     context.textAlign = across > 0.3 ? 'left' : across < -0.3 ? 'right' : 'center';
     context.fillText(`${degrees}°`, x + across * (outer + 5), y - up * (outer + 5) + (up < 0.1 ? 4 : 0));
   }
+  context.textAlign = 'left';
+  context.fillText(name, 2, 12);
   if (mean !== null) {
     const angle = (mean * Math.PI) / 180;
     context.lineWidth = 2;

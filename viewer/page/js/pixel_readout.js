@@ -78,7 +78,10 @@ export function showPixelValues(stage) {
     }
     const saturated = found.some((values) => values?.samples.some((sample) => sample >= values.facts.saturatedFrom));
     content.replaceChildren(
-      make('div', { class: 'sample-sets' }, sides.map((settings, i) => samples(settings, found[i] ?? null, i ? 'b' : 'a'))),
+      make('div', { class: 'sample-sets' }, sides.flatMap((settings, i) => [
+        sides.length > 1 ? make('span', { class: 'side-name' }, [i ? 'B' : 'A']) : '',
+        samples(settings, found[i] ?? null, i ? 'b' : 'a'),
+      ])),
       table,
       make('p', { class: saturated ? 'state saturated' : 'state', id: 'saturation' },
         [!inside || !found.some(Boolean) ? ' ' : saturated ? 'A sample is saturated: the values are not to be trusted.' : 'No sample is saturated.']));

@@ -58,7 +58,7 @@ export function showRegion(stage) {
         wheel.setAttribute('aria-label', mean === null
           ? 'Histogram of the angle: no pixel has one'
           : `Histogram of the angle, 0 to 180 degrees, mean ${mean.toFixed(1)} degrees`);
-        drawHalfWheel(wheel, one.histogram, mean, hues);
+        drawHalfWheel(wheel, one.histogram, mean, hues, found.length > 1 ? 'AB'[i] : '');
       }
     });
   };
