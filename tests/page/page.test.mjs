@@ -22,7 +22,7 @@ async function open(context, files, options = {}) {
 
 /** A part of the view's link, when it has been written. */
 const linkPart = async (page, name) => {
-  await page.waitForTimeout(300);
+  await page.waitForSelector('html[data-link="written"]', { state: 'attached' });
   return page.evaluate((key) => new Map(location.hash.slice(1).split('&').map((part) => part.split('='))).get(key), name);
 };
 
@@ -107,8 +107,9 @@ test('a link restores the view in another run', async (context) => {
   const link = '#a=3,45,1.0,0,none,stack.raw,&mode=panels&panels=raw,degree&active=degree&style=light&ends=0.5,0.2&maps=sequential,grey&view=100.00,90.00,3.0000&pixel=101,91&region=90,80,20,10&lines=1';
   const { page } = await open(context, [at('scene.raw'), at('stack.raw'), ...raw], { link });
   await inFull(page);
-  await page.keyboard.press('h');
-  await page.waitForTimeout(400);
+  await page.keyboard.press('ArrowLeft');
+  await page.keyboard.press('ArrowRight');
+  await page.waitForSelector('html[data-link="written"]', { state: 'attached' });
   const written = await page.evaluate(() => location.hash);
   assert.equal(written.replace(/none,[^&]*stack\.raw/, 'none,stack.raw'), link);
   assert.equal(await page.$$eval('.panel', ({ length }) => length), 2);

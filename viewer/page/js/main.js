@@ -63,8 +63,14 @@ async function start() {
   };
   const help = byId('help-dialog', HTMLDialogElement);
   const actions = {
-    help: () => (help.open ? help.close() : help.showModal()),
-    close: () => help.close(),
+    help: () => (help.open ? actions.close() : help.showModal()),
+    close: () => {
+      help.close();
+      // The closed list would keep the focus, and with it the next key, until the next picture.
+      if (document.activeElement instanceof HTMLElement && help.contains(document.activeElement)) {
+        document.activeElement.blur();
+      }
+    },
     theme: () => {
       switchTheme();
       redraw();
@@ -102,7 +108,11 @@ async function start() {
   let writing;
   store.subscribe(() => {
     clearTimeout(writing);
-    writing = setTimeout(writeLink, 250);
+    document.documentElement.dataset.link = 'late';
+    writing = setTimeout(() => {
+      writeLink();
+      document.documentElement.dataset.link = 'written';
+    }, 250);
   });
   addEventListener('hashchange', () => {
     if (location.hash !== written) {
