@@ -115,6 +115,9 @@ endif()
 
 # nerova_find(package version part switch debian): finds what an optional part needs, or says how to do without.
 function(nerova_find package version part switch debian)
+  if(TARGET ${package}::${package})
+    return()
+  endif()
   find_package(${package} ${version} QUIET)
   if(NOT ${package}_FOUND)
     message(FATAL_ERROR
@@ -147,6 +150,8 @@ function(nerova_shared_library_rules target description def)
     target_sources(${target} PRIVATE ${def})
     set(NEROVA_FILE_DESCRIPTION ${description})
     set(NEROVA_FILE_NAME ${target})
+    set(NEROVA_FILE_TYPE VFT_DLL)
+    set(NEROVA_FILE_EXTENSION dll)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
     target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)
     set_target_properties(${target} PROPERTIES PREFIX "")
@@ -163,6 +168,24 @@ function(nerova_shared_library_rules target description def)
       set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
     endif()
     target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack,-z,text ${NEROVA_NO_UNDEFINED})
+  endif()
+endfunction()
+
+# nerova_windows_program(target description): what a program needs that is shipped for Windows: its version, and a
+# manifest that lets it take long paths.
+function(nerova_windows_program target description)
+  set(NEROVA_FILE_DESCRIPTION ${description})
+  set(NEROVA_FILE_NAME ${target})
+  set(NEROVA_FILE_TYPE VFT_APP)
+  set(NEROVA_FILE_EXTENSION exe)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc @ONLY)
+  target_sources(${target} PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc
+    ${PROJECT_SOURCE_DIR}/cmake/windows_program/manifest.rc)
+  set_source_files_properties(${PROJECT_SOURCE_DIR}/cmake/windows_program/manifest.rc PROPERTIES
+    OBJECT_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/windows_program/program.manifest)
+  target_link_options(${target} PRIVATE -municode -s -Wl,--dynamicbase,--nxcompat)
+  if(NOT NEROVA_32_BIT)
+    target_link_options(${target} PRIVATE -Wl,--high-entropy-va)
   endif()
 endfunction()
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 
 #include "codec_error.h"
+#include "platform/files.h"
 
 namespace nerova_zel {
 
@@ -26,12 +26,12 @@ std::size_t MemorySource::read(std::uint64_t offset, void* room, std::size_t cou
 }
 
 FileSource::FileSource(const std::string& path) : path_(path) {
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) {
+  const std::filesystem::path place = std::filesystem::u8path(path);
+  if (is_folder(place)) {
     throw CodecError(CodecError::Reason::not_readable, path + " is a directory");
   }
   errno = 0;
-  file_.open(path, std::ios::binary | std::ios::ate);
+  file_.open(native_path(place), std::ios::binary | std::ios::ate);
   const std::streamoff length = file_ ? static_cast<std::streamoff>(file_.tellg()) : -1;
   if (length < 0) {
     throw CodecError(CodecError::Reason::not_readable,

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "codec_error.h"
+#include "platform/files.h"
 
 namespace nerova_zel {
 
@@ -14,7 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 [[noreturn]] void fail(const fs::path& path, const std::string& reason) {
-  throw CodecError(CodecError::Reason::not_writable, "cannot write " + path.string() + ": " + reason);
+  throw CodecError(CodecError::Reason::not_writable, "cannot write " + path.u8string() + ": " + reason);
 }
 
 std::string last_error() { return errno != 0 ? std::strerror(errno) : "unknown reason"; }
@@ -37,17 +38,17 @@ class Replaced {
   Replaced& operator=(const Replaced&) = delete;
 
   ~Replaced() {
-    std::error_code ignored;
     for (auto file = files_.rbegin(); file != files_.rend(); ++file) {
       // What another program put there since is not ours to remove.
       if (!kept_new_ && file->published != nullptr && file->published->is_in_place()) {
         if (file->kept.empty()) {
-          fs::remove(file->path, ignored);
+          remove_entry(file->path);
         } else {
-          fs::rename(file->kept, file->path, ignored);
+          std::error_code ignored;
+          rename_file(file->kept, file->path, ignored);
         }
       } else if (!file->kept.empty()) {
-        fs::remove(file->kept, ignored);
+        remove_entry(file->kept);
       }
     }
   }
@@ -55,18 +56,16 @@ class Replaced {
   /** Before a file is replaced. */
   void keep(const fs::path& path) {
     files_.push_back({path, {}, nullptr});
-    std::error_code error;
-    if (!fs::exists(fs::symlink_status(path, error))) {
+    if (!is_taken(path)) {
       return;
     }
     fs::path kept;
-    for (int number = 1; kept.empty() || fs::exists(fs::symlink_status(kept, error)); ++number) {
-      kept = path.string() + previous_suffix + std::to_string(number);
+    for (int number = 1; kept.empty() || is_taken(kept); ++number) {
+      kept = path;
+      kept += previous_suffix + std::to_string(number);
     }
-    fs::create_hard_link(path, kept, error);
-    if (error) {  // not on every file system
-      copy(path, kept, error);
-    }
+    std::error_code error;
+    keep_file(path, kept, error);
     if (error) {
       fail(path, "the earlier file cannot be kept (" + error.message() + ")");
     }
@@ -78,17 +77,6 @@ class Replaced {
   void keep_new() { kept_new_ = true; }
 
  private:
-  static void copy(const fs::path& path, const fs::path& kept, std::error_code& error) {
-    fs::copy_file(path, kept, error);
-    if (!error) {
-      fs::last_write_time(kept, fs::last_write_time(path, error), error);
-    }
-    if (error) {
-      std::error_code ignored;
-      fs::remove(kept, ignored);
-    }
-  }
-
   struct File {
     fs::path path;
     fs::path kept;  ///< empty when there was none
@@ -101,15 +89,13 @@ class Replaced {
 }  // namespace
 
 void remove_stale_files(const fs::path& directory, const std::function<bool(const std::string&)>& is_ours) {
-  std::error_code error;
-  fs::directory_iterator entries(directory, error);
-  for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-    const std::string name = entries->path().filename().string();
-    std::error_code ignored;
+  std::error_code ignored;
+  for (const DirectoryEntry& entry : directory_entries(directory, ignored)) {
+    const std::string name = entry.name.u8string();
     if (const std::string place = without_suffix(name, PartialFile::suffix); !place.empty() && is_ours(place)) {
-      PartialFile::remove_if_stale(entries->path());
+      PartialFile::remove_if_stale(directory / entry.name);
     } else if (const std::string kept = without_suffix(name, previous_suffix); !kept.empty() && is_ours(kept)) {
-      fs::remove(entries->path(), ignored);
+      remove_entry(directory / entry.name);
     }
   }
 }
@@ -119,31 +105,29 @@ FileSet::~FileSet() {
   if (committed_) {
     return;
   }
-  std::error_code ignored;
   for (auto directory = made_directories_.rbegin(); directory != made_directories_.rend(); ++directory) {
-    fs::remove(*directory, ignored);  // goes only when empty
+    remove_entry(*directory);  // goes only when empty
   }
 }
 
 void FileSet::make_directory(const fs::path& directory) {
   std::error_code error;
-  fs::path so_far;
-  for (const fs::path& part : directory) {
+  fs::path so_far = directory.root_path();
+  for (const fs::path& part : directory.relative_path()) {
     so_far /= part;
-    if (fs::create_directory(so_far, error)) {
+    if (nerova_zel::make_directory(so_far, error)) {
       made_directories_.push_back(so_far);
     }
-    if (!fs::is_directory(so_far, error)) {
-      const std::string reason = fs::exists(so_far, error) ? so_far.string() + " is a file" : error.message();
+    if (!is_folder(so_far)) {
+      const std::string reason = is_taken(so_far) ? so_far.u8string() + " is a file" : error.message();
       throw CodecError(CodecError::Reason::not_writable,
-                       "cannot make the directory " + directory.string() + ": " + reason);
+                       "cannot make the directory " + directory.u8string() + ": " + reason);
     }
   }
 }
 
 void FileSet::check_free(const fs::path& path) const {
-  std::error_code error;
-  if (earlier_ == Earlier::refused && fs::exists(fs::symlink_status(path, error))) {
+  if (earlier_ == Earlier::refused && is_taken(path)) {
     fail(path, "a file of that name is there already");
   }
 }
@@ -151,8 +135,7 @@ void FileSet::check_free(const fs::path& path) const {
 void FileSet::write(const fs::path& path, const Bytes& bytes) { write(path, {{bytes.data(), bytes.size()}}); }
 
 void FileSet::write(const fs::path& path, std::initializer_list<ByteView> parts) {
-  std::error_code error;
-  if (fs::is_directory(path, error)) {
+  if (is_folder(path)) {
     fail(path, "a directory has that name");
   }
   check_free(path);

@@ -8,6 +8,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "platform/files.h"
+
 namespace nerova_zel {
 
 namespace {
@@ -19,7 +21,7 @@ constexpr std::uint32_t most_bytes = 1U << 20U;  // a longer text is none of our
 /** A file, of which numbers and texts are read here and there; false where it ends too early. */
 class Reader {
  public:
-  Reader(const std::filesystem::path& path) : file_(path, std::ios::binary) {}
+  Reader(const std::filesystem::path& path) : file_(native_path(path), std::ios::binary) {}
 
   bool bytes(std::size_t count, std::string& text) {
     text.resize(count);
@@ -127,7 +129,7 @@ std::vector<TextEntry> read_tiff_texts(const std::filesystem::path& path) {
 }
 
 std::vector<TextEntry> read_json_texts(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(native_path(path), std::ios::binary);
   std::vector<TextEntry> texts;
   const nlohmann::ordered_json document = nlohmann::ordered_json::parse(file, nullptr, false);
   if (document.is_object()) {
@@ -178,10 +180,13 @@ std::string texts_to_json(const std::vector<TextEntry>& texts) {
   return document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
-std::filesystem::path texts_file_of_array(const std::filesystem::path& array) { return array.string() + ".json"; }
+std::filesystem::path texts_file_of_array(const std::filesystem::path& array) {
+  std::filesystem::path texts = array;
+  return texts += ".json";
+}
 
 std::vector<TextEntry> read_texts(const std::filesystem::path& path) {
-  std::string extension = path.extension().string();
+  std::string extension = path.extension().u8string();
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   if (extension == ".png") {

@@ -1,7 +1,6 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -31,7 +30,7 @@ constexpr int exit_failure = 1;
 constexpr int exit_usage = 2;
 
 int complain(const std::string& sentence, int code) {
-  std::fprintf(messages(), "nerova-polarize: %s\n", sentence.c_str());
+  print_message("nerova-polarize: " + sentence + "\n");
   return code;
 }
 

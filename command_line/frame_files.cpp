@@ -44,7 +44,7 @@ void read_page(const PictureFile& file, std::uint64_t page, RawFrame& frame) {
 }
 
 std::string lower_case_extension(const std::string& path) {
-  std::string extension = std::filesystem::path(path).extension().string();
+  std::string extension = std::filesystem::u8path(path).extension().u8string();
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return extension;

@@ -1,23 +1,18 @@
 #include "input_bytes.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 
 #include "batch/interruption.h"
-#include "codec_error.h"
 #include "failure.h"
 #include "file_bytes.h"
+#include "platform/files.h"
 
 namespace nerova_zel {
 
 namespace {
 
 void refuse_directory(const std::string& path, const std::string& meant) {
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) {
+  if (is_folder(std::filesystem::u8path(path))) {
     throw Failure(path + " is a directory; " + meant + " is needed.");
   }
 }
@@ -39,19 +34,15 @@ void read_standard_input(std::size_t count, Bytes& bytes) {
   bytes.resize(count);
   std::size_t present = 0;
   while (present < count) {
-    if (!Interruption::wait_to_read(STDIN_FILENO)) {
+    const auto got = Interruption::read_standard_input(bytes.data() + present, count - present);
+    if (!got) {
       present = 0;  // what is there of a frame is no frame
       break;
     }
-    const ssize_t got = read(STDIN_FILENO, bytes.data() + present, count - present);
-    if (got == 0) {
+    if (*got == 0) {
       break;
     }
-    if (got < 0 && errno != EINTR && errno != EAGAIN) {
-      throw CodecError(CodecError::Reason::not_readable,
-                       std::string("cannot read standard input: ") + std::strerror(errno));
-    }
-    present += got > 0 ? static_cast<std::size_t>(got) : 0;
+    present += *got;
   }
   bytes.resize(present);
 }

@@ -1,5 +1,7 @@
 #include "messages.h"
 
+#include "standard_streams.h"
+
 namespace nerova_zel {
 
 namespace {
@@ -14,15 +16,17 @@ Verbosity verbosity() { return chosen; }
 
 std::FILE* messages() { return stderr; }
 
+void print_message(const std::string& text) { write_text(messages(), text); }
+
 void note(const std::string& sentence) {
   if (chosen != Verbosity::quiet) {
-    std::fprintf(messages(), "nerova-polarize: note: %s\n", sentence.c_str());
+    print_message("nerova-polarize: note: " + sentence + "\n");
   }
 }
 
 void remark(const std::string& sentence) {
   if (chosen == Verbosity::verbose) {
-    std::fprintf(messages(), "nerova-polarize: %s\n", sentence.c_str());
+    print_message("nerova-polarize: " + sentence + "\n");
   }
 }
 

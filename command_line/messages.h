@@ -19,6 +19,9 @@ Verbosity verbosity();
 /** Where everything goes that is not a result: the standard error stream. */
 std::FILE* messages();
 
+/** Prints there. */
+void print_message(const std::string& text);
+
 /** Tells the user what is good to know though nothing fails, unless the command is to be quiet. */
 void note(const std::string& sentence);
 

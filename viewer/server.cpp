@@ -107,8 +107,13 @@ class Server : public Viewer {
     server_.set_payload_max_length(0);
     // Not shared with another program, as the default is.
     server_.set_socket_options([](socket_t socket) {
+#if defined(_WIN32)
+      constexpr int alone = SO_EXCLUSIVEADDRUSE;
+#else
+      constexpr int alone = SO_REUSEADDR;  // else a port stays taken for a while after its program ended
+#endif
       const int yes = 1;
-      setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&yes), sizeof yes);
+      setsockopt(socket, SOL_SOCKET, alone, reinterpret_cast<const char*>(&yes), sizeof yes);
     });
     server_.set_default_headers({{"Content-Security-Policy", content_policy},
                                  {"X-Content-Type-Options", "nosniff"},

@@ -3,26 +3,15 @@
 #include <cstdio>
 #include <utility>
 
-#if defined(_WIN32)
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
 #include "failure.h"
 #include "formatted.h"
 #include "messages.h"
 #include "results.h"
+#include "standard_streams.h"
 
 namespace nerova_zel {
 
 namespace {
-
-#if defined(_WIN32)
-bool output_is_terminal() { return _isatty(_fileno(stdout)) != 0; }
-#else
-bool output_is_terminal() { return isatty(fileno(stdout)) != 0; }
-#endif
 
 std::string frames(std::uint64_t count) { return std::to_string(count) + (count == 1 ? " frame" : " frames"); }
 
@@ -34,7 +23,7 @@ BatchReport::BatchReport(std::optional<std::uint64_t> total, bool lone_frame, De
       bar_(!lone_frame && verbosity() == Verbosity::usual),
       writes_files_(detail == Detail::full),
       detail_(verbosity() == Verbosity::quiet ? Detail::nothing : detail),
-      lines_(detail_ == Detail::full && !(bar_.is_shown() && output_is_terminal())) {}
+      lines_(detail_ == Detail::full && !(bar_.is_shown() && is_terminal(stdout))) {}
 
 void BatchReport::add_note(const std::string& sentence) { general_notes_.push_back(sentence); }
 
@@ -62,7 +51,7 @@ void BatchReport::print(const FrameReport& report) {
   }
   if (failed) {
     bar_.erase();
-    std::fprintf(messages(), "nerova-polarize: %s\n", report.line.c_str());
+    print_message("nerova-polarize: " + report.line + "\n");
     return;
   }
   std::vector<std::string> notes = std::exchange(general_notes_, {});

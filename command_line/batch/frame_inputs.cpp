@@ -6,6 +6,7 @@
 #include "batch/frame_reader.h"
 #include "batch/input_files.h"
 #include "messages.h"
+#include "platform/files.h"
 #include "usage_error.h"
 
 namespace nerova_zel {
@@ -38,9 +39,8 @@ namespace {
 
 /** The file's own name, and the folders between it and the one that was given. */
 std::string stem_of(const fs::path& path, const fs::path& argument) {
-  std::error_code error;
-  const fs::path folders = fs::is_directory(argument, error) ? path.lexically_relative(argument).parent_path() : "";
-  return (folders / path.stem()).generic_string();
+  const fs::path folders = is_folder(argument) ? path.lexically_relative(argument).parent_path() : "";
+  return (folders / path.stem()).generic_u8string();
 }
 
 }  // namespace
@@ -65,8 +65,8 @@ std::vector<FrameInput> find_inputs(const std::vector<std::string>& arguments,
     outputs += found.outputs;
     for (const std::string& path : found.paths) {
       std::error_code error;
-      if (seen.insert(fs::weakly_canonical(path, error)).second) {
-        FrameInput input{path, 1, stem_of(path, argument), range, nullptr};
+      if (seen.insert(fs::weakly_canonical(fs::u8path(path), error)).second) {
+        FrameInput input{path, 1, stem_of(fs::u8path(path), fs::u8path(argument)), range, nullptr};
         count_frames_of(input, headerless);
         if (range.first >= *input.frames) {
           throw Failure(path + " holds " + std::to_string(*input.frames) + (*input.frames == 1 ? " frame" : " frames") +

@@ -7,6 +7,7 @@
 #include "file_bytes.h"
 #include "frame_files.h"
 #include "input_bytes.h"
+#include "platform/files.h"
 
 namespace nerova_zel {
 
@@ -17,8 +18,7 @@ constexpr const char* frame_file = "the file of a frame";
 }  // namespace
 
 std::shared_ptr<const PictureFile> open_picture(const std::string& path) {
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) {
+  if (is_folder(std::filesystem::u8path(path))) {
     throw Failure(path + " is a directory; " + frame_file + " is needed.");
   }
   return std::make_shared<PictureFile>(path);
@@ -26,9 +26,8 @@ std::shared_ptr<const PictureFile> open_picture(const std::string& path) {
 
 void count_frames_of(FrameInput& input, const std::optional<HeaderlessLayout>& headerless) {
   if (headerless) {
-    std::error_code error;
-    const std::uint64_t bytes = std::filesystem::file_size(input.path, error);
-    input.frames = error ? 1 : count_frames(bytes, *headerless);
+    const std::optional<FileFacts> facts = file_facts(std::filesystem::u8path(input.path));
+    input.frames = facts && facts->is_file ? count_frames(facts->size, *headerless) : 1;
     return;
   }
   try {

@@ -27,6 +27,9 @@ struct FoundFiles {
  */
 FoundFiles expand_argument(const std::string& argument, const FolderRules& rules);
 
+/** The files that fit a pattern, as above; anything else stands for itself. Throws Failure if none fits. */
+std::vector<std::string> expand_pattern(const std::string& argument);
+
 /** Throws Failure for a file that says that it is an output of this program, which would be taken for a frame. */
 void refuse_output(const std::string& path);
 

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
+
 namespace nerova_zel {
 
 /**
- * While it lives, the first interruption (Ctrl-C, or a request to terminate) is only noted, so that what was begun can
+ * While it lives, the first interruption (Ctrl-C, a request to terminate; on Windows Ctrl-Break and the closing of the
+ * console, too) is only noted, so that what was begun can
  * be ended or removed; a second one ends the program at once. One at a time.
  */
 class Interruption {
@@ -17,10 +21,10 @@ class Interruption {
   static bool is_requested();
 
   /**
-   * Waits until a descriptor can be read from, or is at its end; false when an interruption is noted first, or was. At
-   * once true when no object lives. Thread-safe.
+   * Reads from standard input, as soon as there is anything, at most so many bytes; returns how many, 0 at the end.
+   * Nothing when an interruption is noted first, or was. One thread at a time. Throws CodecError.
    */
-  static bool wait_to_read(int descriptor);
+  static std::optional<std::size_t> read_standard_input(void* room, std::size_t count);
 
   /** Notes one, as a signal would; threads that wait to read go on. */
   static void request();

@@ -62,14 +62,14 @@ void check_output_names(const std::vector<FrameInput>& inputs, const std::string
     }
   }
   std::error_code error;
-  const fs::path canonical_directory = fs::weakly_canonical(directory, error);
+  const fs::path canonical_directory = fs::weakly_canonical(fs::u8path(directory), error);
   for (const FrameInput& input : inputs) {
     const FrameInput* stream = input.is_numbered() ? nullptr : stems.stream_owner(input.stem);
     if (stream != nullptr) {
       refuse(*stream, input);
     }
-    const fs::path path = fs::weakly_canonical(input.path, error);
-    const std::string name = path.lexically_relative(canonical_directory).generic_string();
+    const fs::path path = fs::weakly_canonical(fs::u8path(input.path), error);
+    const std::string name = path.lexically_relative(canonical_directory).generic_u8string();
     if (input.is_standard_input() || name.rfind("..", 0) == 0) {
       continue;
     }

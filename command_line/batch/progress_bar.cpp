@@ -4,14 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
-#if defined(_WIN32)
-#include <io.h>
-#else
-#include <sys/ioctl.h>
-#include <unistd.h>
-#endif
-
 #include "messages.h"
+#include "standard_streams.h"
 
 namespace nerova_zel {
 
@@ -22,17 +16,6 @@ constexpr std::size_t usual_width = 80;
 constexpr std::size_t usual_text = 48;  // left free behind the bar, whose length thus stays the same
 constexpr std::size_t brackets = 3;
 constexpr std::size_t longest_bar = 40;
-
-#if defined(_WIN32)
-bool is_terminal() { return _isatty(_fileno(messages())) != 0; }
-std::size_t terminal_width() { return usual_width; }
-#else
-bool is_terminal() { return isatty(fileno(messages())) != 0; }
-std::size_t terminal_width() {
-  winsize size{};
-  return ioctl(fileno(messages()), TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual_width;
-}
-#endif
 
 /** "1:02:03" or "2:03". */
 std::string clock(double seconds) {
@@ -69,7 +52,7 @@ std::string progress_line(const Progress& progress, std::size_t width) {
   return text.substr(0, width);
 }
 
-ProgressBar::ProgressBar(bool wanted) : shown_(wanted && is_terminal()) {}
+ProgressBar::ProgressBar(bool wanted) : shown_(wanted && is_terminal(messages())) {}
 
 ProgressBar::~ProgressBar() { erase(); }
 
@@ -79,14 +62,15 @@ void ProgressBar::draw(const Progress& progress) {
     return;
   }
   // The last column stays free: some terminals would begin a new line.
-  std::fprintf(messages(), "\r%s\x1b[K", progress_line(progress, terminal_width() - 1).c_str());
+  const std::size_t width = terminal_width(messages());
+  print_message("\r" + progress_line(progress, (width > 0 ? width : usual_width) - 1) + "\x1b[K");
   drawn_ = true;
   next_ = now + interval;
 }
 
 void ProgressBar::erase() {
   if (drawn_) {
-    std::fputs("\r\x1b[K", messages());
+    print_message("\r\x1b[K");
     drawn_ = false;
   }
 }

@@ -144,13 +144,13 @@ void write_calibration(const CalibrateOptions& options, const fs::path& plot_fil
                        const std::vector<NamedFit>& fits) {
   const Interruption interruption;
   FileSet files(options.force ? FileSet::Earlier::replaced : FileSet::Earlier::refused);
-  files.write(options.file, {{text.data(), text.size()}});
+  files.write(fs::u8path(options.file), {{text.data(), text.size()}});
   std::string plot = "and no plot: what draws it is not installed";
   if (can_draw()) {
-    const std::string name = fs::path(options.file).filename().string();
+    const std::string name = fs::u8path(options.file).filename().u8string();
     files.write(plot_file,
                 encode_drawing(draw_plots(fits, name), output_texts("calibration-plot", "the fit of a calibration")));
-    plot = "plot in " + plot_file.string();
+    plot = "plot in " + plot_file.u8string();
   }
   commit_unless_interrupted(files);
   if (verbosity() == Verbosity::quiet) {
@@ -186,9 +186,9 @@ void run_calibrate(const CalibrateOptions& options) {
     throw UsageError("--output " + options.file + " should end in " + extension +
                      "; the plot takes its name with .png.");
   }
-  const fs::path plot_file = fs::path(options.file).replace_extension(".png");
+  const fs::path plot_file = fs::u8path(options.file).replace_extension(".png");
   if (!options.force) {
-    for (const fs::path& path : {fs::path(options.file), plot_file}) {
+    for (const fs::path& path : {fs::u8path(options.file), plot_file}) {
       refuse_existing(path, "--force replaces it");
     }
   }

@@ -1,7 +1,5 @@
 #include "commands/how_made.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <ctime>
 #include <nlohmann/json.hpp>
@@ -9,6 +7,7 @@
 #include "file_marks.h"
 #include "file_texts.h"
 #include "formatted.h"
+#include "platform/files.h"
 
 namespace nerova_zel {
 
@@ -73,9 +72,22 @@ std::string description_of(const OutputDescription& output, const TransformReque
 /** Whether an array is older than its texts: a program that was killed between the two left texts of an earlier array.
  */
 bool has_own_texts(const std::filesystem::path& path) {
-  std::error_code error;
-  return path.extension() != ".npy" || std::filesystem::last_write_time(texts_file_of_array(path), error) >=
-                                           std::filesystem::last_write_time(path, error);
+  if (path.extension() != ".npy") {
+    return true;
+  }
+  const auto texts = file_facts(texts_file_of_array(path));
+  const auto array = file_facts(path);
+  return texts && array && texts->changed >= array->changed;
+}
+
+std::tm utc_of(std::time_t seconds) {
+  std::tm time{};
+#if defined(_WIN32)
+  gmtime_s(&time, &seconds);
+#else
+  gmtime_r(&seconds, &time);
+#endif
+  return time;
 }
 
 /** Of what colours a file is. */
@@ -96,17 +108,19 @@ std::string planes_text(const std::optional<ColourSettings>& colour, const Outpu
 }  // namespace
 
 std::string source_text(const FrameTicket& ticket) {
-  const std::string name = std::filesystem::path(ticket.name()).filename().string();
-  struct stat file {};
-  if (ticket.input->is_standard_input() || stat(ticket.input->path.c_str(), &file) != 0) {
+  const std::string name = std::filesystem::u8path(ticket.name()).filename().u8string();
+  const auto facts =
+      ticket.input->is_standard_input() ? std::nullopt : file_facts(std::filesystem::u8path(ticket.input->path));
+  if (!facts) {
     return printable(name);
   }
-  std::tm time{};
-  gmtime_r(&file.st_mtim.tv_sec, &time);
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(facts->changed);
+  const std::tm time = utc_of(static_cast<std::time_t>(seconds.count()));
   char date[40] = "";
   std::strftime(date, sizeof(date), "%Y-%m-%d %H:%M:%S", &time);
-  return printable(name) + formatted(", a file of %lld bytes of %s.%09ld UTC", static_cast<long long>(file.st_size),
-                                     date, static_cast<long>(file.st_mtim.tv_nsec));
+  return printable(name) + formatted(", a file of %llu bytes of %s.%09lld UTC",
+                                     static_cast<unsigned long long>(facts->size), date,
+                                     static_cast<long long>((facts->changed - seconds).count()));
 }
 
 std::vector<TextEntry> how_made(const TransformRequest& request, const std::string& source, const OutputFile& file) {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "batch/frame_reader.h"
+#include "batch/input_files.h"
 #include "commands/frame_options.h"
 #include "failure.h"
 #include "failure_text.h"
@@ -71,7 +72,7 @@ FileInfo examine(const std::string& path, const std::optional<HeaderlessLayout>&
   info.counts = count_pixels(pixels.data(), pixels.size(), (1 << depth) - 1);
   info.doubt = doubt_bit_depth(info.counts, info.frame);
   if (!headerless) {
-    info.texts = read_texts(path);
+    info.texts = read_texts(std::filesystem::u8path(path));
   }
   return info;
 }
@@ -139,7 +140,12 @@ void run_info(const InfoOptions& options) {
   const std::optional<HeaderlessLayout> headerless = options.headerless.layout();
   nlohmann::ordered_json documents = nlohmann::ordered_json::array();
   std::size_t failed = 0;
-  for (const std::string& path : options.files) {
+  std::vector<std::string> files;
+  for (const std::string& argument : options.files) {  // not every shell replaces patterns
+    const std::vector<std::string> found = expand_pattern(argument);
+    files.insert(files.end(), found.begin(), found.end());
+  }
+  for (const std::string& path : files) {
     try {
       const FileInfo info = examine(path, headerless);
       if (options.json) {
@@ -148,11 +154,11 @@ void run_info(const InfoOptions& options) {
         print_result(as_text(info));
       }
     } catch (const std::exception&) {
-      if (options.files.size() == 1) {
+      if (files.size() == 1) {
         throw;
       }
       ++failed;
-      std::fprintf(messages(), "nerova-polarize: %s\n", describe_current_failure().c_str());
+      print_message("nerova-polarize: " + describe_current_failure() + "\n");
     }
   }
   if (options.json) {
@@ -160,8 +166,7 @@ void run_info(const InfoOptions& options) {
     print_result(documents.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
   }
   if (failed > 0) {
-    throw Failure(std::to_string(failed) + " of " + std::to_string(options.files.size()) +
-                  " files failed, as said above.");
+    throw Failure(std::to_string(failed) + " of " + std::to_string(files.size()) + " files failed, as said above.");
   }
 }
 

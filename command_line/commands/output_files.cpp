@@ -9,6 +9,7 @@
 #include "failure.h"
 #include "file_texts.h"
 #include "npy_file.h"
+#include "platform/files.h"
 #include "png_file.h"
 #include "tiff_file.h"
 #include "usage_error.h"
@@ -207,9 +208,8 @@ std::vector<OutputFile> output_files(const Products& products, FileFormat format
 }
 
 void refuse_existing(const std::filesystem::path& path, const std::string& remedy) {
-  std::error_code error;
-  if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) {
-    throw Failure(path.string() + " is there already; " + remedy + ".");
+  if (is_taken(path)) {
+    throw Failure(path.u8string() + " is there already; " + remedy + ".");
   }
 }
 
@@ -245,7 +245,7 @@ void write_output_file(FileSet& set, const std::filesystem::path& path, const Ou
     planes.front().channels = 1;
     planes.front().data = single.data();
   }
-  const std::string extension = path.extension().string();
+  const std::string extension = path.extension().u8string();
   if (extension == ".npy") {
     write_array(set, path, planes, texts);
   } else {

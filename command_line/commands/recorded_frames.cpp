@@ -6,6 +6,7 @@
 #include "frame_files.h"
 #include "input_bytes.h"
 #include "messages.h"
+#include "platform/files.h"
 
 namespace nerova_zel {
 
@@ -16,8 +17,8 @@ namespace fs = std::filesystem;
 std::string description_of(const std::string& file) { return file + recording_ending; }
 
 bool is_recording(const std::string& file) {
-  std::error_code error;
-  return lower_case_extension(file) == ".raw" && fs::is_regular_file(description_of(file), error);
+  const auto facts = lower_case_extension(file) == ".raw" ? file_facts(fs::u8path(description_of(file))) : std::nullopt;
+  return facts && facts->is_file;
 }
 
 Recording read_recording(const std::string& file) {
@@ -26,10 +27,9 @@ Recording read_recording(const std::string& file) {
   const auto pixels =
       static_cast<std::uint64_t>(recording.size.width) * static_cast<std::uint64_t>(recording.size.height);
   const std::uint64_t described = recording.frames * byte_count(recording.format, pixels);
-  std::error_code error;
-  const std::uint64_t length = fs::file_size(file, error);
-  if (!error && length != described) {
-    note(file + " has " + std::to_string(length) + " bytes; the frames that its description counts take " +
+  const std::optional<FileFacts> facts = file_facts(fs::u8path(file));
+  if (facts && facts->size != described) {
+    note(file + " has " + std::to_string(facts->size) + " bytes; the frames that its description counts take " +
          std::to_string(described) + ".");
   }
   return recording;

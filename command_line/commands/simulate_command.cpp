@@ -93,17 +93,17 @@ std::string next_command(const SimulateOptions& options) {
 
 /** The frame's pixels; its truth, if wanted, goes into `files`. */
 std::vector<std::uint16_t> simulate(const SimulateOptions& options, const CameraSettings& camera, FileSet& files) {
-  const std::string stem = fs::path(options.file).stem().string();
+  const std::string stem = fs::u8path(options.file).stem().u8string();
   if (!options.colour) {
     const SimulatedScene scene(camera.width, camera.height, scene_of(options));
     if (options.truth_directory) {
-      write_truth(files, *options.truth_directory, stem, scene, camera);
+      write_truth(files, fs::u8path(*options.truth_directory), stem, scene, camera);
     }
     return simulate_frame(scene, camera);
   }
   const ColourScene scene(camera.width, camera.height, scene_of(options), options.dispersion);
   if (options.truth_directory) {
-    write_colour_truth(files, *options.truth_directory, stem, scene,
+    write_colour_truth(files, fs::u8path(*options.truth_directory), stem, scene,
                        {*options.colour, options.origin, {camera.width, camera.height}});
   }
   return simulate_colour_frame(scene, camera, *options.colour);
@@ -114,7 +114,8 @@ void run_simulate(const SimulateOptions& options) {
   const Interruption interruption;
   FileSet files(options.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
   const std::vector<std::uint16_t> pixels = simulate(options, camera, files);
-  files.write(options.file, encode_frame(pixels, camera.width, camera.height, camera.bit_depth, options.file));
+  files.write(fs::u8path(options.file),
+              encode_frame(pixels, camera.width, camera.height, camera.bit_depth, options.file));
   commit_unless_interrupted(files);
   if (verbosity() != Verbosity::quiet) {
     print_result(formatted("%s: %d x %d, %d-bit, layout %d; transform it with: %s\n", options.file.c_str(),

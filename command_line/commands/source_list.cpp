@@ -105,7 +105,7 @@ std::vector<SourceFile> read_source_list(const std::string& path) {
     text.erase(0, byte_order_mark.size());
   }
   std::istringstream lines(text);
-  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  const std::filesystem::path folder = std::filesystem::u8path(path).parent_path();
   std::vector<SourceFile> sources;
   ListForm form;
   bool is_first = true;
@@ -126,7 +126,7 @@ std::vector<SourceFile> read_source_list(const std::string& path) {
       throw Failure("line " + std::to_string(number) + " of " + path +
                     " makes no sense; it should read like 30,frame.png, with the angle in degrees.");
     }
-    source->path = (folder / source->path).string();
+    source->path = (folder / std::filesystem::u8path(source->path)).u8string();
     sources.push_back(*source);
   }
   return sources;

@@ -17,6 +17,7 @@
 #include "frame_files.h"
 #include "messages.h"
 #include "option_declarations.h"
+#include "platform/files.h"
 #include "processor/route.h"
 #include "usage_error.h"
 
@@ -61,10 +62,10 @@ std::filesystem::path directory_of(const TransformOptions& options) {
     }
     return ".";
   }
-  const std::string extension = lower_case_extension(options.directory->string());
-  std::error_code error;
-  if (!std::filesystem::is_directory(*options.directory, error) && looks_like_file(extension)) {
-    throw UsageError("--output " + options.directory->string() + " reads like a file; transform takes a folder there.");
+  const std::string extension = lower_case_extension(options.directory->u8string());
+  if (!is_folder(*options.directory) && looks_like_file(extension)) {
+    throw UsageError("--output " + options.directory->u8string() +
+                     " reads like a file; transform takes a folder there.");
   }
   return *options.directory;
 }
@@ -79,7 +80,7 @@ void remark_route(Library& library) {
 void remove_stale_outputs(const std::vector<FrameInput>& inputs, const TransformRequest& request) {
   std::set<std::filesystem::path> folders;
   for (const FrameInput& input : inputs) {
-    folders.insert((request.directory / input.stem).parent_path());
+    folders.insert((request.directory / std::filesystem::u8path(input.stem)).parent_path());
   }
   for (const std::filesystem::path& folder : folders) {
     remove_stale_files(folder, [&](const std::string& name) {
@@ -97,7 +98,9 @@ void run_transform(TransformOptions& options) {
   request.directory = directory_of(options);
   options.frames.finish(request);
   if (!request.calibration_file.empty()) {
-    request.calibrated = std::filesystem::last_write_time(request.calibration_file);
+    if (const auto facts = file_facts(std::filesystem::u8path(request.calibration_file))) {
+      request.calibrated = facts->changed;
+    }
   }
   Products products = parse_products(options.product_list.value_or("all"));
   if (request.sampling == Sampling::superpixel) {
@@ -121,7 +124,7 @@ void run_transform(TransformOptions& options) {
   const auto at_once =
       std::min<std::uint64_t>(static_cast<std::uint64_t>(request.jobs), frames.total().value_or(cores));
   request.writers = static_cast<std::size_t>(std::max<std::uint64_t>(1, cores / std::max<std::uint64_t>(1, at_once)));
-  check_output_names(frames.inputs(), request.directory.string(), endings(request.files));
+  check_output_names(frames.inputs(), request.directory.u8string(), endings(request.files));
   SensorLibraries libraries(request.library, request, request.colour);
   remark_route(libraries.first());
   check_calibration(libraries.first(), request);
@@ -177,7 +180,7 @@ void declare_transform(CLI::App& app) {
       ->default_str("all");
   CLI::Option* directory = add_parsed<std::optional<std::filesystem::path>>(
                                command, "-o,--output", options->directory,
-                               [](const std::string& text) { return std::filesystem::path(text); },
+                               [](const std::string& text) { return std::filesystem::u8path(text); },
                                "Folder for the results, made if missing\n"
                                "Earlier results of the same names are replaced. It can be left out where --outputs "
                                "names what to write into the working directory.")

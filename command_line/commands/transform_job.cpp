@@ -7,6 +7,7 @@
 #include "commands/how_made.h"
 #include "formatted.h"
 #include "messages.h"
+#include "platform/files.h"
 #include "threads.h"
 
 namespace nerova_zel {
@@ -17,7 +18,8 @@ FrameReport TransformJob::work(const FrameTicket& ticket) {
   const std::string name = ticket.name();
   const std::string source = source_text(ticket);
   if (request_.resume && is_finished(ticket, source)) {
-    return {FrameReport::Result::skipped, name + ": skipped, its outputs are in " + request_.directory.string(), {}, 0};
+    return {
+        FrameReport::Result::skipped, name + ": skipped, its outputs are in " + request_.directory.u8string(), {}, 0};
   }
   if (request_.no_clobber) {
     for (const OutputFile& file : request_.files) {
@@ -31,28 +33,31 @@ FrameReport TransformJob::work(const FrameTicket& ticket) {
 }
 
 fs::path TransformJob::path_of(const FrameTicket& ticket, const OutputFile& file) const {
-  return request_.directory / (ticket.input->output_stem(ticket.number) + file.ending);
+  return request_.directory / fs::u8path(ticket.input->output_stem(ticket.number) + file.ending);
 }
 
 /** Whether all outputs are there, made since the frame and the calibration were, and in the same way. */
 bool TransformJob::is_finished(const FrameTicket& ticket, const std::string& source) const {
-  std::error_code error;
-  fs::file_time_type made = request_.calibrated;
+  std::chrono::nanoseconds made = request_.calibrated;
   if (!ticket.input->is_standard_input()) {
-    made = std::max(made, fs::last_write_time(ticket.input->path, error));
+    const auto frame = file_facts(fs::u8path(ticket.input->path));
+    if (!frame) {
+      return false;
+    }
+    made = std::max(made, frame->changed);
   }
-  return !error && std::all_of(request_.files.begin(), request_.files.end(), [&](const OutputFile& file) {
+  return std::all_of(request_.files.begin(), request_.files.end(), [&](const OutputFile& file) {
     const fs::path path = path_of(ticket, file);
-    return fs::is_regular_file(path, error) && fs::last_write_time(path, error) > made && !error &&
-           was_made_so(path, how_made(request_, source, file));
+    const auto facts = file_facts(path);
+    return facts && facts->is_file && facts->changed > made && was_made_so(path, how_made(request_, source, file));
   });
 }
 
 void TransformJob::write(const FrameTicket& ticket, const std::string& source) {
-  SensorPictures pictures(fs::path(ticket.name()).filename().string(), request_, request_.colour, transformer_,
+  SensorPictures pictures(fs::u8path(ticket.name()).filename().u8string(), request_, request_.colour, transformer_,
                           request_.picture_style);
   FileSet files(request_.no_clobber ? FileSet::Earlier::refused : FileSet::Earlier::replaced);
-  files.make_directory((request_.directory / ticket.input->stem).parent_path());
+  files.make_directory((request_.directory / fs::u8path(ticket.input->stem)).parent_path());
   // Pictures share what is drawn once, so the first thread draws them all, and then helps the others.
   std::atomic<std::size_t> next{0};
   const auto write_one = [&](const OutputFile& file) {
@@ -104,7 +109,7 @@ FrameReport TransformJob::describe(const std::string& name, const FrameTransform
     report.line += formatted("; transform %.2f ms (%.0f Mpixel/s)", timing.best_ms, megapixels / timing.best_ms * 1e3);
   }
   report.line += formatted("; %zu %s in %s", request_.files.size(), request_.files.size() == 1 ? "file" : "files",
-                           request_.directory.string().c_str());
+                           request_.directory.u8string().c_str());
   return report;
 }
 

@@ -16,7 +16,7 @@ namespace nerova_zel {
 
 struct TransformRequest : FrameRequest {
   /** When the calibration's file was written. */
-  std::filesystem::file_time_type calibrated = std::filesystem::file_time_type::min();
+  std::chrono::nanoseconds calibrated{std::chrono::nanoseconds::min()};
   std::set<Output> needed;
   std::vector<OutputFile> files;
   std::filesystem::path directory = ".";

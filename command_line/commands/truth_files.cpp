@@ -28,7 +28,7 @@ void write_images(FileSet& files, const fs::path& directory, const std::string& 
   }
   files.make_directory(directory);
   const auto write = [&](const std::string& name, const std::vector<float>& values, const TiffTags& tags) {
-    files.write(directory / (stem + name + ending + ".tiff"),
+    files.write(directory / fs::u8path(stem + name + ending + ".tiff"),
                 encode_tiff({Element::float32, size.width, size.height, 1, values.data()}, tags));
   };
   write("_true_angle", angle, tiff_tags(output_texts("true-angle", "true angle of polarization, in degrees")));

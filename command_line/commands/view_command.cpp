@@ -1,9 +1,5 @@
 #include "commands/view_command.h"
 
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <memory>
@@ -17,6 +13,7 @@
 #include "input_bytes.h"
 #include "messages.h"
 #include "option_declarations.h"
+#include "platform/browser.h"
 #include "results.h"
 #include "usage_error.h"
 #include "viewer.h"
@@ -38,26 +35,6 @@ struct ViewOptions {
   long long memory = 1024;
   bool no_open = false;
 };
-
-/** Opens the address by the program that the desktop has for it, without waiting. */
-void open_in_browser(const std::string& address) {
-  std::string program = "xdg-open";
-  std::string argument = address;
-  char* arguments[] = {program.data(), argument.data(), nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", stream == STDIN_FILENO ? 0 : 1, 0);
-  }
-  pid_t child = 0;
-  const int error = posix_spawnp(&child, program.c_str(), &actions, nullptr, arguments, environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) {
-    note("no browser can be opened from here; open the address by hand.");
-    return;
-  }
-  std::thread([child] { waitpid(child, nullptr, 0); }).detach();
-}
 
 /** None, and those of the files. */
 std::vector<ViewedCalibration> read_calibrations(const ViewOptions& options) {
@@ -131,8 +108,8 @@ void run_view(ViewOptions& options) {
   }
   settings.tell_address = [first = true, &options](const std::string& address) mutable {
     print_result(address + "\n");
-    if (first && !options.no_open) {
-      open_in_browser(address);
+    if (first && !options.no_open && !open_in_browser(address)) {
+      note("no browser can be opened from here; open the address by hand.");
     }
     first = false;
   };

@@ -1,8 +1,5 @@
-// Parts of a batch that no command shows by itself: progress, interruptions, patterns.
-#include <csignal>
-
+// Parts of a batch that no command shows by itself: progress, patterns.
 #include "batch/input_files.h"
-#include "batch/interruption.h"
 #include "batch/progress_bar.h"
 #include "tool_run.h"
 
@@ -17,36 +14,6 @@ TEST(Progress, TellsRateAndTimeThatIsLeft) {
   EXPECT_EQ(progress_line({50, 50, std::nullopt, 2.0}, 80), "50 frames, 25.0 frames/s");
   EXPECT_EQ(progress_line({5, 0, 10, 2.0}, 40), "5 of 10 frames");
   EXPECT_EQ(progress_line({5, 0, 10, 2.0}, 6), "5 of 1");
-}
-
-TEST(InterruptionDeathTest, TheFirstIsNotedAndTheSecondEndsTheProgram) {
-  for (const int signal : {SIGINT, SIGTERM}) {
-    EXPECT_EXIT(
-        {
-          const Interruption interruption;
-          std::raise(signal);
-          std::_Exit(Interruption::is_requested() ? 3 : 4);
-        },
-        ::testing::ExitedWithCode(3), "");
-    EXPECT_EXIT(
-        {
-          const Interruption interruption;
-          std::raise(signal);
-          std::raise(signal);
-          std::_Exit(5);
-        },
-        ::testing::KilledBySignal(signal), "");
-    EXPECT_EXIT(
-        {
-          {
-            const Interruption interruption;
-            std::raise(signal);
-          }
-          Interruption::obey();
-          std::_Exit(6);
-        },
-        ::testing::KilledBySignal(signal), "");
-  }
 }
 
 using PatternTest = ToolTest;

@@ -55,8 +55,10 @@ TEST_F(RefusalTest, OptionsThatTheFilesDoNotAllow) {
   EXPECT_EQ(run("transform s.png --bit-depth 8 --output-max 1 --benchmark=1 -j 1024 --degree-max 1 -o fit").exit_code,
             0);
   expect_refusal("transform -o r s.png --raw 4x4", {"s.png", "16 (8-bit) or 32 (16-bit)"});
-  expect_refusal("transform -o r - --raw 4x4 --pixel-format Mono8 < /dev/null", {"standard input is empty"});
+  expect_refusal("transform -o r - --raw 4x4 --pixel-format Mono8", {"standard input is empty"});
+#if !defined(_WIN32)
   expect_refusal("transform -o r - --raw 4x4 --pixel-format Mono8 < .", {"standard input", "Is a directory"});
+#endif
   expect_refusal("transform -o r s.png --roi 1,0,16,16", {"s.png", "16 x 16", "beyond"});
   expect_refusal("transform -o r '?.tif'", {"?.tif"});
   expect_refusal("transform -o r s.png --bit-depth 9", {"--bit-depth 9", "s.png"});

@@ -1,8 +1,12 @@
 #include "tool_run.h"
 
 #include <fcntl.h>
+#if defined(_WIN32)
+#include <io.h>
+#else
 #include <stdio_ext.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <fstream>
@@ -18,6 +22,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
+#if defined(_WIN32)
+constexpr const char* no_file = "NUL";
+void forget_input() {}  // commands do not read it by way of the C library
+#else
+constexpr int O_BINARY = 0;
+constexpr const char* no_file = "/dev/null";
+void forget_input() { __fpurge(stdin); }
+#endif
+
 std::string content_of(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   std::ostringstream content;
@@ -30,7 +43,7 @@ class Redirection {
  public:
   Redirection(int descriptor, const std::string& path, int flags) : descriptor_(descriptor), saved_(dup(descriptor)) {
     flush();
-    const int file = open(path.c_str(), flags, 0600);
+    const int file = open(path.c_str(), flags | O_BINARY, 0600);
     EXPECT_GE(file, 0) << path;
     dup2(file, descriptor_);
     close(file);
@@ -48,7 +61,7 @@ class Redirection {
     std::cout.flush();
     std::fflush(stdout);
     std::fflush(stderr);
-    __fpurge(stdin);
+    forget_input();
     std::clearerr(stdin);
   }
 
@@ -102,7 +115,7 @@ RunResult ToolTest::run_together(const std::string& arguments) const { return ru
 
 RunResult ToolTest::run(const std::string& arguments, bool together) const {
   std::vector<std::string> words = words_of(arguments);
-  std::string input = "/dev/null";
+  std::string input = no_file;
   if (const auto from = std::find(words.begin(), words.end(), "<"); from != words.end()) {
     input = *std::next(from);
     words.erase(from, from + 2);

@@ -1,5 +1,3 @@
-#include "batch/interruption.h"
-
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -8,7 +6,12 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <initializer_list>
+#include <string>
+
+#include "batch/interruption.h"
+#include "codec_error.h"
 
 namespace nerova_zel {
 
@@ -36,6 +39,23 @@ void note_request(int signal) {
 extern "C" void note_signal(int signal) {
   std::signal(signal, SIG_DFL);
   note_request(signal);
+}
+
+/**
+ * Waits until standard input can be read from, or is at its end; false when an interruption is noted first, or was. At
+ * once true when nobody notes them.
+ */
+bool wait_for_input() {
+  std::array<pollfd, 2> waiting = {{{STDIN_FILENO, POLLIN, 0}, {bell[0], POLLIN, 0}}};
+  while (bell[0] >= 0 && noted == 0) {
+    if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) {
+      break;  // reading will say what is wrong
+    }
+    if (waiting[0].revents != 0 && waiting[1].revents == 0) {
+      break;
+    }
+  }
+  return noted == 0;
 }
 
 }  // namespace
@@ -67,17 +87,18 @@ Interruption::~Interruption() {
 
 bool Interruption::is_requested() { return noted != 0; }
 
-bool Interruption::wait_to_read(int descriptor) {
-  std::array<pollfd, 2> waiting = {{{descriptor, POLLIN, 0}, {bell[0], POLLIN, 0}}};
-  while (bell[0] >= 0 && !is_requested()) {
-    if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) {
-      break;  // reading will say what is wrong
+std::optional<std::size_t> Interruption::read_standard_input(void* room, std::size_t count) {
+  while (wait_for_input()) {
+    const ssize_t got = read(STDIN_FILENO, room, count);
+    if (got >= 0) {
+      return static_cast<std::size_t>(got);
     }
-    if (waiting[0].revents != 0 && waiting[1].revents == 0) {
-      break;
+    if (errno != EINTR && errno != EAGAIN) {
+      throw CodecError(CodecError::Reason::not_readable,
+                       std::string("cannot read standard input: ") + std::strerror(errno));
     }
   }
-  return !is_requested();
+  return std::nullopt;
 }
 
 void Interruption::request() { note_request(SIGINT); }
