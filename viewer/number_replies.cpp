@@ -42,7 +42,7 @@ void add_pixel(Json& series, const ComputedFrames::Pixel& pixel) {
 /** Letters, digits, points, underscores and hyphens of the file's own name, and what it holds. */
 std::string file_name(const std::string& frame, const std::string& image, const std::string& extension) {
   std::string name;
-  for (const char c : std::filesystem::path(frame).filename().string()) {
+  for (const char c : std::filesystem::u8path(frame).filename().u8string()) {
     const bool is_plain =
         (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' || c == '_' || c == '-';
     name += is_plain ? c : '_';

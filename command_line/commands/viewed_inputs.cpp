@@ -9,12 +9,11 @@
 #include "batch/interruption.h"
 #include "failure_text.h"
 #include "input_bytes.h"
+#include "platform/files.h"
 
 namespace nerova_zel {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 /** How long after its last change a file counts as one that grows. */
 constexpr std::chrono::seconds growing_time{5};
@@ -41,9 +40,8 @@ class StandardInput : public FrameFeed {
 };
 
 bool was_written_now(const std::string& path) {
-  std::error_code error;
-  const auto written = fs::last_write_time(path, error);
-  return !error && fs::file_time_type::clock::now() - written < growing_time;
+  const auto facts = file_facts(std::filesystem::u8path(path));
+  return facts && std::chrono::system_clock::now().time_since_epoch() - facts->changed < growing_time;
 }
 
 }  // namespace
@@ -111,11 +109,11 @@ ViewedInputs::Source ViewedInputs::source_of(std::size_t source) const {
 /** Whether its number of frames, or whether more may come, has changed. Of a file that grows whole frames count. */
 bool ViewedInputs::look_for_growth(Source& source) {
   const HeaderlessLayout& layout = *request_.headerless;
-  std::error_code error;
-  const std::uint64_t bytes = fs::file_size(source.input.path, error);
-  if (error) {
+  const auto facts = file_facts(std::filesystem::u8path(source.input.path));
+  if (!facts) {
     return false;
   }
+  const std::uint64_t bytes = facts->size;
   const auto now = Clock::now();
   const bool was_growing = source.is_growing;
   if (bytes != source.bytes && source.bytes != 0) {
@@ -228,9 +226,8 @@ std::uint64_t ViewedInputs::version(std::size_t source, std::uint64_t) {
   if (known.stream || (request_.headerless && request_.headerless->format)) {
     return known.version;  // frames are added, and stay as they are
   }
-  std::error_code error;
-  const auto written = fs::last_write_time(known.input.path, error);
-  return error ? 0 : static_cast<std::uint64_t>(written.time_since_epoch().count());
+  const auto facts = file_facts(std::filesystem::u8path(known.input.path));
+  return facts ? static_cast<std::uint64_t>(facts->changed.count()) : 0;
 }
 
 std::string ViewedInputs::name(std::size_t source, std::uint64_t frame) const {
