@@ -15,6 +15,7 @@ FrameView default_view(const ViewSettings& settings) {
   FrameView view;
   view.layout = settings.frames.settings.layout.angle_at(0, 0);
   view.origin = settings.frames.settings.origin;
+  view.calibration = settings.calibration;
   return view;
 }
 
@@ -42,8 +43,9 @@ FrameQuery::FrameQuery(const Query& query, const ViewSettings& settings, ViewedF
   if (const auto depth = query.number("bit_depth", 0, 16).value_or(0); depth > 0) {
     view_.bit_depth = static_cast<int>(depth);
   }
-  view_.calibration = static_cast<std::size_t>(
-      query.number("calibration", 0, last_of(settings.frames.calibrations.size())).value_or(0));
+  view_.calibration =
+      static_cast<std::size_t>(query.number("calibration", 0, last_of(settings.frames.calibrations.size()))
+                                   .value_or(static_cast<std::int64_t>(view_.calibration)));
   const std::size_t planes = settings.frames.colour ? settings.frames.colour->plane_count() : 1;
   view_.plane = static_cast<std::size_t>(query.number("plane", 0, last_of(planes)).value_or(0));
 }

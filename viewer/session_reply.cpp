@@ -83,7 +83,7 @@ std::string session_document(const ViewSettings& settings, ViewedFrames& frames,
                           {"style", name_of(settings.style)},
                           {"degree_end", json_of(settings.degree_end)},
                           {"power_end", json_of(settings.power_end)},
-                          {"calibration", settings.frames.calibrations.size() > 1 ? 1 : 0},
+                          {"calibration", settings.calibration},
                           {"output_maximum", settings.frames.settings.output_maximum}};
   return text_of(document);
 }

@@ -44,6 +44,8 @@ class ViewedFrames : public FrameProvider {
 struct ViewSettings {
   ComputedFrames::Options frames;
   bool layout_is_given = false;
+  /** The calibration to begin with. */
+  std::size_t calibration = 0;
   AzimuthStyle style = AzimuthStyle::dark;
   /** Where scales end; chosen by the page for each frame if not said. */
   std::optional<double> degree_end;

@@ -97,6 +97,7 @@ void run_view(ViewOptions& options) {
   settings.frames.settings.threads = request.jobs;
   settings.frames.colour = request.colour;
   settings.frames.calibrations = read_calibrations(options);
+  settings.calibration = request.calibration_file.empty() ? 0 : 1;
   settings.frames.library = request.library;
   settings.layout_is_given = request.layout_is_given;
   settings.version = NEROVA_VERSION;
