@@ -3,9 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "cli_classes.h"
 
 namespace nerova_zel {
 

@@ -2,9 +2,7 @@
 
 #include <string>
 
-namespace CLI {
-class App;
-}
+#include "cli_classes.h"
 
 namespace nerova_zel {
 

@@ -2,10 +2,7 @@
 
 #include <string>
 
-namespace CLI {
-class App;
-class ParseError;
-}  // namespace CLI
+#include "cli_classes.h"
 
 namespace nerova_zel {
 

@@ -3,13 +3,9 @@
 #include <optional>
 #include <string>
 
+#include "cli_classes.h"
 #include "power_colours.h"
 #include "processor/sensor_transformer.h"
-
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
 
 namespace nerova_zel {
 

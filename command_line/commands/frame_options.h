@@ -4,15 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "cli_classes.h"
 #include "commands/colour_options.h"
 #include "frames/headerless_frame.h"
 #include "frames/recording.h"
 #include "processor/frame_transformer.h"
-
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
 
 namespace nerova_zel {
 

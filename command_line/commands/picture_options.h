@@ -1,10 +1,7 @@
 #pragma once
 
+#include "cli_classes.h"
 #include "frame_pictures.h"
-
-namespace CLI {
-class App;
-}
 
 namespace nerova_zel {
 

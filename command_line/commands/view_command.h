@@ -1,8 +1,6 @@
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "cli_classes.h"
 
 namespace nerova_zel {
 
