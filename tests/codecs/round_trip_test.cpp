@@ -122,6 +122,7 @@ TEST(RoundTrip, FloatTiffKeepsEveryBit) {
   const TiffMemory file(source);
   std::vector<float> read(values.size());
   ASSERT_EQ(TIFFReadEncodedStrip(file.tiff(), 0, read.data(), 24), 24);
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits are what is compared
   EXPECT_EQ(std::memcmp(read.data(), values.data(), 24), 0);
   EXPECT_NE(error_of_reading(tiff).find("floating-point"), std::string::npos);
 }

@@ -213,7 +213,8 @@ TEST(ColourContrast, OfCellsThatAreKnown) {
     for (int x = 3; x < 19; ++x) {
       const int cell = (x - 3) / 2 % 2 + 2 * ((y - 2) / 2 % 2);
       const int turn = cell != 0 ? 0 : (x - 3) / 4 % 2 == 0 ? 40 : -40;
-      frame.pixels[static_cast<std::size_t>(19 * y + x)] = static_cast<std::uint16_t>(1000 + 100 * cell + turn);
+      frame.pixels[static_cast<std::size_t>(19) * static_cast<std::size_t>(y) + static_cast<std::size_t>(x)] =
+          static_cast<std::uint16_t>(1000 + 100 * cell + turn);
     }
   }
   const auto contrast = measure_colour_contrast(frame, {1, 2}, 4095);

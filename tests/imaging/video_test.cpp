@@ -97,7 +97,8 @@ TEST(Video, FramesAreThoseOfOneCall) {
   for (const char* const path : {NEROVA_TESTED_LIBRARIES}) {
     const Library library(path);
     for (const FrameSize size : {FrameSize{2, 2}, {3, 3}, {65, 2}, {7, 5}, {640, 399}, {2049, 131}}) {
-      const std::vector<std::uint16_t> raw = mixed_samples(static_cast<std::size_t>(size.width * size.height));
+      const std::vector<std::uint16_t> raw =
+          mixed_samples(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
       for (const Camera& camera : cameras) {
         VideoSettings settings;
         settings.layout = MosaicLayout(mosaic_layouts[++number % 4]);
@@ -143,7 +144,7 @@ TEST(Video, FramesAreThoseOfOneCall) {
 
 TEST(Video, CalibratedFramesLoseTheirDarkLevel) {
   const FrameSize size{64, 34};
-  const std::vector<std::uint16_t> raw = mixed_samples(64 * 34);
+  const std::vector<std::uint16_t> raw = mixed_samples(std::size_t{64} * 34);
   VideoSettings settings;
   settings.bit_depth = 12;
   settings.origin = {1, 1};
@@ -161,7 +162,7 @@ TEST(Video, CalibratedFramesLoseTheirDarkLevel) {
 
 TEST(Video, ColoursAreComputedAloneAndStayWhereTheyAre) {
   const FrameSize size{37, 26};
-  const std::vector<std::uint16_t> raw = mixed_samples(37 * 26);
+  const std::vector<std::uint16_t> raw = mixed_samples(std::size_t{37} * 26);
   VideoSettings settings;
   settings.bit_depth = 12;
   settings.origin = {3, 1};
@@ -176,7 +177,7 @@ TEST(Video, ColoursAreComputedAloneAndStayWhereTheyAre) {
     for (int y = 0; y < plane_size.height; ++y) {
       for (int x = 0; x < plane_size.width; ++x) {
         const Origin at = mosaic.frame_pixel(plane, x, y);
-        samples.push_back(raw[static_cast<std::size_t>(at.y * size.width + at.x)]);
+        samples.push_back(*(raw.begin() + std::ptrdiff_t{at.y} * size.width + at.x));
       }
     }
     VideoSettings alone = settings;
@@ -233,7 +234,7 @@ TEST(Video, PanelsShowTheirImageAndWhatIsSaturated) {
 // Rows of panels are painted in parts; a wide frame has several.
 TEST(Video, PanelsHoldEverySecondPixel) {
   const FrameSize size{1100, 4};
-  const std::vector<std::uint16_t> raw = mixed_samples(1100 * 4);
+  const std::vector<std::uint16_t> raw = mixed_samples(std::size_t{1100} * 4);
   VideoSettings settings;
   settings.bit_depth = 12;
   Received received(size, 0);
@@ -248,7 +249,7 @@ TEST(Video, PanelsHoldEverySecondPixel) {
     const std::uint8_t* const upper = &received.bytes[panels][received.strides[panels] * row + 3 * column];
     const std::uint8_t* const lower = upper + 2 * received.strides[panels];
     ASSERT_NEAR(upper[1], expected.images.others[0][from] * 255.0 / 65535, 0.51) << i;
-    ASSERT_EQ(std::memcmp(upper + 3 * 550, &expected.picture[3 * from], 3), 0) << i;
+    ASSERT_EQ(std::memcmp(upper + std::size_t{3} * 550, &expected.picture[3 * from], 3), 0) << i;
     ASSERT_NEAR(lower[1], expected.images.others[4][from] * 255.0 / 65535, 0.51) << i;
     const int brightest = std::max({raw[from], raw[from + 1], raw[from + 1100], raw[from + 1101]});
     ASSERT_NEAR(lower[3 * 550 + 1], brightest < 4095 ? brightest * 255.0 / 4095 : 0.0, 0.51) << i;
