@@ -21,13 +21,10 @@ ColourPower power_of(const ColourPictureContent& content) {
 
 class ColourPictures::Drawing {
  public:
-  Drawing(const ColourPictureContent& content, const PictureStyle& style) : content_(content), style_(style) {
-    balance_ =
-        content.balance ? *content.balance : grey_world(power_of(content), content.planes.front().output_maximum);
-  }
+  Drawing(const ColourPictureContent& content, const PictureStyle& style) : content_(content), style_(style) {}
 
   Picture sheet() {
-    return drawn_picture([&] { return draw_colour_sheet(content_, planes(), balance_, style_.azimuth, scales()); });
+    return drawn_picture([&] { return draw_colour_sheet(content_, planes(), balance(), style_.azimuth, scales()); });
   }
 
   Picture power() {
@@ -35,11 +32,20 @@ class ColourPictures::Drawing {
     Picture picture{outputs.width(), outputs.height(), {}};
     const ColourPower power = power_of(content_);
     picture.pixels.resize(3 * power.pixels);
-    PowerColours(balance_, content_.planes.front().output_maximum, scales().power).paint(power, picture.pixels.data());
+    PowerColours(balance(), content_.planes.front().output_maximum, scales().power).paint(power, picture.pixels.data());
     return picture;
   }
 
  private:
+  /** Taken from the power only when a picture is drawn: without one, the power may be missing. */
+  const WhiteBalance& balance() {
+    if (!balance_) {
+      balance_ =
+          content_.balance ? *content_.balance : grey_world(power_of(content_), content_.planes.front().output_maximum);
+    }
+    return *balance_;
+  }
+
   const std::vector<SheetPlanes>& planes() {
     if (planes_.empty()) {
       for (const PictureContent& plane : content_.planes) {
@@ -57,14 +63,14 @@ class ColourPictures::Drawing {
       }
     }
     if (scales.power == 0.0) {
-      scales.power = light_end(brightest_power(planes(), balance_));
+      scales.power = light_end(brightest_power(planes(), balance()));
     }
     return scales;
   }
 
   const ColourPictureContent& content_;
   const PictureStyle& style_;
-  WhiteBalance balance_;
+  std::optional<WhiteBalance> balance_;
   std::vector<SheetPlanes> planes_;
 };
 

@@ -13,6 +13,7 @@
 #include "number_text.h"
 #include "option_declarations.h"
 #include "option_values.h"
+#include "platform/library_folder.h"
 #include "usage_error.h"
 
 namespace nerova_zel {
@@ -202,6 +203,7 @@ void FrameOptions::take_description(const Recording& recording, FrameRequest& re
 }
 
 void FrameOptions::finish(FrameRequest& request, const Recording* camera) const {
+  search_folder_of(request.library);
   request.headerless = headerless_.layout();
   std::optional<ColourPattern> pattern = headerless_.pattern();
   if (camera != nullptr) {

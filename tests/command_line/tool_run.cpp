@@ -15,6 +15,7 @@
 #include <sstream>
 
 #include "command_line.h"
+#include "platform/library_folder.h"
 
 namespace nerova_zel::test {
 
@@ -25,10 +26,17 @@ namespace {
 #if defined(_WIN32)
 constexpr const char* no_file = "NUL";
 void forget_input() {}  // commands do not read it by way of the C library
+/** Sentences name files by the system's separators; in JSON a backslash begins an escape. */
+void use_slashes(std::string& text) {
+  if (text.rfind('{', 0) != 0 && text.rfind('[', 0) != 0) {
+    std::replace(text.begin(), text.end(), '\\', '/');
+  }
+}
 #else
 constexpr int O_BINARY = 0;
 constexpr const char* no_file = "/dev/null";
 void forget_input() { __fpurge(stdin); }
+void use_slashes(std::string& /*text*/) {}
 #endif
 
 std::string content_of(const fs::path& path) {
@@ -95,6 +103,7 @@ std::vector<std::string> words_of(const std::string& line) {
 }  // namespace
 
 ToolTest::ToolTest() : start_(fs::current_path()) {
+  search_folder_of(NEROVA_LIBRARY);  // for the library that the tests themselves call
   const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
   // The random number keeps apart builds that are tested at the same time.
   directory_ = fs::path(::testing::TempDir()) / (std::string("nerova-") + test->test_suite_name() + "-" + test->name() +
@@ -139,6 +148,8 @@ RunResult ToolTest::run(const std::string& arguments, bool together) const {
   }
   result.output = content_of(output);
   result.errors = content_of(errors);
+  use_slashes(result.output);
+  use_slashes(result.errors);
   fs::remove(output);
   fs::remove(errors);
   return result;

@@ -64,7 +64,7 @@ TEST_F(WindowsTest, TheProgramTakesNamesAsWindowsHasThem) {
   ended = start(L"transform \"" + drive + L"\\\u30C6*.PNG\" --outputs dolp,sheet -f npy -o \"" + deep + L"\" -v");
   EXPECT_EQ(ended.code, 0U) << ended.errors;
   EXPECT_NE(ended.errors.find(u8"nerova_zel_polarization_processor.dll, "), std::string::npos) << ended.errors;
-  ended = start(L"info \"" + deep + L"/" + name + L"_sheet.png\" " + deep + L"\\*.npy");
+  ended = start(L"info \"" + deep + L"/" + name + L"_dolp.npy\" " + deep + L"\\*.npy");
   EXPECT_EQ(ended.code, 0U) << ended.errors;
   EXPECT_NE(ended.output.find("_dolp.npy: "), std::string::npos) << ended.output;
   ended = start(L"transform missing.png -o r");
