@@ -68,6 +68,7 @@ int run_command_line(int argc, const char* const* argv) {
   set_verbosity(Verbosity::usual);
   try {
     CLI::App app("Pictures of polarization from the raw frames of a polarization camera", "nerova-polarize");
+    app.allow_windows_style_options(false);  // "/frames/a.png" is a file, on Windows too
     declare_commands(app);
     try {
       app.parse(argc, argv);

@@ -54,7 +54,7 @@ class Work {
 
 void run_batch(FrameSequence& frames, int jobs, const MakeJob& make_job, BatchReport& report) {
   const auto wanted = static_cast<std::uint64_t>(jobs);
-  const std::uint64_t threads = std::min(wanted, frames.total().value_or(wanted));
+  const auto threads = static_cast<std::size_t>(std::min(wanted, frames.total().value_or(wanted)));
   if (threads > 1) {
     draw_in_one_thread();  // every core has a frame of its own
   }

@@ -24,8 +24,8 @@ bool is_recording(const std::string& file) {
 Recording read_recording(const std::string& file) {
   const Bytes bytes = read_file(description_of(file), "the description of a recording");
   Recording recording = parse_recording({bytes.begin(), bytes.end()}, description_of(file));
-  const auto pixels =
-      static_cast<std::uint64_t>(recording.size.width) * static_cast<std::uint64_t>(recording.size.height);
+  const std::size_t pixels =
+      static_cast<std::size_t>(recording.size.width) * static_cast<std::size_t>(recording.size.height);
   const std::uint64_t described = recording.frames * byte_count(recording.format, pixels);
   const std::optional<FileFacts> facts = file_facts(fs::u8path(file));
   if (facts && facts->size != described) {

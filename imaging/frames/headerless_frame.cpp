@@ -1,6 +1,7 @@
 #include "frames/headerless_frame.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "failure.h"
 
@@ -28,6 +29,13 @@ std::size_t pixel_bytes(const HeaderlessLayout& layout) {
   return layout.stride * static_cast<std::size_t>(layout.size.height - 1) + row_bytes(layout);
 }
 
+void check_rows(const FrameSize& size, std::uint64_t bytes_of_row) {
+  constexpr std::uint64_t most = std::numeric_limits<std::ptrdiff_t>::max();
+  if (bytes_of_row > most / static_cast<std::uint64_t>(size.height)) {
+    throw Failure("a frame of " + describe(size) + " is larger than the memory that this program can address.");
+  }
+}
+
 void describe_frame(const HeaderlessLayout& layout, RawFrame& frame) {
   frame.width = layout.size.width;
   frame.height = layout.size.height;
@@ -46,13 +54,19 @@ void check_length(const std::string& name, std::size_t bytes, const HeaderlessLa
 
 }  // namespace
 
+void check_size(const FrameSize& size) {
+  check_rows(size, sizeof(std::uint16_t) * static_cast<std::uint64_t>(size.width));
+}
+
 void check_layout(const HeaderlessLayout& layout) {
+  check_size(layout.size);
   if (layout.stride == 0) {
     return;
   }
   if (!layout.format) {
     throw Failure("a stride says nothing without a pixel format.", Fact::stride_without_format);
   }
+  check_rows(layout.size, layout.stride);
   if (layout.stride < row_bytes(layout)) {
     throw Failure("a stride of " + std::to_string(layout.stride) + " bytes is less than the " +
                   std::to_string(row_bytes(layout)) + " that a row of " + std::to_string(layout.size.width) +

@@ -21,7 +21,10 @@ struct HeaderlessLayout {
   std::size_t stride = 0;
 };
 
-/** Throws Failure if a row does not fit the stride, or a stride comes without a format. */
+/** Throws Failure if a frame is larger than what a program of this word size can address. */
+void check_size(const FrameSize& size);
+
+/** Throws Failure as check_size, if a row does not fit the stride, or a stride comes without a format. */
 void check_layout(const HeaderlessLayout& layout);
 
 /** Bytes from one frame to the next; the layout's format must be known. */

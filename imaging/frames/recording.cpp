@@ -6,6 +6,7 @@
 
 #include "failure.h"
 #include "frames/colour_formats.h"
+#include "frames/headerless_frame.h"
 
 namespace nerova_zel {
 
@@ -31,6 +32,7 @@ class RecordingReader {
     Recording recording;
     read_format(text_of(file, "pixel_format"), recording);
     recording.size = {side(file, "width", 1), side(file, "height", 1)};
+    check_size(recording.size);
     const Json& origin = member(file, "origin");
     recording.origin = {side(origin, "x", 0), side(origin, "y", 0)};
     const auto layout = static_cast<int>(whole(file, "layout", 0, 135));
