@@ -60,21 +60,6 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/nerova_polarization_processor.pc.in
   ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/package/nerova_polarization_processor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The notices of what the files of a Windows package contain, the compiler's runtime included.
-if(WIN32)
-  foreach(contained IN ITEMS gcc-mingw-w64-base mingw-w64-common libspdlog-dev libfmt-dev libeigen3-dev nlohmann-json3-dev
-      libcli11-dev)
-    set(notice /usr/share/doc/${contained}/copyright)
-    if(EXISTS ${notice})
-      install(FILES ${notice} DESTINATION licenses RENAME ${contained}.txt)
-    endif()
-  endforeach()
-  if(TARGET nerova-polarize)
-    install(DIRECTORY ${NEROVA_WINDOWS_LIBRARIES}/licenses/ DESTINATION licenses)
-    install(FILES ${NEROVA_WINDOWS_LIBRARIES}/versions DESTINATION licenses RENAME versions.txt)
-  endif()
-endif()
-
 # What is to be read. A Windows package is a folder of its own, with that at its top.
 include(packages/readme)
 if(WIN32)

@@ -1,6 +1,10 @@
 # Run by CPack's external generator on the folder that it packs. CPack's own zips hold the files in the order in which the
 # file system lists them, and their owner.
-execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/../../scripts/internal/notices zip
+set(contents zip)
+if(EXISTS ${CPACK_TEMPORARY_DIRECTORY}/bin/nerova-polarize.exe)
+  list(APPEND contents ${CPACK_NEROVA_WINDOWS_LIBRARIES})
+endif()
+execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/../../scripts/internal/notices ${contents}
   OUTPUT_FILE ${CPACK_TEMPORARY_DIRECTORY}/NOTICES COMMAND_ERROR_IS_FATAL ANY)
 if(DEFINED ENV{SOURCE_DATE_EPOCH})
   set(ENV{TZ} UTC)

@@ -1,6 +1,10 @@
 // Frames that come while the page is open.
 #include <gtest/gtest.h>
+
+#if !defined(_WIN32)
 #include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 #include <csignal>
 #include <fstream>
@@ -96,6 +100,7 @@ TEST(FrameStream, KeepsTheLastFramesThatFit) {
   EXPECT_EQ(stream.state().frames, 1U) << "the last one is kept, however large";
 }
 
+#if !defined(_WIN32)
 TEST_F(LiveTest, TheProgramShowsStandardInputAndEndsWithCtrlC) {
   write("in.raw", frames_from(1, 3));
   const int child = fork();
@@ -128,6 +133,7 @@ TEST_F(LiveTest, TheProgramShowsStandardInputAndEndsWithCtrlC) {
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
 }
+#endif
 
 TEST_F(LiveTest, OnceEndsWithTheLastPage) {
   append(frames_from(0, 1));

@@ -34,8 +34,9 @@ nlohmann::json ServedPage::json(const std::string& target, int status) {
 std::map<std::string, std::string> ServedPage::images(const std::string& query, nlohmann::json* head) {
   const auto reply = get("/api/images?" + query);
   EXPECT_EQ(reply->status, 200) << query << ": " << reply->body;
-  std::uint64_t length = 0;
-  std::memcpy(&length, reply->body.data(), sizeof length);
+  std::uint64_t first_word = 0;
+  std::memcpy(&first_word, reply->body.data(), sizeof first_word);
+  const auto length = static_cast<std::size_t>(first_word);
   const auto document = nlohmann::json::parse(reply->body.substr(8, length));
   std::map<std::string, std::string> arrays;
   for (const auto& image : document.at("images")) {
