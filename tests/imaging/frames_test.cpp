@@ -131,8 +131,9 @@ TEST(Frames, HeadersAndPaddedRows) {
             }).what(),
             std::string("nothing failed"));
   EXPECT_EQ(failure_of([] { check_layout({{5, 2}, std::nullopt, 0, 9}); }).fact(), Fact::stride_without_format);
-  constexpr int side = sizeof(void*) == 4 ? 32768 : std::numeric_limits<int>::max();  // a count that would wrap
-  EXPECT_ANY_THROW(check_layout({{side, side}, PixelFormat::mono8, 0, 0}));
+  if (sizeof(void*) == 4) {
+    EXPECT_ANY_THROW(check_layout({{32768, 32768}, PixelFormat::mono8, 0, 0})) << "its bytes would wrap";
+  }
   EXPECT_ANY_THROW(check_layout({{1, 4}, PixelFormat::mono8, 0, std::numeric_limits<std::size_t>::max() / 4}));
   EXPECT_EQ(format_by_length("f", {{5, 2}, std::nullopt, 4}, 24), PixelFormat::mono16);
 }
