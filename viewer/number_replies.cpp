@@ -1,6 +1,7 @@
 #include "number_replies.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <filesystem>
@@ -39,15 +40,28 @@ void add_pixel(Json& series, const ComputedFrames::Pixel& pixel) {
   add(series, "dolp", pixel.dolp);
 }
 
-/** Letters, digits, points, underscores and hyphens of the file's own name, and what it holds. */
-std::string file_name(const std::string& frame, const std::string& image, const std::string& extension) {
-  std::string name;
-  for (const char c : std::filesystem::u8path(frame).filename().u8string()) {
+/** As transform names its outputs, of letters, digits, points, underscores and hyphens. */
+std::string file_name(const ViewedSource& source, const FrameView& view, const ViewSettings& settings,
+                      const std::string& image, const std::string& extension) {
+  const bool is_file = source.kind == ViewedSource::Kind::file;
+  std::string name = is_file ? std::filesystem::u8path(source.name).stem().u8string() : source.name;
+  for (char& c : name) {
     const bool is_plain =
         (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' || c == '_' || c == '-';
-    name += is_plain ? c : '_';
+    c = is_plain ? c : '_';
   }
-  return name + "_" + image + "." + extension;
+  if (!is_file || source.frames > 1) {
+    constexpr std::size_t digits = 6;
+    const std::string number = std::to_string(view.frame);
+    name += "_" + std::string(digits - std::min(digits, number.size()), '0') + number;
+  }
+  name += "_" + image;
+  if (settings.frames.colour) {
+    for (const char c : "_" + std::string(settings.frames.colour->name(view.plane))) {
+      name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+  }
+  return name + "." + extension;
 }
 
 template <class Number>
@@ -137,8 +151,10 @@ Reply export_reply(const Query& query, const ViewSettings& settings, ViewedFrame
   const Cut cut{FrameQuery::region(query, images.facts.width, images.facts.height), 1};
   const CutBytes bytes = cut_image(image, cut);
   const bool is_float = image->element() == OutputElement::float32;
-  Reply reply{
-      200, format == "npy" ? "application/octet-stream" : "text/csv", file_name(images.facts.name, name, format), {}};
+  Reply reply{200,
+              format == "npy" ? "application/octet-stream" : "text/csv",
+              file_name(asked.source(), asked.view(), settings, name, format),
+              {}};
   if (format == "csv") {
     if (bytes.size / image->element_bytes() > most_numbers_as_text) {
       throw BadRequest("The image is too large for a table; save it as npy, or a region of it.");

@@ -65,7 +65,7 @@ ViewedInputs::ViewedInputs(const FrameRequest& request, std::unique_ptr<CameraFe
   }
   if (camera) {
     FrameInput input;
-    input.path = "camera";
+    input.path = camera->description().camera;
     input.frames.reset();
     add_stream(std::move(input), ViewedSource::Kind::camera, std::move(camera), most_bytes);
   }

@@ -19,10 +19,13 @@ export const complaint = (...options) => spawnSync(tool, options, { encoding: 'u
 const simulate = (name, ...options) =>
   run('simulate', at(name), '--size', `${width}x${height}`, '--bit-depth', '12', '--layout', '90', '--photons', '4000', '-q', ...options);
 
-/** A scene, a stack of a turning polarizer, a calibration, a file that is no picture. */
+/** A scene, a stack of a turning polarizer, a stack of a colour sensor, a calibration, a file that is no picture. */
 export function makeScene() {
   simulate('scene.raw');
   simulate('scene.png');
+  simulate('c0.raw', '--colour', 'RGGB', '--seed', '2');
+  simulate('c1.raw', '--colour', 'RGGB', '--seed', '3');
+  writeFileSync(at('colours.raw'), Buffer.concat([readFileSync(at('c0.raw')), readFileSync(at('c1.raw'))]));
   const sensor = ['--angle-errors=1.2,-0.8,-1.5,0.6', '--extinction', '300,150,220,90'];
   const stack = [];
   for (let i = 0; i < stackFrames; ++i) {
@@ -42,10 +45,16 @@ export function readNpy(bytes) {
 }
 
 const outputs = ['power', 'azimuth', 'dolp', 'stokes', 's0', 's1', 's2', 'angle'];
-/** What transform writes for a frame, by output. */
+/** What transform writes for a frame, by output; the planes of a colour sensor one after another. */
 export function transformed(file, ...options) {
   const results = mkdtempSync(at('out-'));
   run('transform', at(file), '--outputs', outputs.join(','), '-f', 'npy', '-q', '-o', results, ...options);
   const names = readdirSync(results);
-  return Object.fromEntries(outputs.map((output) => [output, readNpy(readFileSync(path.join(results, names.find((name) => name.endsWith(`_${output}.npy`)))))]));
+  return Object.fromEntries(outputs.map((output) => [output, readNpy(readFileSync(path.join(results, names.find((name) => name.includes(`_${output}`) && name.endsWith('.npy')))))]));
+}
+
+/** The values of one pixel among them, as the page names them; `i` counts pixels. */
+export function pixelOf(values, i) {
+  const { s0, s1, s2, stokes, angle, dolp } = values;
+  return { s0: s0[i], s1: s1[i], s2: s2[i], stokes1: stokes[2 * i], stokes2: stokes[2 * i + 1], angle: angle[i], dolp: dolp[i] };
 }

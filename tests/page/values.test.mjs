@@ -2,8 +2,8 @@
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
 import { after, before, test } from 'node:test';
-import { at, height, makeScene, raw, readNpy, run, stackFrames, transformed, width } from './scene.mjs';
-import { inFull, openPage, startBrowser, startViewer } from './viewer.mjs';
+import { at, height, makeScene, pixelOf, raw, readNpy, run, stackFrames, transformed, width } from './scene.mjs';
+import { inFull, openPage, saved, shownPixel, startBrowser, startViewer } from './viewer.mjs';
 
 let browser;
 let viewer;
@@ -20,25 +20,14 @@ after(async () => {
   viewer.stop();
 });
 
-/** What the page says of the pixel under the cursor, by name; of the side b in a comparison too. */
-const shownValues = (side = 'a') => page.evaluate((one) => Object.fromEntries(
-  [...document.querySelectorAll(`#pixel-values td[data-side="${one}"]`)].map(({ dataset }) => [dataset.name, Number(dataset.value)])), side);
-
-/** Sets the view by its link and waits until the pixel's values have come. */
+/** Sets the view by its link and waits until it is shown. */
 async function look(link) {
   await page.evaluate((text) => { location.hash = text; }, link);
   await page.waitForTimeout(60);
   await inFull(page);
-  await page.waitForFunction((wanted) => !wanted ||
-    ![...document.querySelectorAll('#pixel-values td[data-name]')].some(({ dataset }) => dataset.value === ''), link.includes('pixel='));
 }
 
-function assertPixel(shown, values, x, y) {
-  const i = y * width + x;
-  const expected = { s0: values.s0[i], s1: values.s1[i], s2: values.s2[i], stokes1: values.stokes[2 * i], stokes2: values.stokes[2 * i + 1],
-    angle: values.angle[i], dolp: values.dolp[i] };
-  assert.deepEqual(shown, expected);
-}
+const assertPixel = async (values, x, y, side) => assert.deepEqual(await shownPixel(page, side), pixelOf(values, y * width + x));
 
 const stack = (frame, layout = 90, origin = '0.0', calibration = 'none') => `${frame},${layout},${origin},0,${calibration},stack.raw,`;
 
@@ -47,7 +36,7 @@ test('the pixel under the cursor, for each layout and origin, in the middle and 
   for (const [layout, origin, x, y] of [[90, '0,0', 200, 100], [0, '1,0', width - 1, height - 1], [45, '0,1', 63, 64], [135, '1,1', 0, 255]]) {
     const values = transformed('scene.raw', ...raw.slice(0, 4), '--layout', String(layout), '--origin', origin);
     await look(`a=0,${layout},${origin.replace(',', '.')},0,none,scene.raw,&pixel=${x},${y}`);
-    assertPixel(await shownValues(), values, x, y);
+    await assertPixel(values, x, y);
     const mirrored = (i, size) => (i < size ? i : size - 2);
     const around = [[x, y], [x + 1, y], [x, y + 1], [x + 1, y + 1]].map(([a, b]) => samples[mirrored(b, height) * width + mirrored(a, width)]);
     assert.deepEqual(await page.$$eval('.sample', (boxes) => boxes.map(({ dataset }) => Number(dataset.value))), around);
@@ -58,12 +47,12 @@ test('the pixel under the cursor, for each layout and origin, in the middle and 
 
 test('two frames, then two calibrations side by side', async () => {
   await look(`a=${stack(1)}&b=${stack(3)}&mode=compare&pixel=50,60`);
-  assertPixel(await shownValues('a'), transformed('a1.raw', ...raw), 50, 60);
-  assertPixel(await shownValues('b'), transformed('a3.raw', ...raw), 50, 60);
+  await assertPixel(transformed('a1.raw', ...raw), 50, 60, 'a');
+  await assertPixel(transformed('a3.raw', ...raw), 50, 60, 'b');
   const name = await page.$eval('#calibration', ({ options }) => options[1].text);
   await look(`a=${stack(1)}&b=${stack(1, 90, '0.0', encodeURIComponent(name))}&mode=compare&pixel=50,60`);
-  assertPixel(await shownValues('a'), transformed('a1.raw', ...raw), 50, 60);
-  assertPixel(await shownValues('b'), transformed('a1.raw', ...raw, '--calibration', at('camera.json')), 50, 60);
+  await assertPixel(transformed('a1.raw', ...raw), 50, 60, 'a');
+  await assertPixel(transformed('a1.raw', ...raw, '--calibration', at('camera.json')), 50, 60, 'b');
 });
 
 test('a region has the statistics that stats prints, and the histogram of its angles', async () => {
@@ -96,10 +85,7 @@ test('a pixel along time has the angle of each frame', async () => {
 test('saved numbers are what transform writes, of the frame and of a region', async () => {
   const { azimuth } = transformed('scene.raw', ...raw);
   await look('a=0,90,0.0,0,none,scene.raw,&active=coloured');
-  const save = async () => {
-    const [saved] = await Promise.all([page.waitForEvent('download'), page.keyboard.press('v')]);
-    return readFileSync(await saved.path());
-  };
+  const save = async () => (await saved(page, 'v')).bytes;
   assert.deepEqual(readNpy(await save()), azimuth);
   await look('a=0,90,0.0,0,none,scene.raw,&active=coloured&region=10,20,30,2');
   const rows = [20, 21].map((y) => [...azimuth.subarray(y * width + 10, y * width + 40)]);
@@ -107,6 +93,33 @@ test('saved numbers are what transform writes, of the frame and of a region', as
   await page.selectOption('#number-format', 'csv');
   await page.evaluate(() => document.activeElement.blur());
   assert.deepEqual((await save()).toString().trim().split(/[\r\n]+/).slice(-2).map((line) => line.split(',').map(Number)), rows);
+});
+
+test('each colour of a sensor with colour filters: pixel, along time, region, saved numbers and picture', async (context) => {
+  const options = [...raw, '--colour', 'RGGB'];
+  const colours = await startViewer(at('colours.raw'), ...options);
+  context.after(colours.stop);
+  const opened = await openPage(browser, colours.address + '#a=0,90,0.0,0,none,colours.raw,B&active=coloured&pixel=90,31&region=20,16,60,50');
+  const frames = [0, 1].map((i) => transformed(`c${i}.raw`, ...options));
+  const statistics = JSON.parse(run('stats', at('c0.raw'), ...options, '--roi', '40,32,120,100', '--json')).frames[0].colours;
+  const pixels = (width / 2) * (height / 2);
+  for (const [plane, name] of [[3, 'B'], [0, 'R'], [1, 'G1'], [2, 'G2']]) {
+    await inFull(opened.page);
+    assert.equal(await opened.page.$eval('#plane', ({ selectedOptions }) => selectedOptions[0].text), name);
+    const place = plane * pixels + 31 * (width / 2) + 90;
+    assert.deepEqual(await shownPixel(opened.page), pixelOf(frames[0], place));
+    await opened.page.waitForFunction((mean) => Number(document.querySelector('#region-values [data-name="mean_angle_degrees"]')?.dataset.value) === mean,
+      statistics[name].mean_angle_degrees);
+    await opened.page.keyboard.press('t');
+    await opened.page.waitForFunction((angles) => JSON.parse(document.querySelector('#series-plot').dataset.angles ?? '[]').map(Math.fround).join() === angles,
+      frames.map(({ angle }) => angle[place]).join());
+    const numbers = await saved(opened.page, 'v');
+    assert.equal(numbers.name, `colours_000000_azimuth_${name.toLowerCase()}.npy`);
+    assert.equal(readNpy(numbers.bytes)[0], frames[0].azimuth[plane * pixels + 16 * (width / 2) + 20]);
+    assert.equal((await saved(opened.page, 'i')).name, `colours_000000_dark_${name.toLowerCase()}.png`);
+    await opened.page.keyboard.press('n');
+  }
+  assert.deepEqual(opened.messages, []);
 });
 
 test('nothing was said in the console', () => assert.deepEqual(messages, []));

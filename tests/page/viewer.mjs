@@ -1,5 +1,6 @@
 // A running `nerova-polarize view` and a browser that looks at it.
 import { spawn } from 'node:child_process';
+import { readFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import path from 'node:path';
 
@@ -15,16 +16,17 @@ export function startBrowser(...more) {
   return chromium.launch({ executablePath: '/usr/bin/chromium', args: [...quietBrowser, ...more] });
 }
 
-/** Starts `view`; the address that it prints, and an end of it. */
+/** Starts `view`; the address that it prints, its standard input, its exit code when it has ended, and an end of it. */
 export function startViewer(...options) {
-  const program = spawn(tool, ['view', '--no-open', ...options], { stdio: ['ignore', 'pipe', 'pipe'] });
+  const program = spawn(tool, ['view', '--no-open', ...options], { stdio: ['pipe', 'pipe', 'pipe'] });
+  const ended = new Promise((resolve) => program.on('exit', resolve));
   return new Promise((resolve, reject) => {
     let said = '';
     const read = (data) => {
       said += data;
       const address = said.match(/http:\/\/\S+/);
       if (address) {
-        resolve({ address: address[0], stop: () => program.kill('SIGINT') });
+        resolve({ address: address[0], input: program.stdin, ended, stop: () => program.kill('SIGINT') });
       }
     };
     program.stdout.on('data', read);
@@ -49,4 +51,17 @@ export async function openPage(browser, address, { width = 1280, height = 720, .
 /** Waits until all panels show what they should in full size. */
 export async function inFull(page) {
   await page.waitForSelector('#stage[data-resolution="full"]', { timeout: 20000 });
+}
+
+/** What the page says of the pixel under the cursor, by name, when it has come; of the side b in a comparison too. */
+export async function shownPixel(page, side = 'a') {
+  await page.waitForFunction(() => [...document.querySelectorAll('#pixel-values td[data-name]')].every(({ dataset }) => dataset.value !== ''));
+  return page.evaluate((one) => Object.fromEntries(
+    [...document.querySelectorAll(`#pixel-values td[data-side="${one}"]`)].map(({ dataset }) => [dataset.name, Number(dataset.value)])), side);
+}
+
+/** The file that a key saves: its name and what it holds. */
+export async function saved(page, key) {
+  const [file] = await Promise.all([page.waitForEvent('download'), page.keyboard.press(key)]);
+  return { name: file.suggestedFilename(), bytes: readFileSync(await file.path()) };
 }

@@ -105,7 +105,7 @@ TEST_F(FramesTest, RegionsPixelsAndFilesTellTheSame) {
   ASSERT_EQ(run("transform a.pgm -f npy -o out --outputs angle,stokes").exit_code, 0);
   const auto file = page.get("/api/export?image=angle&format=npy");
   EXPECT_TRUE(file->body == read("out/a_angle.npy"));
-  EXPECT_EQ(file->get_header_value("Content-Disposition"), "attachment; filename=\"a.pgm_angle.npy\"");
+  EXPECT_EQ(file->get_header_value("Content-Disposition"), "attachment; filename=\"a_angle.npy\"");
   EXPECT_EQ(page.get("/api/export?image=raw&format=csv&region=0,2,3,1")->body, "0,0,0\n");
 }
 

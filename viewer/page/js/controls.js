@@ -9,7 +9,7 @@ import { origins, scaleEnds } from './commands.js';
 import { byId, make } from './elements.js';
 import { layouts, polarizerAt } from './mosaic.js';
 import { allKinds, panelKinds } from './panel_kinds.js';
-import { frameAt, frameCount, placeOf, shortNames } from './sequence.js';
+import { firstFrame, firstNumber, frameAt, frameCount, isFollowing, newestFrame, placeOf, shortNames } from './sequence.js';
 
 /**
  * A row of buttons of which one is pressed.
@@ -107,8 +107,9 @@ export function connectControls(stage, session, actions) {
     fill(source, session.sources.map(({ frames }, i) => [String(i), frames > 1 ? `${names[i]} (${frames})` : names[i]]));
     const count = frameCount(session);
     slider.max = String(count - 1);
-    number.max = String(count - 1);
-    byId('frame-count', HTMLElement).textContent = `of ${count}`;
+    number.min = String(firstNumber(session));
+    number.max = String(firstNumber(session) + count - 1);
+    byId('frame-count', HTMLElement).textContent = `of ${number.min} to ${number.max}`;
     byId('timeline', HTMLElement).hidden = count < 2;
   };
 
@@ -121,7 +122,7 @@ export function connectControls(stage, session, actions) {
     slider.value = String(place);
     slider.setAttribute('aria-valuetext', `frame ${place + 1} of ${frameCount(session)}`);
     if (document.activeElement !== number) {
-      number.value = String(place);
+      number.value = String(firstNumber(session) + place);
     }
     pressLayout(layouts.findIndex((one) => one === layout));
     pressOrigin(origins.findIndex(([x, y]) => x === (origin[0] & 1) && y === (origin[1] & 1)));
@@ -138,6 +139,8 @@ export function connectControls(stage, session, actions) {
     showEnd(powerEnd, state.powerEnd);
     degreeMap.value = state.degreeMap;
     lightMap.value = state.lightMap;
+    byId('live', HTMLElement).hidden = !session.sources[store.edited.source].live;
+    byId('live', HTMLElement).setAttribute('aria-pressed', String(isFollowing(session, store.edited)));
     byId('play', HTMLElement).setAttribute('aria-pressed', String(state.playing));
     byId('candidates', HTMLElement).setAttribute('aria-pressed', String(state.mode === 'candidates'));
     byId('compare', HTMLElement).setAttribute('aria-pressed', String(state.mode === 'compare'));
@@ -155,9 +158,9 @@ export function connectControls(stage, session, actions) {
     select.value = String(end);
   };
 
-  source.addEventListener('change', () => store.edit({ source: Number(source.value), frame: session.sources[Number(source.value)].first }));
+  source.addEventListener('change', () => store.edit({ source: Number(source.value), frame: firstFrame(session.sources[Number(source.value)]) }));
   slider.addEventListener('input', () => store.edit(frameAt(session, Number(slider.value))));
-  number.addEventListener('change', () => store.edit(frameAt(session, Math.trunc(Number(number.value)) || 0)));
+  number.addEventListener('change', () => store.edit(frameAt(session, (Math.trunc(Number(number.value)) || 0) - firstNumber(session))));
   calibration.addEventListener('change', () => store.edit({ calibration: Number(calibration.value) }));
   depth.addEventListener('change', () => store.edit({ bitDepth: Number(depth.value) }));
   plane.addEventListener('change', () => store.edit({ plane: Number(plane.value) }));
@@ -172,6 +175,11 @@ export function connectControls(stage, session, actions) {
     play: () => store.update({ playing: !store.state.playing }),
     previous: () => store.edit(frameAt(session, placeOf(session, store.edited) - 1)),
     next: () => store.edit(frameAt(session, placeOf(session, store.edited) + 1)),
+    live: () => {
+      const { first } = session.sources[store.edited.source];
+      const newest = newestFrame(session, store.edited);
+      store.edit({ frame: isFollowing(session, store.edited) ? Math.max(first, newest - 1) : newest });
+    },
     candidates: () => store.update({ mode: store.state.mode === 'candidates' ? 'panels' : 'candidates' }),
     compare: () => store.update(store.state.mode === 'compare' ? { mode: 'panels', side: 'a' } : { mode: 'compare', side: 'b' }),
     side: () => store.update({ side: store.state.side === 'a' ? 'b' : 'a' }),

@@ -190,10 +190,20 @@ export class FrameStore {
     return frame;
   }
 
-  /** Frames are forgotten when they may have changed. */
-  clear() {
-    this.want([]);
-    this.frames.clear();
+  /** Whether something of a frame can be shown, or why not. @param {Settings} settings */
+  hasCome(settings) {
+    const frame = this.find(settings);
+    return frame !== null && (frame.overview !== null || frame.error !== null);
+  }
+
+  /** The frames of a source are others now. @param {number} source */
+  forget(source) {
+    for (const frame of this.frames.values()) {
+      if (frame.settings.source === source) {
+        frame.waiting?.abort();
+        this.frames.delete(frame.key);
+      }
+    }
   }
 
   /** @param {Set<string>} wanted */

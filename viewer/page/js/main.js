@@ -12,7 +12,7 @@ import { play } from './playback.js';
 import { followPointers } from './pointer.js';
 import { showRegion } from './region_panel.js';
 import { saveNumbers, savePicture, saveScreen } from './save.js';
-import { shortNames } from './sequence.js';
+import { isNumbered, shortNames } from './sequence.js';
 import { showSeries } from './series_panel.js';
 import { Stage } from './stage.js';
 import { initialState, Store } from './state.js';
@@ -33,19 +33,24 @@ async function start() {
 
   /** @param {import('./types.js').Settings} settings */
   const nameOf = (settings) => {
-    const { frames } = session.sources[settings.source];
     return [
-      frames > 1 ? `frame ${settings.frame}` : '',
+      isNumbered(session.sources[settings.source]) ? `frame ${settings.frame}` : '',
       `layout ${settings.layout}°`,
       settings.calibration ? shortName(session.calibrations[settings.calibration]) : '',
       session.planes[settings.plane] ?? '',
       shortNames(session)[settings.source],
     ].filter(Boolean).join(', ');
   };
-  const frameName = () => {
-    const { source, frame } = store.edited;
-    const { name, frames } = session.sources[source];
-    return shortName(name).replace(/\.[^.]*$/, '') + (frames > 1 ? `_${String(frame).padStart(6, '0')}` : '');
+  /** What a saved picture is called. @param {string} what */
+  const fileName = (what) => {
+    const { source, frame, plane } = store.edited;
+    const { name, kind } = session.sources[source];
+    return [
+      (kind === 'file' ? shortName(name).replace(/\.[^.]*$/, '') : name).replace(/[^\w.-]/g, '_'),
+      isNumbered(session.sources[source]) ? String(frame).padStart(6, '0') : '',
+      what,
+      session.planes[plane]?.toLowerCase() ?? '',
+    ].filter(Boolean).join('_') + '.png';
   };
   const stage = new Stage(store, session, tables, nameOf, option);
   document.documentElement.dataset.painter = stage.painter.name;
@@ -79,9 +84,9 @@ async function start() {
       writeLink();
       navigator.clipboard.writeText(location.href).then(() => say('The link is copied.'), () => say(`The link: ${location.href}`));
     },
-    picture: () => tried(savePicture(stage, frameName())),
-    screen: () => tried(saveScreen(stage, frameName())),
-    numbers: () => saveNumbers(stage, /** @type {'npy' | 'csv'} */ (byId('number-format', HTMLSelectElement).value)),
+    picture: () => tried(savePicture(stage, fileName)),
+    screen: () => tried(saveScreen(stage, fileName('view'))),
+    numbers: () => tried(saveNumbers(stage, /** @type {'npy' | 'csv'} */ (byId('number-format', HTMLSelectElement).value))),
     /** @param {import('./types.js').Point} pixel */
     series: (pixel) => tried(series.show(pixel)),
   };
@@ -128,10 +133,16 @@ async function start() {
     unreadable.hidden = !failed;
   };
   check();
-  followLive(stage, session, () => {
-    values.tiles.clear();
-    controls.sourcesChanged();
-    check();
+  followLive(stage, session, {
+    changed: () => {
+      controls.sourcesChanged();
+      series.sourcesChanged();
+      check();
+    },
+    forget: (source) => {
+      stage.frames.forget(source);
+      values.tiles.clear();
+    },
   });
 }
 

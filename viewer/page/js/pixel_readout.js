@@ -7,6 +7,7 @@
  */
 import { byId, make } from './elements.js';
 import { polarizerAt } from './mosaic.js';
+import { hasFrame } from './sequence.js';
 import { TileCache } from './tiles.js';
 
 /** @param {number} value @param {number} digits */
@@ -36,6 +37,8 @@ export function showPixelValues(stage) {
   const place = byId('pixel-place', HTMLElement);
   const content = byId('pixel-values', HTMLElement);
   const tiles = new TileCache(() => update());
+  /** What was shown last of this pixel: it stays while the next frame's values are on their way. */
+  let last = { key: '', found: /** @type {(PixelValues | null)[]} */ ([]) };
 
   /** @param {Settings} settings @param {PixelValues | null} values @param {string} side */
   const samples = (settings, values, side) => {
@@ -58,18 +61,28 @@ export function showPixelValues(stage) {
   function update() {
     const { state } = store;
     const { cursor } = state;
-    const frame = stage.frameSize();
-    const inside = cursor && cursor.x >= 0 && cursor.y >= 0 && cursor.x < frame.width && cursor.y < frame.height;
+    /** @param {{width: number, height: number} | null} frame */
+    const isInside = (frame) => cursor && frame && cursor.x >= 0 && cursor.y >= 0 && cursor.x < frame.width && cursor.y < frame.height;
+    const inside = cursor && isInside(stage.frameSize());
     place.textContent = inside ? `x ${cursor.x}  y ${cursor.y}` : 'move over a picture';
     const sides = state.mode === 'compare' ? [state.settings, state.other] : [state.settings];
-    const found = sides.map((settings) => (inside ? tiles.values(settings, cursor, frame) : null));
+    const asked = sides.map((settings) => {
+      const frame = hasFrame(stage.session, settings) ? stage.sizeOf(settings) : null;
+      if (!frame) {
+        return stage.frames.find(settings)?.error ? null : undefined;
+      }
+      return cursor && isInside(frame) ? tiles.values(settings, cursor, frame) : null;
+    });
+    const key = [cursor?.x, cursor?.y, sides.length].join(' ');
+    const found = asked.map((values, i) => (values !== undefined ? values : last.key === key ? last.found[i] ?? null : null));
+    last = { key, found };
     const table = make('table', {}, [
       make('tbody', {}, rows.map(([title, name, text]) =>
         make('tr', {}, [
           make('th', { scope: 'row' }, [title]),
           ...found.map((values, i) => {
             const [shown, value] = values ? text(values) : ['–', ''];
-            return make('td', { 'data-name': name, 'data-side': i ? 'b' : 'a', 'data-value': String(value) }, [shown]);
+            return make('td', { 'data-name': name, 'data-side': i ? 'b' : 'a', 'data-value': asked[i] ? String(value) : '' }, [shown]);
           }),
         ]))),
     ]);

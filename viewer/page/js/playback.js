@@ -4,7 +4,7 @@
  * @import {Session} from './types.js'
  * @import {Stage} from './stage.js'
  */
-import { frameAt, frameCount, placeOf } from './sequence.js';
+import { frameAt, frameCount, isFollowing, placeOf } from './sequence.js';
 
 /** Milliseconds between frames. */
 const pace = 40;
@@ -21,7 +21,8 @@ export function play(stage, session) {
 
   const advance = () => {
     timer = undefined;
-    if (store.state.playing) {
+    // At the newest frame of what sends more, the next one comes by itself.
+    if (store.state.playing && !isFollowing(session, store.edited)) {
       const next = (placeOf(session, store.edited) + 1) % frameCount(session);
       due = performance.now() + pace;
       store.edit(frameAt(session, next));

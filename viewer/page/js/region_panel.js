@@ -9,6 +9,7 @@ import { hueTable } from './colours.js';
 import { byId, make } from './elements.js';
 import { drawHalfWheel } from './half_wheel.js';
 import { fixed } from './pixel_readout.js';
+import { hasFrame } from './sequence.js';
 
 /** The mean angle where the half-wheel shows it, 0 to 180 degrees. @param {number} degrees */
 const turned = (degrees) => ((degrees % 180) + 180) % 180;
@@ -32,6 +33,8 @@ export function showRegion(stage) {
   const message = byId('region-message', HTMLElement);
   const wheels = [byId('wheel-a', HTMLCanvasElement), byId('wheel-b', HTMLCanvasElement)];
   let waiting = new AbortController();
+  let busy = false;
+  let again = false;
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   let soon;
   /** @type {(RegionStatistics | null)[]} */
@@ -65,12 +68,12 @@ export function showRegion(stage) {
 
   const fetchNow = async () => {
     const { region, mode, settings, other } = store.state;
-    if (!region || region.width < 2 || region.height < 2) {
+    if (!region || region.width < 2 || region.height < 2 || !hasFrame(stage.session, settings)) {
       return;
     }
-    waiting.abort();
     waiting = new AbortController();
     const { signal } = waiting;
+    busy = true;
     try {
       const sides = mode === 'compare' ? [settings, other] : [settings];
       const found = await Promise.all(sides.map((one) => fetchRegion(one, region, signal)));
@@ -82,15 +85,29 @@ export function showRegion(stage) {
         show([]);
       }
     }
+    busy = false;
+    if (again) {
+      again = false;
+      ask();
+    }
+  };
+  /** One request after another: where frames follow fast, each that has been asked for is shown. */
+  const ask = () => {
+    again = busy;
+    if (!busy) {
+      soon ??= setTimeout(() => {
+        soon = undefined;
+        fetchNow();
+      }, 60);
+    }
   };
 
   const update = () => {
     const { region } = store.state;
     place.textContent = region ? `${region.width} × ${region.height} at ${region.x}, ${region.y}` : 'Shift and drag';
     byId('region', HTMLElement).classList.toggle('empty', !region);
-    clearTimeout(soon);
     if (region) {
-      soon = setTimeout(fetchNow, 60);
+      ask();
     } else {
       waiting.abort();
       message.textContent = '';

@@ -7,6 +7,7 @@ import { exportAddress } from './api.js';
 import { make } from './elements.js';
 import { imagesOf, panelKinds } from './panel_kinds.js';
 import { paintLayer } from './pixels.js';
+import { hasFrame } from './sequence.js';
 
 /** @param {string} address @param {string} name */
 function download(address, name) {
@@ -14,6 +15,13 @@ function download(address, name) {
   document.body.append(link);
   link.click();
   link.remove();
+}
+
+/** @param {Stage} stage */
+function checkFrame({ session, store }) {
+  if (!hasFrame(session, store.edited)) {
+    throw new Error('There is no frame to save.');
+  }
 }
 
 /**
@@ -25,6 +33,7 @@ function download(address, name) {
 async function wholePicture(stage) {
   const { store } = stage;
   const { active, style } = store.state;
+  checkFrame(stage);
   const frame = await stage.frames.complete(store.edited, imagesOf(active, style));
   if (!frame.full || !frame.facts) {
     throw new Error(frame.error ?? 'There is no frame to save.');
@@ -39,8 +48,8 @@ async function wholePicture(stage) {
   return canvas;
 }
 
-/** @param {Stage} stage @param {string} frameName */
-export async function savePicture(stage, frameName) {
+/** @param {Stage} stage @param {(what: string) => string} fileName */
+export async function savePicture(stage, fileName) {
   const canvas = await wholePicture(stage);
   const { active, style } = stage.store.state;
   const blob = await new Promise((resolve) => canvas.toBlob(resolve, 'image/png'));
@@ -48,12 +57,12 @@ export async function savePicture(stage, frameName) {
     throw new Error('The picture is too large for this browser to save.');
   }
   const address = URL.createObjectURL(blob);
-  download(address, `${frameName}_${active === 'coloured' ? style : panelKinds[active].short.toLowerCase()}.png`);
+  download(address, fileName(active === 'coloured' ? style : panelKinds[active].short.toLowerCase()));
   setTimeout(() => URL.revokeObjectURL(address), 10000);
 }
 
-/** The stage as it is on the screen. @param {Stage} stage @param {string} frameName */
-export async function saveScreen(stage, frameName) {
+/** The stage as it is on the screen. @param {Stage} stage @param {string} fileName */
+export async function saveScreen(stage, fileName) {
   stage.paint();
   const canvas = make('canvas', { width: String(stage.picture.width), height: String(stage.picture.height) });
   const context = /** @type {CanvasRenderingContext2D} */ (canvas.getContext('2d'));
@@ -62,7 +71,7 @@ export async function saveScreen(stage, frameName) {
   const blob = await new Promise((resolve) => canvas.toBlob(resolve, 'image/png'));
   if (blob instanceof Blob) {
     const address = URL.createObjectURL(blob);
-    download(address, `${frameName}_view.png`);
+    download(address, fileName);
     setTimeout(() => URL.revokeObjectURL(address), 10000);
   }
 }
@@ -73,7 +82,8 @@ export async function saveScreen(stage, frameName) {
  * @param {Stage} stage
  * @param {'npy' | 'csv'} format
  */
-export function saveNumbers(stage, format) {
+export async function saveNumbers(stage, format) {
   const { store } = stage;
+  checkFrame(stage);
   download(exportAddress(store.edited, panelKinds[store.state.active].exported, store.state.region, format), '');
 }

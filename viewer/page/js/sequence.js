@@ -1,7 +1,7 @@
 /**
  * All frames of all files as one row, which the slider runs along.
  *
- * @import {Session, Settings} from './types.js'
+ * @import {Session, Settings, Source} from './types.js'
  */
 
 /** @param {Session} session */
@@ -13,6 +13,9 @@ export function frameCount(session) {
 export function placeOf(session, settings) {
   return session.sources.slice(0, settings.source).reduce((sum, source) => sum + Math.max(1, source.frames), settings.frame - session.sources[settings.source].first);
 }
+
+/** The number of the frame in the first place: of several files the places are numbered. @param {Session} session */
+export const firstNumber = ({ sources }) => (sources.length === 1 ? sources[0].first : 0);
 
 /**
  * @param {Session} session
@@ -29,6 +32,31 @@ export function frameAt(session, place) {
   }
   return { source: 0, frame: 0 };
 }
+
+/** Whether its frames are told apart by numbers. @param {Source} source */
+export const isNumbered = ({ kind, frames }) => kind !== 'file' || frames > 1;
+
+/** Whether there is anything to look at yet. @param {Session} session @param {Settings} settings */
+export const hasFrame = (session, settings) => (session.sources[settings.source]?.frames ?? 0) > 0;
+
+/**
+ * Of files the first, of what comes just now the newest, which is followed.
+ *
+ * @param {Source} source
+ */
+export function firstFrame({ kind, live, first, frames }) {
+  return kind !== 'file' && live && frames > 0 ? first + frames - 1 : first;
+}
+
+/** The newest frame of a side's source. @param {Session} session @param {Settings} settings */
+export function newestFrame(session, { source }) {
+  const { first, frames } = session.sources[source];
+  return first + Math.max(1, frames) - 1;
+}
+
+/** Whether a side shows the newest frame of what sends more. @param {Session} session @param {Settings} settings */
+export const isFollowing = (session, settings) =>
+  session.sources[settings.source].live && settings.frame >= newestFrame(session, settings);
 
 /**
  * The names of the sources without the folders that all share.

@@ -17,6 +17,9 @@ const quantities = {
   samples: { label: 'samples', lines: ({ samples }) => [0, 1, 2, 3].map((i) => samples.map((four) => four[i])), range: null },
 };
 
+/** Milliseconds after which frames that have come are added. */
+const renewal = 1000;
+
 /**
  * @param {Stage} stage
  * @param {Session} session
@@ -32,6 +35,9 @@ export function showSeries(stage, session) {
   /** @type {Point | null} */
   let pixel = null;
   let waiting = new AbortController();
+  let busy = false;
+  /** @type {ReturnType<typeof setTimeout> | undefined} */
+  let later;
   const left = 38;
   const source = () => session.sources[store.state.settings.source];
   const frames = () => source()?.frames ?? 1;
@@ -86,7 +92,7 @@ export function showSeries(stage, session) {
       let pen = false;
       let before = NaN;
       for (const [j, value] of line.entries()) {
-        if (value === null || !Number.isFinite(value)) {
+        if (value === null || !Number.isFinite(value) || series.frames[j] < first) {
           pen = false;
           continue;
         }
@@ -110,18 +116,22 @@ export function showSeries(stage, session) {
     context.stroke();
   }
 
-  /** @param {Point} wanted */
-  const show = async (wanted) => {
+  /** @param {Point} wanted @param {boolean} [renew] what is shown stays until all has come */
+  const show = async (wanted, renew) => {
     if (frames() < 2) {
       return;
     }
     pixel = wanted;
+    busy = true;
     waiting.abort();
     waiting = new AbortController();
     const { signal } = waiting;
     place.textContent = `x ${wanted.x}  y ${wanted.y}`;
     try {
       await fetchSeries(store.state.settings, wanted, source(), signal, (grown) => {
+        if (renew && grown.frames.length < grown.count) {
+          return;
+        }
         series = grown;
         canvas.setAttribute('aria-label', `Plot of the pixel at ${wanted.x}, ${wanted.y} over ${frames()} frames: ${quantities[choice.value].label}`);
         canvas.dataset.angles = JSON.stringify(grown.angle);
@@ -131,6 +141,19 @@ export function showSeries(stage, session) {
       if (!signal.aborted) {
         place.textContent = failure instanceof Error ? failure.message : String(failure);
       }
+    }
+    busy = busy && waiting.signal !== signal;
+  };
+  /** Frames have come: they are added, but not as often as they come. */
+  const sourcesChanged = () => {
+    appear();
+    if (pixel && source().live && !busy) {
+      later ??= setTimeout(() => {
+        later = undefined;
+        if (pixel && !busy) {
+          show(pixel, true);
+        }
+      }, renewal);
     }
   };
 
@@ -157,5 +180,5 @@ export function showSeries(stage, session) {
     store.update({ settings: { ...store.state.settings, frame } });
   });
   appear();
-  return { show, redraw: draw };
+  return { show, sourcesChanged, redraw: draw };
 }

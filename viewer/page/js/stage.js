@@ -19,6 +19,7 @@ import { legend } from './legends.js';
 import { drawOverlay } from './overlay.js';
 import { imagesOf, panelKinds } from './panel_kinds.js';
 import { chosenEnds } from './scale_ends.js';
+import { hasFrame, isFollowing } from './sequence.js';
 
 /** Height of a panel's title and legend, for the choice of columns. */
 const besidePicture = 74;
@@ -160,11 +161,14 @@ export class Stage {
 
   /** The size of the frames in sight. */
   frameSize() {
-    const { settings } = this.store.state;
-    const facts = this.frames.find(settings)?.facts;
-    const source = this.session.sources[settings.source];
-    this.size = facts ?? (source?.width && source.height ? { width: source.width, height: source.height } : this.size);
+    this.size = this.sizeOf(this.store.state.settings) ?? this.size;
     return this.size;
+  }
+
+  /** The size of a frame where it is known. @param {Settings} settings @returns {{width: number, height: number} | null} */
+  sizeOf(settings) {
+    const { width, height } = this.frames.find(settings)?.facts ?? this.session.sources[settings.source];
+    return width && height ? { width, height } : null;
   }
 
   /** The place of a panel; all panels are of one size. @returns {Box} */
@@ -182,7 +186,7 @@ export class Stage {
 
   /** Says what is wanted of frames. */
   wish() {
-    const { style, playing } = this.store.state;
+    const { style, playing, settings } = this.store.state;
     const box = this.box();
     const view = this.view();
     const frame = this.frameSize();
@@ -191,12 +195,15 @@ export class Stage {
     /** @type {Map<string, Wish>} */
     const wishes = new Map();
     for (const { wanted } of this.cells.values()) {
+      if (!hasFrame(this.session, wanted.settings)) {
+        continue;
+      }
       const key = settingsKey(wanted.settings);
       const known = wishes.get(key);
       const images = [...new Set([...(known?.images ?? []), ...imagesOf(wanted.kind, style)])];
       wishes.set(key, { settings: wanted.settings, images, overviewStep: this.overviewStep || 8, sight: region && { region, step } });
     }
-    this.frames.patience = playing ? 400 : 40;
+    this.frames.patience = playing || isFollowing(this.session, settings) ? 400 : 40;
     this.frames.want([...wishes.values()]);
   }
 
@@ -230,7 +237,7 @@ export class Stage {
     for (const [key, cell] of this.cells) {
       const frame = this.frameFor(key, cell);
       const { kind, settings } = cell.wanted;
-      const error = frame?.error ?? null;
+      const error = hasFrame(this.session, settings) ? frame?.error ?? null : `${this.session.sources[settings.source].name} has no frame yet.`;
       cell.message.hidden = error === null;
       cell.message.textContent = error;
       const images = imagesOf(kind, state.style);

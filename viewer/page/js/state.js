@@ -11,6 +11,7 @@
  *   playing: boolean}} ViewState
  */
 import { allKinds } from './panel_kinds.js';
+import { firstFrame } from './sequence.js';
 
 export class Store {
   /** @param {ViewState} state */
@@ -25,10 +26,16 @@ export class Store {
     this.listeners.push(listener);
   }
 
-  /** @param {Partial<ViewState>} changes */
+  /**
+   * The other side is the same as the first until a comparison has changed one of them.
+   *
+   * @param {Partial<ViewState>} changes
+   */
   update(changes) {
     const before = this.state;
-    this.state = { ...before, ...changes };
+    const { settings } = changes;
+    const both = settings && before.mode !== 'compare' && before.other === before.settings ? { other: settings } : {};
+    this.state = { ...before, ...both, ...changes };
     this.listeners.forEach((listener) => listener(this.state, before));
   }
 
@@ -51,9 +58,10 @@ export class Store {
  */
 export function initialState(session, small) {
   const { defaults } = session;
+  const [source] = session.sources;
   const settings = {
     source: 0,
-    frame: session.sources[0]?.first ?? 0,
+    frame: firstFrame(source),
     layout: defaults.layout,
     origin: defaults.origin,
     calibration: defaults.calibration,

@@ -19,7 +19,7 @@ export class TileCache {
   /** @param {() => void} changed called when a tile has come */
   constructor(changed) {
     this.changed = changed;
-    /** @type {Map<string, {facts: FrameFacts, layer: Layer} | null>} null while one is on its way */
+    /** @type {Map<string, {facts: FrameFacts, layer: Layer} | 'asked' | null>} null where one cannot be had */
     this.tiles = new Map();
   }
 
@@ -28,12 +28,12 @@ export class TileCache {
   }
 
   /**
-   * The values of a pixel, or nothing yet: they are fetched then.
+   * The values of a pixel; undefined while they are fetched, null where they cannot be had.
    *
    * @param {Settings} settings
    * @param {{x: number, y: number}} pixel inside the frame
    * @param {{width: number, height: number}} frame
-   * @returns {PixelValues | null}
+   * @returns {PixelValues | null | undefined}
    */
   values(settings, pixel, frame) {
     const x = Math.floor(pixel.x / side) * side;
@@ -46,8 +46,8 @@ export class TileCache {
         this.fetch(key, settings, region);
       }
     }
-    if (!tile) {
-      return null;
+    if (!tile || tile === 'asked') {
+      return tile === null ? null : undefined;
     }
     const { columns, arrays } = tile.layer;
     const at = (pixel.y - y) * columns + pixel.x - x;
@@ -67,7 +67,7 @@ export class TileCache {
 
   /** @param {string} key @param {Settings} settings @param {import('./types.js').Region} region */
   async fetch(key, settings, region) {
-    this.tiles.set(key, null);
+    this.tiles.set(key, 'asked');
     if (this.tiles.size > kept) {
       this.tiles.delete(/** @type {string} */ (this.tiles.keys().next().value));
     }
@@ -76,6 +76,8 @@ export class TileCache {
       this.changed();
     } catch {
       // The panels say why a frame cannot be shown; asking again would bring the same answer.
+      this.tiles.set(key, null);
+      this.changed();
     }
   }
 }
