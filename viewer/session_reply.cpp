@@ -37,7 +37,8 @@ std::string base64_of(const std::vector<Rgb>& entries) {
 /** File names need not be UTF-8. */
 std::string text_of(const Json& document) { return document.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
-Json json_of(const ViewedSource& source) {
+/** The sensor's size is not that of its planes. */
+Json json_of(const ViewedSource& source, bool has_planes) {
   Json json = {{"name", source.name},
                {"kind", name_of(source.kind)},
                {"first", source.first},
@@ -47,7 +48,7 @@ Json json_of(const ViewedSource& source) {
                {"bit_depth", json_of(source.bit_depth)},
                {"live", source.live},
                {"error", nullptr}};
-  if (source.size) {
+  if (source.size && !has_planes) {
     json["width"] = source.size->width;
     json["height"] = source.size->height;
   }
@@ -65,7 +66,7 @@ std::string session_document(const ViewSettings& settings, ViewedFrames& frames,
   Json document = {{"version", settings.version}, {"revision", revision}, {"route", route}, {"once", settings.once}};
   document["sources"] = Json::array();
   for (const ViewedSource& source : frames.sources()) {
-    document["sources"].push_back(json_of(source));
+    document["sources"].push_back(json_of(source, settings.frames.colour.has_value()));
   }
   document["calibrations"] = Json::array();
   for (const ViewedCalibration& calibration : settings.frames.calibrations) {

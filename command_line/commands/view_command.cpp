@@ -134,8 +134,12 @@ void declare_view(CLI::App& app) {
   command->add_flag("--once", options->settings.once,
                     "End when the last page was closed\n"
                     "That is when none has been open for 5 seconds after one was.");
-  command->add_option("--compare", options->compared, "More calibration files, to choose from in the page")
-      ->type_name("FILE");
+  command
+      ->add_option("--compare", options->compared,
+                   "Another calibration file, to choose from in the page\n"
+                   "Can be given several times.")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
   limit(command
             ->add_option("--memory", options->memory,
                          "Most memory for frames and images that are kept, in MiB\n"

@@ -116,12 +116,13 @@ bool ViewedInputs::look_for_growth(Source& source) {
   const std::uint64_t bytes = facts->size;
   const auto now = Clock::now();
   const bool was_growing = source.is_growing;
-  if (bytes != source.bytes && source.bytes != 0) {
+  if (source.was_looked_at && bytes != source.bytes) {
     source.is_growing = true;
     source.version += bytes < source.bytes ? 1 : 0;  // another recording
   }
   source.grown = bytes != source.bytes ? now : source.grown;
   source.bytes = bytes;
+  source.was_looked_at = true;
   source.is_growing = source.is_growing && now - source.grown < growing_time;
   const std::uint64_t frames =
       source.is_growing ? (bytes - std::min(bytes, layout.header)) / frame_bytes(layout) : count_frames(bytes, layout);

@@ -44,6 +44,7 @@ class ViewedInputs : public ViewedFrames {
     std::shared_ptr<FrameStream> stream;
     /** Of a file of headerless frames, which may grow: its length when it was looked at last. */
     std::uint64_t bytes = 0;
+    bool was_looked_at = false;
     bool is_growing = false;
     Clock::time_point grown{};
     std::uint64_t version = 0;

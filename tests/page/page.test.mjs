@@ -2,8 +2,8 @@
 import assert from 'node:assert/strict';
 import { appendFileSync, readFileSync, writeFileSync } from 'node:fs';
 import { after, before, test } from 'node:test';
-import { at, complaint, makeScene, raw, stackFrames } from './scene.mjs';
-import { inFull, openPage, startBrowser, startViewer } from './viewer.mjs';
+import { at, complaint, makeScene, pixelOf, raw, run, stackFrames, transformed, width } from './scene.mjs';
+import { inFull, openPage, shownPixel, startBrowser, startViewer } from './viewer.mjs';
 
 let browser;
 before(async () => {
@@ -47,9 +47,9 @@ test('keys do all that the pointer does', async (context) => {
   await press('Home', 'ArrowRight', 'ArrowDown', 'ArrowRight');
   const cursor = (await linkPart(page, 'pixel')).split(',').map(Number);
   await press('r', 'ArrowRight', 'ArrowDown', 'ArrowDown', 'Enter');
-  const [x, y, width, height] = (await linkPart(page, 'region')).split(',').map(Number);
+  const [x, y, across, down] = (await linkPart(page, 'region')).split(',').map(Number);
   assert.deepEqual([x, y], cursor);
-  assert.ok(width > 1 && height > width, `${width} x ${height}`);
+  assert.ok(across > 1 && down > across, `${across} x ${down}`);
   await press('Escape', 'p');
   assert.equal(Number((await linkPart(page, 'view')).split(',')[2]), 48);
   await press('Shift+ArrowRight', '-');
@@ -122,13 +122,30 @@ test('a frame that cannot be read shows the sentence that the tool prints', asyn
   assert.equal(await said.textContent(), complaint('transform', at('broken.png'), '-o', at('none')));
 });
 
-test('the last frame is followed while a file grows', async (context) => {
+test('frames of different sizes, one after another and side by side', async (context) => {
+  run('simulate', at('small.png'), '--size', '160x120', '-q');
+  const { page, messages } = await open(context, [at('scene.png'), at('small.png'), '--layout', '90'], { link: '#pixel=150,100' });
+  const steps = [['.', 'small.png'], [',', 'scene.png'], ['c', 'scene.png'], ['.', 'small.png']];
+  for (const [key, name] of steps) {
+    await inFull(page);
+    await page.keyboard.press(key);
+    assert.equal(await page.$eval('#source', ({ selectedOptions }) => selectedOptions[0].text), name);
+  }
+  await inFull(page);
+  assert.deepEqual(await shownPixel(page, 'b'), pixelOf(transformed('small.png', '--layout', '90'), 100 * 160 + 150));
+  assert.deepEqual(messages, []);
+});
+
+test('the last frame is followed while a file grows, and its first one when it is written anew', async (context) => {
   const frame = readFileSync(at('a0.raw'));
   writeFileSync(at('growing.raw'), frame);
-  const { page } = await open(context, [at('growing.raw'), ...raw]);
+  const { page } = await open(context, [at('growing.raw'), ...raw], { link: '#pixel=50,60' });
   await inFull(page);
   appendFileSync(at('growing.raw'), Buffer.concat([frame, frame]));
   await page.waitForFunction(() => document.querySelector('#frame').value === '2', null, { timeout: 15000 });
+  writeFileSync(at('growing.raw'), readFileSync(at('a3.raw')));
+  const { s1 } = pixelOf(transformed('a3.raw', ...raw), 60 * width + 50);
+  await page.waitForSelector(`#pixel-values td[data-name="s1"][data-value="${s1}"]`);
 });
 
 test('a phone, both themes, names and focus', async (context) => {

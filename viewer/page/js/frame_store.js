@@ -196,6 +196,11 @@ export class FrameStore {
     return frame !== null && (frame.overview !== null || frame.error !== null);
   }
 
+  /** Whether a frame of a source could not be had. @param {number} source */
+  hasFailed(source) {
+    return [...this.frames.values()].some(({ settings, error }) => settings.source === source && error !== null);
+  }
+
   /** The frames of a source are others now. @param {number} source */
   forget(source) {
     for (const frame of this.frames.values()) {

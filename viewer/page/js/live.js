@@ -48,16 +48,17 @@ export async function followLive(stage, session, told) {
 }
 
 /** @param {Stage} stage @param {Session} session @param {Session} next @param {(source: number) => void} forget */
-function take({ store }, session, next, forget) {
+function take({ store, frames: kept }, session, next, forget) {
   const before = session.sources;
   const { settings, other, mode } = store.state;
   const wasLast = [settings, other].map((side) => side.frame >= newestFrame(session, side));
   session.sources = next.sources;
   session.revision = next.revision;
-  // Nothing was there, or what was there has been replaced.
-  const replaced = before.map(({ first, frames }, i) => {
+  // Nothing was there, a frame was not whole, or what was there has been replaced.
+  const replaced = before.map(({ kind, live, first, frames }, i) => {
     const now = next.sources[i];
-    return now.frames > 0 && (frames === 0 || now.first + now.frames < first + frames);
+    const changed = live !== now.live || frames !== now.frames;
+    return now.frames > 0 && (frames === 0 || now.first + now.frames < first + frames || (kind === 'file' && changed && kept.hasFailed(i)));
   });
   replaced.forEach((is, i) => is && forget(i));
   /** Who looks at the last frame goes on to the next one; one that is no longer kept cannot be looked at. @param {Settings} side @param {number} i */

@@ -55,6 +55,8 @@ export class Stage {
     this.chosen = this.ends;
     /** The size of the last frame in sight, or of one that is usual. */
     this.size = { width: 2448, height: 2048 };
+    /** Sizes by source and frame; of a sensor with colour filters by plane and origin, too. @type {Map<string, {width: number, height: number}>} */
+    this.sizes = new Map();
     this.arranged = this.size;
     this.overviewStep = 0;
     /** Called after each picture. @type {(() => void)[]} */
@@ -167,8 +169,14 @@ export class Stage {
 
   /** The size of a frame where it is known. @param {Settings} settings @returns {{width: number, height: number} | null} */
   sizeOf(settings) {
-    const { width, height } = this.frames.find(settings)?.facts ?? this.session.sources[settings.source];
-    return width && height ? { width, height } : null;
+    const { source, frame, plane, origin } = settings;
+    const key = [source, frame, ...(this.session.planes.length > 0 ? [plane, ...origin] : [])].join(' ');
+    const facts = this.frames.find(settings)?.facts;
+    if (facts) {
+      this.sizes.set(key, { width: facts.width, height: facts.height });
+    }
+    const { width, height } = this.session.sources[source];
+    return this.sizes.get(key) ?? (width && height ? { width, height } : null);
   }
 
   /** The place of a panel; all panels are of one size. @returns {Box} */
@@ -189,8 +197,6 @@ export class Stage {
     const { style, playing, settings } = this.store.state;
     const box = this.box();
     const view = this.view();
-    const frame = this.frameSize();
-    const region = visibleRegion(view, box, frame);
     const step = Math.max(1, Math.floor(1 / (view.scale * this.ratio)));
     /** @type {Map<string, Wish>} */
     const wishes = new Map();
@@ -201,6 +207,8 @@ export class Stage {
       const key = settingsKey(wanted.settings);
       const known = wishes.get(key);
       const images = [...new Set([...(known?.images ?? []), ...imagesOf(wanted.kind, style)])];
+      const size = this.sizeOf(wanted.settings);
+      const region = size && visibleRegion(view, box, size);
       wishes.set(key, { settings: wanted.settings, images, overviewStep: this.overviewStep || 8, sight: region && { region, step } });
     }
     this.frames.patience = playing || isFollowing(this.session, settings) ? 400 : 40;

@@ -30,7 +30,9 @@ export function showStatus(stage, session) {
     const scale = stage.view().scale * stage.ratio;
     set(zoom, scale >= 1 ? `${Number(scale.toPrecision(3))} : 1` : `1 : ${Number((1 / scale).toPrecision(3))}`);
     set(loading, stage.element.dataset.resolution === 'full' ? 'full resolution' : stage.frames.busy() ? 'loading…' : '');
-    const said = [...session.notes, ...(facts?.notes ?? [])].join(' ');
+    // The one about the layout that is assumed holds until another is chosen.
+    const begin = stage.store.edited.layout === session.defaults.layout ? session.notes : [];
+    const said = [...begin, ...(facts?.notes ?? [])].join(' ');
     set(notes, said);
     notes.hidden = said === '';
   });
