@@ -69,10 +69,10 @@ Reply Api::session_now() {
 
 Reply Api::session(const std::string& query) {
   const std::optional<std::int64_t> since = Query(query, {"since"}).number("since", 0, std::int64_t{1} << 53);
-  const auto is_news = [this, since] { return static_cast<std::int64_t>(frames_.revision()) != since; };
-  if (!since || is_news()) {
+  if (!since) {
     return session_now();
   }
+  const auto is_news = [this, since] { return static_cast<std::int64_t>(frames_.revision()) != since; };
   Reply reply{200, json_type, "", {}};
   reply.later = [this, is_news, end = std::chrono::steady_clock::now() + longest_wait]() -> std::optional<Reply> {
     return is_news() || std::chrono::steady_clock::now() > end ? std::optional(session_now()) : std::nullopt;

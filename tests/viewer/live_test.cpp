@@ -150,6 +150,11 @@ TEST_F(LiveTest, OnceEndsWithTheLastPage) {
     browser.Get(("/api/session?since=" + revision).c_str(), httplib::Headers{{"Cookie", page.cookie()}});
     EXPECT_FALSE(page.viewer().is_over());
   }
+  for (int i = 0; i < 6; ++i) {
+    page.json("/api/session?since=999");
+    EXPECT_FALSE(page.viewer().is_over()) << "a page that has news each time it asks never waits";
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
   for (int i = 0; i < 200 && !page.viewer().is_over(); ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }

@@ -104,7 +104,7 @@ export function showRegion(stage) {
 
   const update = () => {
     const { region } = store.state;
-    place.textContent = region ? `${region.width} × ${region.height} at ${region.x}, ${region.y}` : 'Shift and drag';
+    place.textContent = region ? `${region.width}\u00a0×\u00a0${region.height} at\u00a0${region.x},\u00a0${region.y}` : 'Shift and drag';
     byId('region', HTMLElement).classList.toggle('empty', !region);
     if (region) {
       ask();

@@ -126,7 +126,7 @@ export function showSeries(stage, session) {
     waiting.abort();
     waiting = new AbortController();
     const { signal } = waiting;
-    place.textContent = `x ${wanted.x}  y ${wanted.y}`;
+    place.textContent = `x\u00a0${wanted.x} y\u00a0${wanted.y}`;
     try {
       await fetchSeries(store.state.settings, wanted, source(), signal, (grown) => {
         if (renew && grown.frames.length < grown.count) {

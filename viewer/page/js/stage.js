@@ -179,6 +179,12 @@ export class Stage {
     return this.sizes.get(key) ?? (width && height ? { width, height } : null);
   }
 
+  /** What a panel says instead of a picture. @param {Settings} settings */
+  noFrame({ source }) {
+    const { name, live } = this.session.sources[source];
+    return `${name} has no frame${live ? ' yet' : ''}.`;
+  }
+
   /** The place of a panel; all panels are of one size. @returns {Box} */
   box() {
     return this.cells.values().next().value?.box ?? { left: 0, top: 0, width: 1, height: 1 };
@@ -245,7 +251,7 @@ export class Stage {
     for (const [key, cell] of this.cells) {
       const frame = this.frameFor(key, cell);
       const { kind, settings } = cell.wanted;
-      const error = hasFrame(this.session, settings) ? frame?.error ?? null : `${this.session.sources[settings.source].name} has no frame yet.`;
+      const error = hasFrame(this.session, settings) ? frame?.error ?? null : this.noFrame(settings);
       cell.message.hidden = error === null;
       cell.message.textContent = error;
       const images = imagesOf(kind, state.style);
