@@ -24,7 +24,7 @@ const rows = [
   ['S2', 's2', ({ s2 }) => [fixed(s2, 1), s2]],
   ['S1 / P', 'stokes1', ({ stokes }) => [fixed(stokes[0], 4), stokes[0]]],
   ['S2 / P', 'stokes2', ({ stokes }) => [fixed(stokes[1], 4), stokes[1]]],
-  ['Angle', 'angle', ({ angle }) => [`${fixed(angle, 2)}°`, angle]],
+  ['Angle', 'angle', ({ angle }) => [Number.isFinite(angle) ? `${fixed(angle, 2)}°` : '–', angle]],
   ['Degree', 'dolp', ({ dolp, facts }) => [fixed(dolp / facts.outputMaximum, 4), dolp]],
 ];
 

@@ -23,8 +23,11 @@ export function showStatus(stage, session) {
       element.textContent = text;
     }
   };
+  /** Of the last frame that has come, so that nothing flickers while the next one does. @type {import('./types.js').FrameFacts | null} */
+  let facts = null;
   stage.afterPaint.push(() => {
-    const facts = stage.frames.find(stage.store.edited)?.facts;
+    const frame = stage.frames.find(stage.store.edited);
+    facts = frame?.facts ?? (frame?.error ? null : facts);
     set(size, facts ? `${facts.width} × ${facts.height}, ${facts.bitDepth} bits` : '');
     set(route, session.route.replace(/;.*/, ''));
     const scale = stage.view().scale * stage.ratio;
