@@ -79,7 +79,7 @@ void write_tiff_page(TIFF* tiff, const FileKind& kind, int subfile_type, const s
     std::vector<std::uint16_t> map(std::size_t{1} << static_cast<unsigned>(kind.bits));
     TIFFSetField(tiff, TIFFTAG_COLORMAP, map.data(), map.data(), map.data());
   }
-  const auto width = static_cast<std::size_t>(kind.width * kind.channels);
+  const auto width = static_cast<std::size_t>(kind.width) * static_cast<std::size_t>(kind.channels);
   if (!kind.tiled) {
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 5);
     for (int y = 0; y < kind.height; ++y) {
@@ -131,14 +131,12 @@ Bytes odd_png(const FileKind& kind, const std::vector<std::uint16_t>& samples) {
     png_set_PLTE(png, info, colours, 2);
   }
   png_write_info(png, info);
-  const auto width = static_cast<std::size_t>(kind.width * kind.channels);
-  std::vector<Bytes> rows;
-  std::vector<png_bytep> pointers;
-  for (int y = 0; y < kind.height; ++y) {
-    rows.push_back(packed_row(samples.data() + static_cast<std::size_t>(y) * width, width, kind.bits, false));
-  }
-  for (Bytes& row : rows) {
-    pointers.push_back(row.data());
+  const auto width = static_cast<std::size_t>(kind.width) * static_cast<std::size_t>(kind.channels);
+  std::vector<Bytes> rows(static_cast<std::size_t>(kind.height));
+  std::vector<png_bytep> pointers(rows.size());
+  for (std::size_t y = 0; y < rows.size(); ++y) {
+    rows[y] = packed_row(samples.data() + y * width, width, kind.bits, false);
+    pointers[y] = rows[y].data();
   }
   png_write_image(png, pointers.data());
   png_write_end(png, info);
@@ -171,7 +169,7 @@ std::string error_of(const std::function<void()>& action) {
   try {
     action();
   } catch (const CodecError& error) {
-    const std::string sentence = error.what();
+    std::string sentence = error.what();
     EXPECT_EQ(sentence.find('\n'), std::string::npos) << sentence;
     EXPECT_NE(sentence.back(), '.') << sentence;
     return sentence;
@@ -180,7 +178,7 @@ std::string error_of(const std::function<void()>& action) {
 }
 
 std::string error_of_reading(const Bytes& bytes) {
-  const std::string sentence = error_of([&] {
+  std::string sentence = error_of([&] {
     const PictureFile file(bytes, "FILE", 1U << 20U);
     GreyPage page;
     for (std::size_t number = 0; number < file.page_count(); ++number) {
