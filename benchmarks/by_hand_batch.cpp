@@ -5,14 +5,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 #include <vector>
 
 #include "nerova_zel/polarization_processor.hpp"
 
 namespace {
-
-using File = std::FILE*;
 
 void require(bool good, const char* what) {
   if (!good) {
@@ -30,7 +29,7 @@ std::string head_of(int width, int height) {
 }
 
 std::string text_of(const char* path) {
-  const File file = std::fopen(path, "rb");
+  std::FILE* const file = std::fopen(path, "rb");
   require(file != nullptr, path);
   std::string text(4096, '\0');
   text.resize(std::fread(text.data(), 1, text.size(), file));
@@ -39,7 +38,7 @@ std::string text_of(const char* path) {
 }
 
 void write(const std::string& path, const std::string& head, const std::vector<std::uint16_t>& values) {
-  const File file = std::fopen(path.c_str(), "wb");
+  std::FILE* const file = std::fopen(path.c_str(), "wb");
   require(file != nullptr, path.c_str());
   std::setvbuf(file, nullptr, _IONBF, 0);
   const bool whole = std::fwrite(head.data(), 1, head.size(), file) == head.size() &&
@@ -47,13 +46,7 @@ void write(const std::string& path, const std::string& head, const std::vector<s
   require(std::fclose(file) == 0 && whole, path.c_str());
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  if (argc != 7 && argc != 8) {
-    std::fprintf(stderr, "usage: by_hand_batch FILE WIDTH HEIGHT FIRST END FOLDER [TEXTS]\n");
-    return 2;
-  }
+void run(int argc, char** argv) {
   const int width = std::atoi(argv[2]);
   const int height = std::atoi(argv[3]);
   const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
@@ -63,7 +56,7 @@ int main(int argc, char** argv) {
   std::vector<std::uint16_t> pixels(count);
   std::vector<std::uint16_t> azimuth(count);
   std::vector<std::uint16_t> degree(count);
-  const File file = std::fopen(argv[1], "rb");
+  std::FILE* const file = std::fopen(argv[1], "rb");
   require(file != nullptr, argv[1]);
   std::setvbuf(file, nullptr, _IONBF, 0);
   require(std::fseek(file, static_cast<long>(std::atol(argv[4]) * static_cast<long>(2 * count)), SEEK_SET) == 0,
@@ -83,5 +76,20 @@ int main(int argc, char** argv) {
     }
   }
   std::fclose(file);
-  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 7 && argc != 8) {
+    std::fprintf(stderr, "usage: by_hand_batch FILE WIDTH HEIGHT FIRST END FOLDER [TEXTS]\n");
+    return 2;
+  }
+  try {
+    run(argc, argv);
+    return 0;
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "%s\n", failure.what());
+    return 1;
+  }
 }
