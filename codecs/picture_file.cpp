@@ -16,8 +16,8 @@ Bytes whole(ByteSource& source) { return source.part(0, static_cast<std::size_t>
 
 }  // namespace
 
-PictureFile::PictureFile(const std::string& path, std::uint64_t pixel_limit)
-    : in_memory_(false), name_(path), pixel_limit_(pixel_limit) {
+PictureFile::PictureFile(std::string path, std::uint64_t pixel_limit)
+    : in_memory_(false), name_(std::move(path)), pixel_limit_(pixel_limit) {
   find_pages();
 }
 

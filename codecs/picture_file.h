@@ -22,7 +22,7 @@ enum class PictureFormat { png, tiff, pgm, npy };
  */
 class PictureFile {
  public:
-  explicit PictureFile(const std::string& path, std::uint64_t pixel_limit = default_pixel_limit);
+  explicit PictureFile(std::string path, std::uint64_t pixel_limit = default_pixel_limit);
 
   /** A file's bytes; `name` stands for it in errors. */
   PictureFile(Bytes bytes, std::string name, std::uint64_t pixel_limit = default_pixel_limit);
