@@ -23,6 +23,8 @@ import { hasFrame, isFollowing } from './sequence.js';
 
 /** Height of a panel's title and legend, for the choice of columns. */
 const besidePicture = 74;
+/** Sizes that are kept of frames that were shown. */
+const mostSizes = 1000;
 
 export class Stage {
   /**
@@ -174,6 +176,10 @@ export class Stage {
     const facts = this.frames.find(settings)?.facts;
     if (facts) {
       this.sizes.set(key, { width: facts.width, height: facts.height });
+      if (this.sizes.size > mostSizes) {  // a camera sends frames for hours
+        const [oldest] = this.sizes.keys();
+        this.sizes.delete(oldest);
+      }
     }
     const { width, height } = this.session.sources[source];
     return this.sizes.get(key) ?? (width && height ? { width, height } : null);
