@@ -22,6 +22,9 @@ class LogClient {
   LogClient(const LogClient&) = delete;
   LogClient& operator=(const LogClient&) = delete;
 
+  /** Whether records reach a logger. */
+  bool enabled() const noexcept { return enabled_; }
+
   /** Formats as printf does in the C locale. Returns whether the logger accepted the record; raises nothing, not even
    * out of memory. */
   [[gnu::format(printf, 6, 7)]] bool log(LogLevel level, const char* source_file, std::int32_t source_line,

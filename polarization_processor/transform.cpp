@@ -14,19 +14,19 @@ namespace nerova_zel {
 
 namespace {
 
-/** Runs from its construction. Counts that cannot be read stay 0. */
+/** Runs from its construction, if its time is wanted. Counts that cannot be read stay 0. */
 class Stopwatch {
  public:
-  Stopwatch() noexcept {
-    if (read_counter_frequency(frequency_)) {
+  explicit Stopwatch(bool wanted) noexcept : wanted_(wanted) {
+    if (wanted_ && read_counter_frequency(frequency_)) {
       read_counter(start_);
     }
   }
 
-  /** False when the counter cannot be read now. */
+  /** False when the counter cannot be read now, or was not to be read. */
   bool elapsed_microseconds(double& microseconds) const noexcept {
     std::int64_t end = 0;
-    if (!read_counter(end)) {
+    if (!wanted_ || !read_counter(end)) {
       return false;
     }
     microseconds = static_cast<double>(end - start_) / static_cast<double>(frequency_) * 1000000.0;
@@ -34,6 +34,7 @@ class Stopwatch {
   }
 
  private:
+  bool wanted_;
   std::int64_t frequency_ = 0;
   std::int64_t start_ = 0;
 };
@@ -143,7 +144,7 @@ std::int32_t transform(const LogClient& client, const TransformArguments& argume
   const bool has_vector_units = sizeof(void*) == 8 || arguments.processor != nullptr;
   const QuietX87 quiet_x87;
   const QuietVectorUnits quiet_vector_units(has_vector_units);
-  const Stopwatch stopwatch;
+  const Stopwatch stopwatch(client.enabled());
   const std::int32_t result = check(client, arguments);
   if (result == NV_POLARIZATION_PROCESSOR_SUCCESS) {
     try {
