@@ -11,6 +11,9 @@ set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# Where CMAKE_UNITY_BUILD is on, a target's sources are compiled several at a time.
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 10)
+
 # Shared libraries lie side by side, because the library looks for its companions beside itself.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
@@ -43,6 +46,7 @@ else()
 endif()
 
 if(WIN32)
+  add_compile_definitions($<$<COMPILE_LANGUAGE:C,CXX>:WIN32_LEAN_AND_MEAN> $<$<COMPILE_LANGUAGE:C,CXX>:NOMINMAX>)
   # Nothing but the system's own DLLs beside ours: the compiler's runtime is linked in. No time in the files, so that the
   # same sources give the same bytes.
   add_link_options(-static -Wl,--no-insert-timestamp)
@@ -97,10 +101,12 @@ endif()
 # it costs least. Left out there are checks of pointers that the address sanitizer makes anyway. Elsewhere sanitizers
 # watch what calls it; it has no state of its own.
 set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
+set(nerova_unwatched_lanes_flags)
 if(NEROVA_FUZZ)
   # No coverage either: the code has no decisions that an input could lead to.
   set(nerova_lanes_flags -O1 -g1 "SHELL:-mllvm -asan-stack=0" -fno-sanitize=fuzzer-no-link
     -fno-sanitize=null,object-size,pointer-overflow)
+  set(nerova_unwatched_lanes_flags -g0 -fno-sanitize=all -fno-sanitize=fuzzer-no-link)
 elseif(NEROVA_SANITIZE)
   # The second flag makes GCC leave the wide registers clean.
   set(nerova_lanes_flags -O1 -fexpensive-optimizations -g0 -fno-sanitize=all)
@@ -210,6 +216,11 @@ endfunction()
 function(nerova_set_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wundef
     -Wcast-align -Wformat=2 $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Wextra-semi>)
+  if(CMAKE_UNITY_BUILD)
+    # Between two sources that are compiled as one, neither means anything.
+    target_compile_options(${target} PRIVATE -Wno-shadow
+      $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
+  endif()
   if(NEROVA_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
   endif()

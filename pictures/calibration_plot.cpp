@@ -17,9 +17,7 @@ namespace nerova_zel {
 
 namespace {
 
-constexpr int page_width = 2400;
 constexpr int page_height = 1360;
-constexpr int margin = 56;
 const cv::Rect response_area(150, 220, 1290, 620);
 const cv::Rect residual_area(150, 980, 1290, 260);
 constexpr int table_left = 1560;

@@ -12,13 +12,9 @@ namespace nerova_zel {
 
 namespace {
 
-constexpr int page_width = 2400;
-constexpr int margin = 56;
-constexpr int gap = 40;
-constexpr int tallest_panel = 720;
-constexpr int header_height = 150;
-constexpr int title_height = 88;
-constexpr int legend_height = 190;
+constexpr int column_gap = 40;
+constexpr int tallest_plane = 720;
+constexpr int below_plane = 190;
 
 cv::Mat gained(const cv::Mat& plane, double gain) { return plane * gain; }
 
@@ -51,15 +47,14 @@ class ColourSheetPainter {
         style_(style),
         scales_(scales),
         box_(colour_sheet_panel(planes.size()).width, std::max(240, planes.front().power.rows)),
-        page_(header_height + 3 * (title_height + box_.height + legend_height), page_width, CV_8UC3, paper) {}
+        page_(header_height + 3 * (title_height + box_.height + below_plane), page_width, CV_8UC3, paper) {}
 
   cv::Mat paint() {
     draw_page_title(page_, content_.name,
                     cv::format("%d x %d pixels of %d bits, %s, origin %d,%d on the sensor; colours of %d x %d pixels",
                                content_.frame.width, content_.frame.height, content_.planes.front().bit_depth,
                                name_of(content_.pattern), content_.origin.x, content_.origin.y,
-                               content_.planes.front().frame.width, content_.planes.front().frame.height),
-                    margin);
+                               content_.planes.front().frame.width, content_.planes.front().frame.height));
     power_panel();
     frame_panel();
     pattern_panel();
@@ -70,8 +65,8 @@ class ColourSheetPainter {
 
  private:
   cv::Rect box(int column, int row) const {
-    return {margin + column * (box_.width + gap),
-            header_height + row * (title_height + box_.height + legend_height) + title_height, box_.width, box_.height};
+    return {margin + column * (box_.width + column_gap),
+            header_height + row * (title_height + box_.height + below_plane) + title_height, box_.width, box_.height};
   }
 
   void power_panel() {
@@ -173,7 +168,7 @@ class ColourSheetPainter {
 
 cv::Size colour_sheet_panel(std::size_t colours) {
   const int columns = static_cast<int>(colours);
-  return {(page_width - 2 * margin - (columns - 1) * gap) / columns, tallest_panel};
+  return {(page_width - 2 * margin - (columns - 1) * column_gap) / columns, tallest_plane};
 }
 
 cv::Mat draw_colour_sheet(const ColourPictureContent& content, const std::vector<SheetPlanes>& planes,

@@ -15,13 +15,9 @@ namespace nerova_zel {
 
 namespace {
 
-constexpr int page_width = 2400;
-constexpr int margin = 56;
 constexpr int gap = 44;
 constexpr int panel_width = (page_width - 2 * margin - 2 * gap) / 3;
 constexpr int tallest_panel = 1000;
-constexpr int header_height = 150;
-constexpr int title_height = 88;
 constexpr int legend_height = 170;
 constexpr int row_gap = 44;
 
@@ -79,8 +75,7 @@ cv::Mat SheetPainter::paint() {
                   cv::format("%d x %d pixels of %d bits, origin %d,%d on the sensor, outputs up to %d",
                              content_.frame.cols, content_.frame.rows, content_.bit_depth, content_.origin.x,
                              content_.origin.y, content_.output_maximum) +
-                      power_text(content_),
-                  margin);
+                      power_text(content_));
   light_panel(0, "Total power", "P = (I0 + I45 + I90 + I135) / 2", planes_.power, scales_.power, 0);
   azimuth_panel(1);
   degree_panel(2);

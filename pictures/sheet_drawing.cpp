@@ -149,7 +149,7 @@ void draw_frame(cv::Mat& page, const cv::Rect& area) {
   cv::rectangle(page, {area.x - 1, area.y - 1}, {area.br().x, area.br().y}, line_colour, 1);
 }
 
-void draw_page_title(cv::Mat& page, const std::string& name, const std::string& facts, int margin) {
+void draw_page_title(cv::Mat& page, const std::string& name, const std::string& facts) {
   std::string fitting = name;
   for (std::size_t kept = name.size() / 2; text_width(fitting, page_title_style) > page.cols - 2 * margin; --kept) {
     fitting = name.substr(0, kept) + "..." + name.substr(name.size() - kept);

@@ -9,6 +9,12 @@
 
 namespace nerova_zel {
 
+// What pages have in common, in pixels.
+inline constexpr int page_width = 2400;
+inline constexpr int margin = 56;          ///< left and right of all that a page shows
+inline constexpr int header_height = 150;  ///< of a sheet's name and facts
+inline constexpr int title_height = 88;    ///< of a panel's title and note
+
 enum class Align { left, centre, right };
 
 struct TextStyle {
@@ -60,7 +66,7 @@ void cover_pixel(cv::Mat& page, cv::Point at, const cv::Scalar& colour, double s
 void draw_frame(cv::Mat& page, const cv::Rect& area);
 
 /** The page's name, shortened in the middle if it is wider than the page, and a line of facts below it. */
-void draw_page_title(cv::Mat& page, const std::string& name, const std::string& facts, int margin);
+void draw_page_title(cv::Mat& page, const std::string& name, const std::string& facts);
 
 /** Title and note above `box`, and in its middle a picture of `size` pixels, each with its colour. */
 void draw_panel(cv::Mat& page, const cv::Rect& box, const std::string& title, const std::string& note,

@@ -11,7 +11,7 @@ namespace {
 
 /** Few, so that what is shown is new. */
 constexpr int buffers = 4;
-constexpr std::chrono::milliseconds look_again{100};
+constexpr std::chrono::milliseconds longest_wait{100};
 
 class AravisFeed : public CameraFeed {
  public:
@@ -24,7 +24,7 @@ class AravisFeed : public CameraFeed {
     const std::size_t length = frame_bytes(layout);
     camera_.start(buffers);
     for (std::uint64_t number = 0; !stop;) {
-      if (const std::optional<CameraFrame> frame = camera_.receive(look_again)) {
+      if (const std::optional<CameraFrame> frame = camera_.receive(longest_wait)) {
         RawFrame raw;
         unpack_frame("a frame of the camera", {frame->bytes, frame->bytes + length}, layout, raw);
         stream.add(number++, std::move(raw));

@@ -17,7 +17,7 @@ namespace {
 
 /** How long after its last change a file counts as one that grows. */
 constexpr std::chrono::seconds growing_time{5};
-constexpr std::chrono::milliseconds look_again{100};
+constexpr std::chrono::milliseconds between_looks{100};
 
 class StandardInput : public FrameFeed {
  public:
@@ -133,7 +133,7 @@ bool ViewedInputs::look_for_growth(Source& source) {
 
 std::uint64_t ViewedInputs::revision() {
   const std::lock_guard<std::mutex> lock(mutex_);
-  if (request_.headerless && request_.headerless->format && Clock::now() - looked_ > look_again) {
+  if (request_.headerless && request_.headerless->format && Clock::now() - looked_ > between_looks) {
     looked_ = Clock::now();
     for (Source& source : sources_) {
       if (!source.stream && look_for_growth(source)) {

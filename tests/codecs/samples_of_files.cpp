@@ -56,7 +56,7 @@ Bytes packed_row(const std::uint16_t* samples, std::size_t count, int bits, bool
   return row;
 }
 
-Bytes content_of(const std::filesystem::path& path) { return read_bytes(path.string()); }
+Bytes bytes_of(const std::filesystem::path& path) { return read_bytes(path.string()); }
 
 void write_tiff_page(TIFF* tiff, const FileKind& kind, int subfile_type, const std::vector<std::uint16_t>& samples) {
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kind.width);
@@ -142,7 +142,7 @@ Bytes odd_png(const FileKind& kind, const std::vector<std::uint16_t>& samples) {
   png_write_end(png, info);
   png_destroy_write_struct(&png, &info);
   std::fclose(file);
-  return content_of(path);
+  return bytes_of(path);
 }
 
 Bytes odd_tiff(const FileKind& kind, const std::vector<std::uint16_t>& samples) {
@@ -156,7 +156,7 @@ Bytes odd_tiff(const FileKind& kind, const std::vector<std::uint16_t>& samples) 
     std::rotate(page.begin(), page.begin() + 1, page.end());
   }
   TIFFClose(tiff);
-  return content_of(path);
+  return bytes_of(path);
 }
 
 GreyPage page_of(const Bytes& bytes, std::size_t page) {

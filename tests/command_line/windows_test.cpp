@@ -1,6 +1,4 @@
 // What is other on Windows: names of files, control events, a pipe that stays idle; and the program itself.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>

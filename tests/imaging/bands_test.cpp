@@ -16,7 +16,7 @@ namespace nerova_zel::test {
 namespace {
 
 /** Frames are of different depths, phases and origins, so that they take different kernels. */
-Frame frame_of(const std::vector<std::uint16_t>& samples, int width, int height, int number) {
+Frame banded_frame(const std::vector<std::uint16_t>& samples, int width, int height, int number) {
   Frame frame;
   frame.pixels = samples;
   frame.width = width;
@@ -51,7 +51,7 @@ TEST(Bands, GiveTheBitsOfOneCall) {
         const std::vector<std::uint16_t> samples = mixed_samples(static_cast<std::size_t>(width * height));
         for (const int bands : {2, 3, 5, 100}) {
           library.set_calibration(++number % 3 == 0 ? matrices : ideal);
-          const Frame frame = frame_of(samples, width, height, number);
+          const Frame frame = banded_frame(samples, width, height, number);
           FrameImages whole(samples.size());
           FrameImages banded(samples.size());
           library.transform(frame, outputs_of(whole, number));
@@ -87,7 +87,8 @@ TEST(Bands, OtherImagesAndStatisticsAreThoseOfTheWholeFrame) {
     for (const auto& [width, height] : std::vector<std::pair<int, int>>{
              {3, 2}, {64, 3}, {65, 16}, {2, 17}, {64, 18}, {65, 33}, {64, 35}, {2049, 130}, {1024, 261}}) {
       const std::vector<std::uint16_t> samples = mixed_samples(static_cast<std::size_t>(width * height));
-      const Frame frame = frame_of(samples, width, height, ++number * 6);  // at an origin that other images can have
+      const Frame frame =
+          banded_frame(samples, width, height, ++number * 6);  // at an origin that other images can have
       FrameImages images(samples.size());
       OtherImages whole(samples.size());
       compute_images(transform, library.calibration(), frame, whole.buffers(outputs_of(images, 0)), 1);
@@ -117,7 +118,7 @@ TEST(Bands, RunOnThreadsOfTheirOwnAndStartAtEvenRows) {
     threads.insert(std::this_thread::get_id());
     EXPECT_EQ((rows.pixels.data() - samples.data()) % 2048, 0);
   };
-  transform_in_bands(transform, frame_of(samples, 1024, 257, 0), outputs_of(images, 0),
+  transform_in_bands(transform, banded_frame(samples, 1024, 257, 0), outputs_of(images, 0),
                      bands_worth_a_thread(1024, 257, 8));
   EXPECT_EQ(threads.size(), 4U);
   EXPECT_EQ(bands_worth_a_thread(640, 64, 8), 1);
@@ -128,7 +129,7 @@ TEST(Bands, WriteNothingThatIsRefusedAndPassFailuresOn) {
   const Library library(NEROVA_LIBRARY);
   const auto transform = [&](const Frame& rows, const Outputs& outputs) { library.transform(rows, outputs); };
   const std::vector<std::uint16_t> samples = mixed_samples(64 * 32);
-  const Frame frame = frame_of(samples, 64, 32, 0);
+  const Frame frame = banded_frame(samples, 64, 32, 0);
   FrameImages images(samples.size());
   const FrameImages untouched = images;
   // Addresses that are equal at the frame's start differ in later bands.

@@ -15,7 +15,7 @@
 namespace nerova_zel::test {
 namespace {
 
-constexpr int output_maximum = 65535;
+constexpr int full_output = 65535;
 
 CameraSettings camera_at(int layout, const Origin& origin, const FrameSize& size) {
   CameraSettings camera;
@@ -91,7 +91,7 @@ TEST(ColourPhysics, EveryPixelOfEveryPlaneIsWithinItsBound) {
             return scene.seen_by(plane).light_at(0.5 * (left + right), 0.5 * (top + bottom));
           }};
       const BoundCheck check = check_bounds(sampled, result.outputs().values(Output::azimuth),
-                                            result.outputs().values(Output::dolp), output_maximum);
+                                            result.outputs().values(Output::dolp), full_output);
       EXPECT_EQ(check.outside, 0);
       EXPECT_GT(check.sharply_bounded, width * height / 20);
       if (!one.region) {

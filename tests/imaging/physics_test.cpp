@@ -11,7 +11,7 @@
 namespace nerova_zel::test {
 namespace {
 
-constexpr std::uint16_t output_maximum = 65535;
+constexpr std::uint16_t largest_output = 65535;
 
 /** A frame of a grey sensor. */
 SampledLight sampled_light(const SimulatedScene& scene, const CameraSettings& camera) {
@@ -43,9 +43,9 @@ TEST_P(PhysicsOfRoute, EveryPixelIsWithinItsBound) {
     camera.origin_y = origin_y;
     const SimulatedScene scene(camera.width, camera.height, {});
     const LibraryOutputs outputs =
-        transform_by_library(camera, simulate_frame(scene, camera), output_maximum, GetParam());
+        transform_by_library(camera, simulate_frame(scene, camera), largest_output, GetParam());
     const BoundCheck check =
-        check_bounds(sampled_light(scene, camera), outputs.azimuth.data(), outputs.dolp.data(), output_maximum);
+        check_bounds(sampled_light(scene, camera), outputs.azimuth.data(), outputs.dolp.data(), largest_output);
     EXPECT_EQ(check.outside, 0);
     // The bounds say something: on an eighth of the picture and more the angle is held to a degree.
     EXPECT_GT(check.sharply_bounded, camera.width * camera.height / 8);
@@ -69,7 +69,7 @@ TEST(Physics, NoiseIsThatOfThePhotons) {
   camera.layout = MosaicLayout(0);
   camera.origin_x = 1;
   const SimulatedScene scene(camera.width, camera.height, {});
-  const LibraryOutputs outputs = transform_by_library(camera, simulate_frame(scene, camera), output_maximum);
+  const LibraryOutputs outputs = transform_by_library(camera, simulate_frame(scene, camera), largest_output);
   const SampledLight sampled = sampled_light(scene, camera);
   double azimuth_squares = 0.0;
   double degree_squares = 0.0;
@@ -85,12 +85,12 @@ TEST(Physics, NoiseIsThatOfThePhotons) {
       }
       const double photons = truth.s0 * camera.full_well;
       const double azimuth_deviation = degrees_per_radian / (2.0 * degree * std::sqrt(photons));
-      azimuth_squares += std::pow(azimuth_error(outputs.azimuth[at], output_maximum, truth) / azimuth_deviation, 2);
+      azimuth_squares += std::pow(azimuth_error(outputs.azimuth[at], largest_output, truth) / azimuth_deviation, 2);
       ++azimuths;
       if (degree < 0.8) {  // degrees near 1 are cut off there
         const double degree_deviation = std::sqrt((1.0 - 0.5 * degree * degree) / photons);
         degree_squares +=
-            std::pow((outputs.dolp[at] / static_cast<double>(output_maximum) - degree) / degree_deviation, 2);
+            std::pow((outputs.dolp[at] / static_cast<double>(largest_output) - degree) / degree_deviation, 2);
         ++degrees;
       }
     }
