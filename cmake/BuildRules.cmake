@@ -91,6 +91,12 @@ if(NOT WIN32)
   endif()
 endif()
 
+# Options, texts and replies: nothing there is worth what more optimisation takes to compile.
+set(nerova_seldom_run_flags)
+if(NOT NEROVA_SANITIZE)
+  set(nerova_seldom_run_flags $<$<CONFIG:Release>:-O1>)
+endif()
+
 if(NEROVA_COVERAGE)
   add_compile_options(--coverage -fprofile-update=atomic)
   add_link_options(--coverage)
@@ -167,6 +173,9 @@ function(nerova_shared_library_rules target description def)
     endif()
   else()
     target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/version_note.c)
+    # On its own, so that the checks of what the objects hold know it by its name.
+    set_source_files_properties(${PROJECT_SOURCE_DIR}/cmake/version_note.c TARGET_DIRECTORY ${target}
+      PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     target_compile_definitions(${target} PRIVATE NEROVA_VERSION="${PROJECT_VERSION}")
     set(map ${CMAKE_CURRENT_SOURCE_DIR}/exports.map)
     if(EXISTS ${map})
