@@ -119,10 +119,10 @@ class RouteCases {
       : worker_name_(std::move(worker_name)), worker_(worker), route_(std::move(route)) {}
 
   void add_all() const {
-    if (is_one_of(route_, {"library", "library-alone", "sse41", "avx2", "avx512", "cpu-question", "clock", "cycles"})) {
+    if (is_one_of(route_, {"library", "library-alone", "sse41", "avx2", "avx512", "cpu-question", "cycles"})) {
       add(output_sets[std::size(output_sets) - 1], smallest, {});
     }
-    if (is_one_of(route_, {"cpu-question", "clock", "cycles", "library-alone"})) {
+    if (is_one_of(route_, {"cpu-question", "cycles", "library-alone"})) {
       return;
     }
     if (route_ != "sse2") {

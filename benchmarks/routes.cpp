@@ -14,7 +14,6 @@
 #include "kernels/built_in/kernel_selection.h"
 #include "nerova_zel/polarization_processor.h"
 #include "peers/plain_loop.h"
-#include "platform/high_resolution_counter.h"
 #include "streaming_limit.h"
 #ifdef NEROVA_OPENCV_PEER
 #include "peers/opencv_functions.h"
@@ -114,12 +113,6 @@ void count_cycles(const TransformParameters& /*parameters*/) {
   }
 }
 
-void read_clock_twice(const TransformParameters& /*parameters*/) {
-  std::int64_t count = 0;
-  read_counter(count);
-  read_counter(count);
-}
-
 const std::map<std::string, Route (*)()>& makers() {
   static const std::map<std::string, Route (*)()> routes = {
       {"sse2", [] { return built_in_route(false); }},
@@ -130,7 +123,6 @@ const std::map<std::string, Route (*)()>& makers() {
       {"library-alone", [] { return library_route(NEROVA_LIBRARY_ALONE); }},
       {"cpu-question", without_matrices<ask_processor>},
       {"cycles", without_matrices<count_cycles>},
-      {"clock", without_matrices<read_clock_twice>},
       {"stream", without_matrices<stream_frame>},
       {"stream-prefetched", without_matrices<stream_frame_prefetched>},
       {"stream-uncached", without_matrices<stream_frame_uncached>},

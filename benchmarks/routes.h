@@ -15,7 +15,7 @@ using Route = std::function<void(const TransformParameters& parameters, MatrixRo
  * sse2, sse41: the built-in forms; avx2, avx512: the plugins. Called directly, without the C interface.
  * library, library-alone: through the C interface, plugins beside the library or none, never a logger; default
  * calibration, whatever the matrices.
- * cpu-question, clock: nothing but what the library asks of the processor and of the clock once in every call.
+ * cpu-question: nothing but what the library asks of the processor once in every call.
  * cycles: a thousand cycles of the processor.
  * stream, stream-prefetched, stream-uncached: reads the frame, writes as many bytes as the outputs have, computes
  * nothing; see streaming_limit.h.

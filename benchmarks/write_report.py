@@ -136,7 +136,7 @@ class Report:
                          for route in self.fast)
         direct, through = (self.timings.get(route, "all", "16x16").microseconds for route in (self.ours[0], "library"))
         return f"""On the left the costs of a row and of a call are spread over few pixels: every row ends in pixels or a step of its own
-that mirror the edge, and every call through the C interface asks the processor and the clock (see below). Against the
+that mirror the edge, and every call through the C interface asks the processor (see below). Against the
 rate at 256 x 256, a row of a frame of 32 x 32 takes longer by
 {rows};
 and through the C interface a frame of 16 x 16 takes {1000 * through:.0f} ns instead of {1000 * direct:.0f}."""
@@ -164,11 +164,11 @@ written back. A route that computes longer hides part of that; {figures.LABELS[s
                 if not (self.timings.get(route, "all", "2x2", worker=worker)
                         and self.timings.get(direct, "all", "2x2", worker=worker)):
                     continue
-                parts = [nanoseconds(part, worker) for part in (route, "cpu-question", "clock", direct)]
+                parts = [nanoseconds(part, worker) for part in (route, "cpu-question", direct)]
                 rows.append([f"{worker}, {'plugins beside it' if route == 'library' else 'no plugins'}",
                              *(f"{part:.0f}" for part in parts), f"{parts[0] - sum(parts[1:]):.0f}"])
-        return table(["ns, 2 x 2 frame, all six outputs", "the call", "of that: CPUID", "two clock readings",
-                      "the four pixels", "the rest"], rows)
+        return table(["ns, 2 x 2 frame, all six outputs", "the call", "of that: CPUID", "the four pixels",
+                      "the rest"], rows)
 
     def spread(self):
         spreads = [timing.spread for case, timing in self.timings.cases.items() if case.size in SIZES]
@@ -265,7 +265,7 @@ The peers rise earlier, because the whole images that they keep in between take 
 Through the C interface, no logger beside the library. Each part is timed by itself in the same run; the four pixels are
 the same frame given directly to the kernel or plugin. CPUID is executed once in every call, because the choice between
 the built-in forms is executed each time; in a virtual machine it is a round trip to the hypervisor. The clock is read
-at the beginning and at the end for the record of the time taken. The rest is the argument checks, the dispatch,
+for the record of the time taken, and only where there is a logger. The rest is the argument checks, the dispatch,
 saving and restoring the caller's floating-point environment, and what the parts do to each other: CPUID empties the
 pipeline that the parts timed alone keep full.
 
