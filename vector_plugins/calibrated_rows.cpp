@@ -69,7 +69,7 @@ class CalibratedSource {
   VectorWeights vectors_[2];
 };
 
-template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
+template <bool equal_maximum, OutputSet outputs, bool streams>
 void calibrated_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = NEROVA_RULES<Float>;
   using Step = StepFor<false>;
@@ -78,14 +78,14 @@ void calibrated_row(const TransformParameters& images, const FrameConstants& con
   // registers.
   constexpr bool fused = ordinary && few_results(outputs);
   constexpr bool two_at_a_time = enough_registers && ordinary && results_only(outputs, 1);
-  compute_stretch<Step, equal_maximum, outputs, streams_pairs, two_at_a_time, Rules>(
+  compute_stretch<Step, equal_maximum, outputs, streams, two_at_a_time, Rules>(
       images, constants, stretch, CalibratedSource<Step, ordinary, fused>(stretch));
 }
 
 struct CalibratedRows {
-  template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
+  template <bool equal_maximum, OutputSet outputs, bool streams>
   static constexpr WideRow of() {
-    return calibrated_row<equal_maximum, outputs, streams_pairs>;
+    return calibrated_row<equal_maximum, outputs, streams>;
   }
 };
 

@@ -29,20 +29,20 @@ struct DefaultSource {
   }
 };
 
-template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
+template <bool equal_maximum, OutputSet outputs, bool streams>
 void default_row(const TransformParameters& images, const FrameConstants& constants, const RowStretch& stretch) {
   using Rules = DefaultRules<Float>;
   constexpr bool two_at_a_time =
       enough_registers && count_results(outputs) <= most_results_of_two_steps(has_pairs(outputs));
-  compute_stretch<StepFor<few_results(outputs)>, equal_maximum, outputs, streams_pairs, two_at_a_time, Rules>(
+  compute_stretch<StepFor<few_results(outputs)>, equal_maximum, outputs, streams, two_at_a_time, Rules>(
       images, constants, stretch, DefaultSource<NEROVA_FIRST_ANGLE>());
 }
 
 struct DefaultRows {
-  template <bool equal_maximum, OutputSet outputs, bool streams_pairs>
+  template <bool equal_maximum, OutputSet outputs, bool streams>
   static constexpr WideRow of() {
     if constexpr (distinct_angle(NEROVA_FIRST_ANGLE, outputs) == NEROVA_FIRST_ANGLE) {
-      return default_row<equal_maximum, outputs, streams_pairs>;
+      return default_row<equal_maximum, outputs, streams>;
     } else {
       return nullptr;
     }

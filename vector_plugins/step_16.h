@@ -77,8 +77,13 @@ struct Step16 {
     return {_mm256_min_epu16(narrow(first, second).v, maximum.results.v)};
   }
 
+  template <bool past_caches>
   NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), results.v);
+    if constexpr (past_caches) {  // to a multiple of 32
+      _mm256_stream_si256(reinterpret_cast<__m256i*>(to), results.v);
+    } else {
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), results.v);
+    }
   }
 
   /** The two vectors' pairs are not kept for each other: there are few registers. */
@@ -128,7 +133,10 @@ struct ApartStep16 {
     return {_mm256_shuffle_epi8(Step16::narrow(even, odd, maximum).v, turns)};
   }
 
-  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) { Step16::store_outputs(to, results); }
+  template <bool past_caches>
+  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) {
+    Step16::store_outputs<past_caches>(to, results);
+  }
 
  private:
   /** Every other one of 16 samples. */

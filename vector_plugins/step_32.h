@@ -55,7 +55,14 @@ struct Step32 {
     return {_mm512_min_epu16(narrow(even, odd).v, maximum.results.v)};
   }
 
-  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) { _mm512_storeu_si512(to, results.v); }
+  template <bool past_caches>
+  NEROVA_INLINE static void store_outputs(std::uint16_t* to, Results results) {
+    if constexpr (past_caches) {  // to the beginning of a cache line
+      _mm512_stream_si512(reinterpret_cast<__m512i*>(to), results.v);
+    } else {
+      _mm512_storeu_si512(to, results.v);
+    }
+  }
 
   static constexpr bool joins_pairs = true;
   /** Stores the (first, second) pairs of both vectors: 64 floats. */

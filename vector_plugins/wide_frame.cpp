@@ -18,10 +18,28 @@ namespace nerova_zel {
 namespace {
 
 constexpr std::size_t cache_line = 64;
-constexpr std::size_t pair_bytes = 2 * sizeof(float);
 
-/** Smaller images of Stokes pairs, below 8 MiB, belong into the caches. */
-constexpr std::size_t fewest_streamed_pixels = std::size_t{1} << 20U;
+/** Smaller images belong into the caches. */
+constexpr std::size_t fewest_streamed_bytes = std::size_t{8} << 20U;
+
+/** The image that rows may store past the caches. */
+struct StreamedImage {
+  std::uintptr_t address;
+  std::size_t pixel_bytes;
+
+  /** The Stokes pairs, or else one of the 16-bit outputs. */
+  static StreamedImage of(const OutputImages& images) {
+    static_assert(output_index<NormalizedStokesOutput> == 0, "found first");
+    StreamedImage found = {0, sizeof(std::uint16_t)};
+    Outputs::for_each([&](auto output) {
+      auto* const image = images.*output.image;
+      if (image != nullptr && found.address == 0) {
+        found = {reinterpret_cast<std::uintptr_t>(image), (output.is_pair ? 2 : 1) * sizeof(*image)};
+      }
+    });
+    return found;
+  }
+};
 
 /** A reciprocal as the sum of two floats. */
 struct SplitReciprocal {
@@ -85,22 +103,24 @@ struct RowEnd {
   }
 };
 
-/** The outputs of one step. */
-class StepOutputs {
+/** A call of one step whose outputs are kept beside the images. */
+class StepAside {
  public:
-  /** The same call with these as its images. */
-  TransformParameters in_place_of(const TransformParameters& parameters) {
-    TransformParameters redirected = parameters;
-    Outputs::for_each([&](auto output) { redirected.images.*output.image = place(output); });
-    return redirected;
+  explicit StepAside(const TransformParameters& parameters) : images_(parameters.images), call_(parameters) {
+    Outputs::for_each([&](auto output) { call_.images.*output.image = place(output); });
   }
+  StepAside(const StepAside&) = delete;
+  StepAside& operator=(const StepAside&) = delete;
 
-  /** Copies the first pixels of each wanted output to its image. */
-  void copy_to(const OutputImages& images, std::size_t first_pixel, std::size_t pixels) {
+  /** To be given to the code of a row, with element 0. */
+  const TransformParameters& call() const { return call_; }
+
+  /** Copies pixels of each wanted output, from the first of the step on, to its image. */
+  void copy(std::size_t first, std::size_t pixels, std::size_t element) {
     Outputs::for_each([&](auto output) {
       constexpr std::size_t elements = output.is_pair ? 2 : 1;
-      if (auto* const image = images.*output.image) {
-        copy_short(image + elements * first_pixel, place(output), elements * pixels * sizeof(*image));
+      if (auto* const image = images_.*output.image) {
+        copy_short(image + elements * element, place(output) + elements * first, elements * pixels * sizeof(*image));
       }
     });
   }
@@ -115,11 +135,13 @@ class StepOutputs {
     }
   }
 
+  const OutputImages& images_;
+  TransformParameters call_;
   float pairs_[2 * largest_step];
   std::uint16_t results_[Outputs::count][largest_step];
 };
 
-/** The code of a row, and the same with streamed pairs or NULL. */
+/** The code of a row, and the same that streams or NULL. */
 struct RowCode {
   WideRow plain;
   WideRow streaming;
@@ -185,11 +207,13 @@ class WideFrame {
         width_(static_cast<std::size_t>(parameters.width)),
         height_(static_cast<std::size_t>(parameters.height)),
         step_pixels_(calibrated_wide_rows.step_pixels),
+        streamed_(StreamedImage::of(parameters.images)),
+        streamed_unit_(std::min(cache_line, step_pixels_ * streamed_.pixel_bytes)),
         narrow_(width_ % 2 == 0 ? width_ < step_pixels_ : width_ <= step_pixels_) {
     const unsigned selection = pack_flags(kernel_flags(parameters, false)) % pixel_selection_count;
     compute_pixel_ = compute_pixel_table.routines[selection];
     const PolarPhase phase = std::max(parameters.phase, 0);
-    const bool streams = width_ * height_ >= fewest_streamed_pixels;
+    const bool streams = width_ * height_ * streamed_.pixel_bytes >= fewest_streamed_bytes;
     // Below a full scale of 7 a power may outgrow 32 bits before it is clamped.
     if (is_default_calibration(phase, matrices) && parameters.bit_depth >= 3) {
       static constexpr const WideRowTable* tables[phase_count] = {&default_wide_rows_0, &default_wide_rows_1,
@@ -258,38 +282,36 @@ class WideFrame {
             matrices_[2 * (y % 2) + 1]};
   }
 
-  std::uintptr_t pair_address(const Row& row, std::size_t column) const {
-    return reinterpret_cast<std::uintptr_t>(parameters_.images.normalized_stokes) + (row.element + column) * pair_bytes;
+  /** Bytes of the streamed image before a pixel, since a streamed stretch could have begun. */
+  std::size_t beyond_unit(const Row& row, std::size_t column) const {
+    return (streamed_.address + (row.element + column) * streamed_.pixel_bytes) % streamed_unit_;
   }
 
-  /** The code for whole steps from a column on. */
-  WideRow code_from(const Row& row, std::size_t column) const {
-    const bool streams = row.code.streaming != nullptr && pair_address(row, column) % cache_line == 0;
-    return streams ? row.code.streaming : row.code.plain;
-  }
-
-  /**
-   * Where the stretch of whole steps begins: at the first column or, for the sake of streaming, at one whose pairs
-   * begin a cache line, so far within the first step that few pixels are computed twice.
+  /** The first column at which a streamed stretch may begin, less than a step from the left; the width if there is
+   * none.
    */
-  std::size_t first_column(const Row& row) const {
-    const std::size_t beyond_line = pair_address(row, 0) % cache_line;
-    if (row.code.streaming == nullptr || beyond_line % (2 * pair_bytes) != 0 || width_ <= 2 * step_pixels_) {
-      return 0;
+  std::size_t first_streamed_column(const Row& row) const {
+    const std::size_t beyond = beyond_unit(row, 0);
+    if (beyond % (2 * streamed_.pixel_bytes) != 0) {
+      return width_;
     }
-    return beyond_line == 0 ? 0 : step_pixels_ - beyond_line / pair_bytes;
+    return beyond == 0 ? 0 : (streamed_unit_ - beyond) / streamed_.pixel_bytes;
   }
 
   void compute_wide_rows() const {
     RowEnds ends(*this);
     StoreTrial trial;
+    StepAside aside(parameters_);
     for (std::size_t y = 0; y < height_; ++y) {
       ends.advance_to(y);
-      Row row = make_row(y);
-      if (row.code.streaming != nullptr && !trial.streams(y)) {
-        row.code.streaming = nullptr;
+      const Row row = make_row(y);
+      const bool streams = row.code.streaming != nullptr && trial.streams(y);
+      const std::size_t first = streams ? first_streamed_column(row) : width_;
+      if (first + 2 * step_pixels_ <= width_) {
+        compute_streamed_steps(row, ends, first, aside);
+      } else {
+        row.code.plain(parameters_, constants_, stretch_from(row, 0, &ends));
       }
-      compute_steps(row, ends);
       if (width_ % 2 != 0) {
         compute_pixel(y, width_ - 1);
       }
@@ -299,46 +321,64 @@ class WideFrame {
     }
   }
 
-  /** Whole steps while their right partners lie in the row; the last step overlaps the one before. */
-  void compute_steps(const Row& row, const RowEnds& ends) const {
-    RowStretch stretch = {row.own, row.partner, row.element, step_pixels_, row.even_matrix, row.odd_matrix, {}};
-    const std::size_t first = first_column(row);
-    if (first != 0) {
-      row.code.plain(parameters_, constants_, stretch);
-      stretch.own += first;
-      stretch.partner += first;
-      stretch.element += first;
-    }
+  /**
+   * Whole steps from a column on while their right partners lie in the row and, unless ends is NULL, a last one that
+   * overlaps the one before.
+   */
+  RowStretch stretch_from(const Row& row, std::size_t first, const RowEnds* ends) const {
     const std::size_t whole_steps = (width_ - 1 - first) / step_pixels_ * step_pixels_;
-    stretch.pixels = whole_steps;
-    const bool width_even = width_ % 2 == 0;
-    const std::size_t last_column = width_ - (width_even ? 0 : 1) - step_pixels_;
-    const WideRow code = code_from(row, first);
-    const WideRow last_code = code_from(row, last_column);
-    if (code != last_code) {
-      code(parameters_, constants_, stretch);
-      stretch.pixels = 0;
+    RowStretch stretch = {
+        row.own + first, row.partner + first, row.element + first, whole_steps, row.even_matrix, row.odd_matrix, {}};
+    if (ends != nullptr && first + whole_steps != last_column() + step_pixels_) {
+      stretch.last = last_step(row, *ends, first);
     }
+    return stretch;
+  }
+
+  /** Of the last step of a row. */
+  std::size_t last_column() const { return width_ - (width_ % 2 == 0 ? 0 : 1) - step_pixels_; }
+
+  LastStep last_step(const Row& row, const RowEnds& ends, std::size_t first) const {
+    const std::size_t column = last_column();
     // One by one: the row reads each by itself, and would have to wait for what two of them were stored together.
-    if (first + whole_steps != last_column + step_pixels_) {
-      stretch.last.own = width_even ? ends.own(row.y) : row.own + last_column;
-      stretch.last.partner = width_even ? ends.partner(row.y) : row.partner + last_column;
-      stretch.last.x = last_column - first;
+    const bool mirrors = width_ % 2 == 0;
+    return {mirrors ? ends.own(row.y) : row.own + column, mirrors ? ends.partner(row.y) : row.partner + column,
+            column - first};
+  }
+
+  /** A line that is both stored and streamed goes to memory and back: ends of a row that fill none are copied. */
+  void compute_streamed_steps(const Row& row, const RowEnds& ends, std::size_t first, StepAside& aside) const {
+    const std::size_t last = last_column();
+    const bool last_streamed = beyond_unit(row, last) == 0;
+    if (first != 0) {
+      compute_aside(row, row.own, row.partner, aside);
+      aside.copy(0, first, row.element);
     }
-    last_code(parameters_, constants_, stretch);
+    const RowStretch stretch = stretch_from(row, first, last_streamed ? &ends : nullptr);
+    row.code.streaming(parameters_, constants_, stretch);
+    const std::size_t computed = first + stretch.pixels;
+    const std::size_t end = last + step_pixels_;
+    if (!last_streamed && computed != end) {
+      const LastStep step = last_step(row, ends, 0);
+      compute_aside(row, step.own, step.partner, aside);
+      aside.copy(computed - last, end - computed, row.element + computed);
+    }
+  }
+
+  void compute_aside(const Row& row, const std::uint16_t* own, const std::uint16_t* partner,
+                     const StepAside& aside) const {
+    row.code.plain(aside.call(), constants_, {own, partner, 0, step_pixels_, row.even_matrix, row.odd_matrix, {}});
   }
 
   /** Rows shorter than a step, computed beside the images and copied into them. */
   void compute_narrow_rows() const {
     RowEnds ends(*this);
-    StepOutputs outputs;
-    const TransformParameters redirected = outputs.in_place_of(parameters_);
+    StepAside aside(parameters_);
     for (std::size_t y = 0; y < height_; ++y) {
       ends.advance_to(y);
       const Row row = make_row(y);
-      row.code.plain(redirected, constants_,
-                     {ends.own(y), ends.partner(y), 0, step_pixels_, row.even_matrix, row.odd_matrix, {}});
-      outputs.copy_to(parameters_.images, row.element, width_);
+      compute_aside(row, ends.own(y), ends.partner(y), aside);
+      aside.copy(0, width_, row.element);
     }
   }
 
@@ -368,7 +408,9 @@ class WideFrame {
   std::size_t width_;
   std::size_t height_;
   std::size_t step_pixels_;
-  bool narrow_;  ///< rows are shorter than a step
+  StreamedImage streamed_;
+  std::size_t streamed_unit_;  ///< at a multiple of which a streamed stretch begins
+  bool narrow_;                ///< rows are shorter than a step
   ComputePixel compute_pixel_;
   RowCode code_[2];  ///< by the row's parity
 };

@@ -47,8 +47,9 @@ constexpr std::size_t largest_step = 32;
 struct WideRowTable {
   WideRow rows[pixel_selection_count];
   /**
-   * The same with the Stokes pairs stored past the caches, which must begin at a cache line and needs a store fence
-   * before others may read them; only for selections with pairs.
+   * The same with one image stored past the caches, the Stokes pairs or, where it is alone, a 16-bit output. The
+   * stretch must begin in it at a cache line or at a multiple of a step's bytes, and a store fence is needed before
+   * others may read it. NULL for other selections.
    */
   WideRow streaming_rows[pixel_selection_count];
   std::size_t step_pixels;  ///< that the code computes at a time; even, at most largest_step, the same for all tables

@@ -32,6 +32,14 @@ constexpr bool results_only(OutputSet outputs, unsigned most) {
 }
 constexpr bool few_results(OutputSet outputs) { return results_only(outputs, 2); }
 
+/** What a row may store past the caches: the pairs, or a 16-bit output that is alone. */
+constexpr OutputSet streamable_outputs(OutputSet outputs) {
+  if (has_pairs(outputs)) {
+    return output_bit<NormalizedStokesOutput>;
+  }
+  return results_only(outputs, 1) ? outputs : 0;
+}
+
 /** Eight vector registers, those of 32-bit code, do not suffice for two steps at a time. */
 constexpr bool enough_registers = sizeof(void*) == 8;
 
@@ -63,8 +71,8 @@ NEROVA_INLINE void prepare_to_read(const std::uint16_t* samples) {
   __builtin_prefetch(reinterpret_cast<const char*>(samples) + distance);
 }
 
-/** Where the results of vector 0 or 1 of a step go. */
-template <class Step, class Rules, bool streams_pairs, int vector>
+/** Where the results of vector 0 or 1 of a step go; the streamed outputs past the caches. */
+template <class Step, class Rules, OutputSet streamed, int vector>
 struct StepTarget {
   const OutputImages& images;
   const OutputMaximum& maximum;
@@ -74,15 +82,16 @@ struct StepTarget {
   template <class Output>
   NEROVA_INLINE void store(Output /*output*/, const NormalizedStokes<Float>& pair) const {
     float* const to = images.*Output::image + 2 * element;
-    if constexpr (vector == 0 && !streams_pairs) {
+    constexpr bool past_caches = is_streamed<Output>;
+    if constexpr (vector == 0 && !past_caches) {
       prepare_to_write<2 * Step::pixels * sizeof(float)>(to);
     }
     if constexpr (!Step::joins_pairs) {
-      Step::template store_pairs<streams_pairs>(to, vector, pair);
+      Step::template store_pairs<past_caches>(to, vector, pair);
     } else if constexpr (vector == 0) {
       waiting.pairs = pair;
     } else {
-      Step::template store_pairs<streams_pairs>(to, waiting.pairs, pair);
+      Step::template store_pairs<past_caches>(to, waiting.pairs, pair);
     }
   }
 
@@ -93,12 +102,18 @@ struct StepTarget {
       pending = value;
     } else {
       std::uint16_t* const to = images.*Output::image + element;
-      prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(to);
-      Step::store_outputs(to, narrow(pending, value));
+      constexpr bool past_caches = is_streamed<Output>;
+      if constexpr (!past_caches) {
+        prepare_to_write<Step::pixels * sizeof(std::uint16_t)>(to);
+      }
+      Step::template store_outputs<past_caches>(to, narrow(pending, value));
     }
   }
 
  private:
+  template <class Output>
+  static constexpr bool is_streamed = (streamed & output_bit<Output>) != 0;
+
   NEROVA_INLINE typename Step::Results narrow(Float first, Float second) const {
     if constexpr (Rules::clamps_results) {
       return Step::narrow(first, second, maximum);
@@ -130,10 +145,11 @@ struct StepSamples {
  * Walks a stretch. Source gives the Stokes parameters of vector i of a step. Two steps at a time where that leaves
  * enough registers: the instructions of one fill the waits of the other.
  */
-template <class Step, bool equal_maximum, OutputSet outputs, bool streams_pairs, bool two_at_a_time, class Rules,
+template <class Step, bool equal_maximum, OutputSet outputs, bool streams, bool two_at_a_time, class Rules,
           class Source>
 NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const FrameConstants& constants,
                                    const RowStretch& row_stretch, const Source& source) {
+  constexpr OutputSet streamed = streams ? streamable_outputs(outputs) : 0;
   const auto rules = make_rules<Rules>(constants);
   const OutputMaximum maximum(constants.output_maximum);
   // Copies the stores below cannot alias, so that the pointers in them stay in registers.
@@ -151,14 +167,14 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
   const auto compute = [&](const StepSamples<Step>& samples, std::size_t x) __attribute__((always_inline)) {
     PendingOutputs waiting;
     const std::size_t element = stretch.element + x;
-    compute_outputs<equal_maximum, outputs>(
-        rules, source.stokes(samples, 0), StepTarget<Step, Rules, streams_pairs, 0>{images, maximum, element, waiting});
+    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 0),
+                                            StepTarget<Step, Rules, streamed, 0>{images, maximum, element, waiting});
     if constexpr (pairs_keep_order && outputs == output_bit<NormalizedStokesOutput>) {
       // The compiler moves nothing across.
       __asm__ volatile("");
     }
-    compute_outputs<equal_maximum, outputs>(
-        rules, source.stokes(samples, 1), StepTarget<Step, Rules, streams_pairs, 1>{images, maximum, element, waiting});
+    compute_outputs<equal_maximum, outputs>(rules, source.stokes(samples, 1),
+                                            StepTarget<Step, Rules, streamed, 1>{images, maximum, element, waiting});
   };
   std::size_t x = 0;
   if constexpr (two_at_a_time) {
@@ -185,8 +201,8 @@ NEROVA_INLINE void compute_stretch(const TransformParameters& parameters, const 
   }
 }
 
-/** The row that Rows::of<equal_maximum, outputs, streams_pairs>() names, or NULL where it has none. */
-template <class Rows, bool streams_pairs, unsigned index>
+/** The row that Rows::of<equal_maximum, outputs, streams>() names, or NULL where it has none. */
+template <class Rows, bool streams, unsigned index>
 constexpr WideRow choose_row() {
   constexpr PixelSelection selection = pixel_selection(index);
 #if defined(NEROVA_ONLY_OUTPUTS)  // where the rows are compiled once more for a test
@@ -194,8 +210,8 @@ constexpr WideRow choose_row() {
 #else
   constexpr bool is_wanted = selection.outputs != 0;
 #endif
-  if constexpr (is_wanted && (!streams_pairs || has_pairs(selection.outputs))) {
-    return Rows::template of<selection.equal_maximum, selection.outputs, streams_pairs>();
+  if constexpr (is_wanted && (!streams || streamable_outputs(selection.outputs) != 0)) {
+    return Rows::template of<selection.equal_maximum, selection.outputs, streams>();
   } else {
     return nullptr;
   }

@@ -30,7 +30,7 @@ struct Options {
   std::string route_name;
   bool stand_in = false;
   int random_frames = 40000;
-  int large_frames = 3;
+  int large_frames = 4;
   std::uint64_t seed = 1;
   int only = -1;
 };
@@ -165,16 +165,25 @@ class Campaign {
   /** Large enough for stores that bypass the caches, with rows that begin at every place of a cache line; and short
    * rows. */
   void large_frames() {
+    struct LargeFrame {
+      int width;
+      int height;
+      unsigned outputs[2];
+    };
     constexpr unsigned stokes_pairs = 1;
-    CaseRunner runner(processor_, rules_, std::size_t{1031} * 1019);
-    constexpr std::pair<int, int> sizes[] = {{1031, 1019}, {1030, 1019}, {62, 16930}};
+    constexpr unsigned total_power = 2;
+    constexpr unsigned diagonal = 8;
+    constexpr LargeFrame frames[] = {{1031, 1019, {all_outputs, stokes_pairs}},
+                                     {4130, 1019, {total_power, diagonal}},
+                                     {1030, 1019, {all_outputs, stokes_pairs}},
+                                     {62, 16930, {all_outputs, stokes_pairs}}};
+    CaseRunner runner(processor_, rules_, std::size_t{4130} * 1019);
     for (int i = 0; i < options_.large_frames; ++i) {
-      const auto& [width, height] = sizes[i];
+      const auto& [width, height, outputs] = frames[i];
       FrameCase frame_case = random_frame(width, height, random_.one_in(2));
       frame_case.matrices = width % 2 == 0 ? MatrixKind::Default : MatrixKind::Mild;
-      run_frame(
-          runner, frame_case,
-          {uniform_call(all_outputs, Placement::BeforeGuard), uniform_call(stokes_pairs, Placement::BeforeGuard)});
+      run_frame(runner, frame_case,
+                {uniform_call(outputs[0], Placement::BeforeGuard), uniform_call(outputs[1], Placement::BeforeGuard)});
     }
   }
 
