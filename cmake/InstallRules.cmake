@@ -9,10 +9,7 @@ install(TARGETS nerova_zel_polarization_processor EXPORT nerova_polarization_pro
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 # Nothing links with the companions, so they lie in a folder below the library's, where it looks for them too.
-set(companions
-  nerova_zel_logger
-  nerova_zel_polarization_processor_vector_avx2
-  nerova_zel_polarization_processor_vector_avx512)
+set(companions nerova_zel_logger ${nerova_plugin_libraries})
 if(TARGET nerova_zel_imaging)
   set_target_properties(nerova_zel_imaging PROPERTIES EXPORT_NAME imaging)
   install(TARGETS nerova_zel_imaging EXPORT nerova_polarization_processor
