@@ -1,11 +1,5 @@
 #include "routes.h"
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
-
 #include <cstdint>
 #include <map>
 #include <stdexcept>
@@ -15,6 +9,7 @@
 #include "nerova_zel/polarization_processor.h"
 #include "peers/plain_loop.h"
 #include "streaming_limit.h"
+#include "support/module_file.h"
 #ifdef NEROVA_OPENCV_PEER
 #include "peers/opencv_functions.h"
 #endif
@@ -26,15 +21,11 @@ namespace {
 /** A file that stays loaded. */
 class Module {
  public:
-  explicit Module(const std::string& path) : module_(open(path)) {
-    if (module_ == nullptr) {
-      throw std::runtime_error("cannot load " + path);
-    }
-  }
+  explicit Module(const std::string& path) : module_(test::open_module(path)) {}
 
   template <class Function>
   Function* find(const std::string& name) const {
-    auto* const function = reinterpret_cast<Function*>(find_name(name.c_str()));
+    auto* const function = reinterpret_cast<Function*>(test::find_name(module_, name.c_str()));
     if (function == nullptr) {
       throw std::runtime_error("no entry " + name);
     }
@@ -42,20 +33,7 @@ class Module {
   }
 
  private:
-#if defined(_WIN32)
-  static HMODULE open(const std::string& path) {
-    SetDllDirectoryA(path.substr(0, path.rfind('/')).c_str());  // as if it were the program's own folder
-    return LoadLibraryA(path.c_str());
-  }
-  void* find_name(const char* name) const { return reinterpret_cast<void*>(GetProcAddress(module_, name)); }
-
-  HMODULE module_;
-#else
-  static void* open(const std::string& path) { return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL); }
-  void* find_name(const char* name) const { return dlsym(module_, name); }
-
   void* module_;
-#endif
 };
 
 Route built_in_route(bool sse41) {

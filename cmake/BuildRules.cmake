@@ -107,15 +107,20 @@ endif()
 # it costs least. Left out there are checks of pointers that the address sanitizer makes anyway. Elsewhere sanitizers
 # watch what calls it; it has no state of its own.
 set(nerova_lanes_flags ${NEROVA_LANES_OPTIMIZATION})
+set(nerova_watched_rows)
 set(nerova_unwatched_lanes_flags)
 if(NEROVA_FUZZ)
   # No coverage either: the code has no decisions that an input could lead to.
   set(nerova_lanes_flags -O1 -g1 "SHELL:-mllvm -asan-stack=0" -fno-sanitize=fuzzer-no-link
     -fno-sanitize=null,object-size,pointer-overflow)
+  set(nerova_watched_rows default_rows_0|avx2_calibrated_rows)
   set(nerova_unwatched_lanes_flags -g0 -fno-sanitize=all -fno-sanitize=fuzzer-no-link)
 elseif(NEROVA_SANITIZE)
   # The second flag makes GCC leave the wide registers clean.
   set(nerova_lanes_flags -O1 -fexpensive-optimizations -g0 -fno-sanitize=all)
+elseif(NEROVA_COVERAGE)
+  set(nerova_watched_rows calibrated_rows|ordinary_rows|default_rows_0)
+  set(nerova_unwatched_lanes_flags -fno-profile-arcs -fno-test-coverage)
 endif()
 
 # A sanitizer's functions come with the program, so its libraries must be allowed to leave them undefined.
