@@ -52,8 +52,10 @@ TEST(OddFormats, TiffOfEveryDepthCompressionAndOrder) {
         kind.big_endian = tiled == (compression == COMPRESSION_LZW);
         kind.predictor = bits == 16 && compression == COMPRESSION_LZW ? 2 : 1;
         kind.colour = PHOTOMETRIC_MINISBLACK;
+        kind.orientation = tiled ? 1 : 0;
         const GreyPage page = page_of(odd_tiff(kind, samples_of(kind)));
         EXPECT_EQ(page.pixels, read_values(samples_of(kind), bits)) << bits << " bits, compression " << compression;
+        EXPECT_EQ(page.facts.orientation, 1);
         EXPECT_EQ(page.facts.stored_bits, bits < 8 ? 8 : bits);
       }
     }

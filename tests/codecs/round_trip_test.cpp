@@ -221,6 +221,8 @@ TEST(Texts, ComeBackFromEveryKindOfFile) {
     }
   }
   EXPECT_TRUE(read_texts(folder / "none.png").empty());
+  put("own.json", {json.begin(), json.end()});
+  EXPECT_TRUE(read_texts(folder / "own.json").empty()) << "beside no array";
 }
 
 }  // namespace

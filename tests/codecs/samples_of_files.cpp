@@ -62,11 +62,13 @@ void write_tiff_page(TIFF* tiff, const FileKind& kind, int subfile_type, const s
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kind.width);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kind.height);
   TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, kind.bits);
-  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, kind.channels);
   TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.colour);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, kind.compression);
   TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, kind.format);
-  TIFFSetField(tiff, TIFFTAG_ORIENTATION, kind.orientation);
+  if (kind.orientation != 0) {
+    TIFFSetField(tiff, TIFFTAG_ORIENTATION, kind.orientation);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, kind.channels);
+  }
   TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, subfile_type);
   TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
   if (kind.predictor != 1) {

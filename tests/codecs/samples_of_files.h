@@ -34,7 +34,7 @@ struct FileKind {
   bool tiled = false;                    ///< TIFF: tiles of 16 x 16
   bool big_endian = false;               ///< TIFF
   int format = 1;                        ///< TIFF's sample format
-  int orientation = 1;                   ///< TIFF
+  int orientation = 1;                   ///< TIFF; 0: leaves out it and the number of channels
   int greatest = 0;                      ///< TIFF's MaxSampleValue
   std::vector<int> subfile_types = {0};  ///< TIFF, one for each page
 };

@@ -99,6 +99,10 @@ static void check_images(nv_polarization_processor* processor) {
   CHECK(nv_imaging_compute_statistics(processor, &frame, left, NV_IMAGING_WEIGHT_EQUAL, 1, &half) == 0);
   CHECK(all.pixels == count && half.pixels == count / 2 && fabs(all.mean_angle - half.mean_angle) < 1.0);
   CHECK(nv_imaging_add_statistics(&both, &half) == 0 && memcmp(&both, &half, sizeof(both)) == 0);
+  const int32_t least[4] = {width - 2, height - 2, 2, 2}, narrow[4] = {0, 0, 1, 2}, low[4] = {0, 0, 2, 1};
+  CHECK(nv_imaging_compute_statistics(processor, &frame, least, 0, 1, &half) == 0 && half.pixels == 4);
+  CHECK(nv_imaging_compute_statistics(processor, &frame, narrow, 0, 1, &half) == NV_IMAGING_ERROR_ARGUMENT);
+  CHECK(nv_imaging_compute_statistics(processor, &frame, low, 0, 1, &half) == NV_IMAGING_ERROR_ARGUMENT);
   const int32_t beyond[4] = {1, 0, width, height};
   CHECK(nv_imaging_compute_statistics(processor, &frame, beyond, 0, 1, &half) == NV_IMAGING_ERROR_ARGUMENT);
 

@@ -102,6 +102,15 @@ TEST(Physics, NoiseIsThatOfThePhotons) {
 }
 
 // Fresnel's equations in their well-known special cases.
+TEST(Physics, LightOfTheLastPixelsIsThatOfTheirNeighbours) {
+  const CameraSettings camera;
+  const SimulatedScene scene(camera.width, camera.height, {});
+  const int x = camera.width / 2;
+  const int y = camera.height / 2;
+  EXPECT_EQ(true_light(scene, camera, camera.width - 1, y).s0, true_light(scene, camera, camera.width - 2, y).s0);
+  EXPECT_EQ(true_light(scene, camera, x, camera.height - 1).s0, true_light(scene, camera, x, camera.height - 2).s0);
+}
+
 TEST(Physics, SphereFollowsFresnel) {
   SceneSettings settings;
   settings.body_albedo = 0.0;
