@@ -95,6 +95,9 @@ TEST(Bands, OtherImagesAndStatisticsAreThoseOfTheWholeFrame) {
       OtherImages alone(samples.size());
       compute_images(transform, library.calibration(), frame, alone.buffers({}), 3);
       EXPECT_TRUE(alone == whole) << width << " x " << height;
+      OtherImages banded(samples.size());
+      compute_images(transform, library.calibration(), frame, banded.buffers(outputs_of(images, 0)), 3);
+      EXPECT_TRUE(banded == whole) << width << " x " << height;
 
       OutputImages outputs(statistics_outputs());
       outputs.allocate(width, height);

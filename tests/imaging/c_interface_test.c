@@ -131,6 +131,11 @@ static void check_calibration(void) {
   }
   pixels[3] = 5000; /* more than 12 bits */
   CHECK(nv_imaging_set_dark_frame(series, "dark", &frame) == NV_IMAGING_ERROR_DATA);
+  scene.bit_depth = 17;
+  CHECK(nv_imaging_simulate(&scene, pixels, NULL, NULL, NULL) == NV_IMAGING_ERROR_ARGUMENT);
+  scene.bit_depth = 16;
+  CHECK(nv_imaging_simulate(&scene, pixels, NULL, NULL, NULL) == 0);
+  scene = even_scene(0.0);
   memset(scene.light, 0, sizeof(scene.light));
   CHECK(nv_imaging_simulate(&scene, pixels, NULL, NULL, NULL) == 0);
   CHECK(nv_imaging_set_dark_frame(series, "dark", &frame) == 0);

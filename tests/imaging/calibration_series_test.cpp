@@ -88,9 +88,13 @@ TEST_F(SeriesTest, FramesMustGoTogether) {
   expect_failure([&] { good.add("deep", 20, even, 10); }, {"deep", "10 bits"});
   camera_.width = 34;
   expect_failure([&] { good.add("wide", 20, frame(0.7, 20), 12); }, {"wide has 34 x 32", "at 0 has 32 x 32"});
-  camera_.width = 6;
+  camera_.width = 8;
+  camera_.height = 8;
+  series({0});
+  camera_.height = 7;
   expect_failure([&] { series({0}); }, {"at 0", "8 x 8"});
   camera_.width = 32;
+  camera_.height = 32;
   CalibrationSeries first(camera_.layout, {0, 0});
   expect_failure([&] { first.add("bright", 20, even, 10); }, {"bright", "10 bits"}, Fact::value_too_great);
   camera_.dark_level = 1000;

@@ -64,6 +64,8 @@ TEST(Statistics, MeansAreThoseOfAxes) {
 }
 
 TEST(Statistics, CountsAreThoseOfTheImages) {
+  EXPECT_STREQ(name_of(CountedImage::frame), "frame");
+  EXPECT_STREQ(name_of(CountedImage::diagonal), "diagonal");
   RawFrame frame{61, 30, 12, 16, std::vector<std::uint16_t>(std::size_t{61} * 30)};
   std::mt19937 generator(11);
   std::generate(frame.pixels.begin(), frame.pixels.end(),
