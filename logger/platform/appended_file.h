@@ -29,7 +29,7 @@ class AppendedFile {
   std::optional<std::uint64_t> size_at(const std::filesystem::path& path) const noexcept;
 
   /** All at once at the present end, whoever else appends. On failure nothing is left of it. */
-  bool append(const char* text, std::size_t length) const noexcept;
+  bool append(const char* text, std::size_t length) noexcept;
 
   /** What was appended is on the disk afterwards. */
   bool force_to_disk() const noexcept;
@@ -44,6 +44,7 @@ class AppendedFile {
   std::intptr_t handle_ = none;
   std::uint64_t volume_ = 0;  ///< with identity_: which file it is, whatever its name
   std::uint64_t identity_ = 0;
+  [[maybe_unused]] bool gave_up_ = false;  ///< waiting for another process's append, where the platform needs it
 };
 
 /** Removes the file, even if other processes have it open: unless the system refuses, its name is free afterwards. */

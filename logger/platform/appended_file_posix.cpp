@@ -69,7 +69,7 @@ std::optional<std::uint64_t> AppendedFile::size_at(const std::filesystem::path& 
   return S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-bool AppendedFile::append(const char* text, std::size_t length) const noexcept {
+bool AppendedFile::append(const char* text, std::size_t length) noexcept {
   const ssize_t written = uninterrupted([&] { return write(descriptor(handle_), text, length); });
   if (written == static_cast<ssize_t>(length)) {
     return true;

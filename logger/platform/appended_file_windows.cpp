@@ -51,6 +51,7 @@ bool AppendedFile::open(const std::filesystem::path& path) noexcept {
     return false;
   }
   handle_ = reinterpret_cast<std::intptr_t>(file);
+  gave_up_ = false;
   volume_ = status.dwVolumeSerialNumber;
   identity_ = joined(status.nFileIndexHigh, status.nFileIndexLow);
   return true;
@@ -81,16 +82,19 @@ std::optional<std::uint64_t> AppendedFile::size_at(const std::filesystem::path& 
 }
 
 // Local file systems find the end and write in one step; servers and emulations of them do not, hence the lock. A
-// process that was stopped while it held it must not stop the others: after a while they go without.
-bool AppendedFile::append(const char* text, std::size_t length) const noexcept {
-  constexpr ULONGLONG patience = 250;  // milliseconds
+// process that was stopped while it held it must not stop the others: after a while they go without, and wait again
+// only once they have had it.
+bool AppendedFile::append(const char* text, std::size_t length) noexcept {
+  constexpr ULONGLONG patience = 2000;  // milliseconds: a busy disk takes hundreds
   constexpr int tries_without_pause = 100;
+  constexpr int least_tries = 200;  // a machine that stood still stopped the holder, too
   const ULONGLONG start = GetTickCount64();
   bool locked = try_lock_region(handle_, Lock::Append);
-  for (int i = 0; !locked && GetTickCount64() - start < patience; ++i) {
+  for (int i = 0; !locked && !gave_up_ && (i < least_tries || GetTickCount64() - start < patience); ++i) {
     Sleep(i < tries_without_pause ? 0 : 1);
     locked = try_lock_region(handle_, Lock::Append);
   }
+  gave_up_ = !locked;
   DWORD written = 0;
   const bool done = WriteFile(handle_of(handle_), text, static_cast<DWORD>(length), &written, nullptr) != 0;
   if (locked) {
