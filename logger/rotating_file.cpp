@@ -26,6 +26,9 @@ void shift_files(const std::filesystem::path& path, std::uint32_t kept_files) {
   while (free_number < kept_files && std::filesystem::exists(numbered(path, free_number), error)) {
     ++free_number;
   }
+  if (error) {
+    return;  // nobody knows whether that file is there
+  }
   discard_file(numbered(path, free_number));
   for (; free_number > 1 && !error; --free_number) {
     std::filesystem::rename(numbered(path, free_number - 1), numbered(path, free_number), error);

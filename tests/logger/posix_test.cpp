@@ -128,6 +128,16 @@ TEST_F(Posix, LinkIsRotatedWhereItLeads) {
   EXPECT_EQ(lines_of("link.log"), Lines{"2"});
 }
 
+TEST_F(Posix, WhatCannotBeExaminedIsNotRemoved) {
+  std::filesystem::create_symlink("nerova_zel.log.1", "nerova_zel.log.1");
+  void* const log = get_log("pattern = %v\nmax_size = 3\n");
+  EXPECT_EQ(write(log, "1"), 0);
+  EXPECT_EQ(write(log, "2"), 0);
+  free_log();
+  EXPECT_TRUE(std::filesystem::is_symlink("nerova_zel.log.1"));
+  EXPECT_EQ(lines_of("nerova_zel.log"), (Lines{"1", "2"}));
+}
+
 TEST_F(Posix, ForkedProcessWritesNoneOfItsParentsLines) {
   void* const log = get_log("level = 7\nflush = buffer\npattern = %v\n");
   EXPECT_EQ(write(log, "parent", 7), 0);
