@@ -29,7 +29,6 @@ class Recorder : public testing::Test {
     fs::create_directories(folder_);
     camera_ = std::make_unique<ServedCamera>(folder_.string());
     request_.file = (folder_ / "recording.raw").string();
-    request_.patience = std::chrono::milliseconds(1000);
   }
   ~Recorder() override {
     camera_.reset();
@@ -105,6 +104,7 @@ TEST_F(Recorder, EndsWhenItIsToldWithAValidFile) {
 }
 
 TEST_F(Recorder, KeepsWhatCameBeforeTheCameraWasGone) {
+  request_.patience = std::chrono::milliseconds(2000);
   RecordingObserver observer;
   observer.frame = [&](const Recording& recording) {
     if (recording.frames == 2) {
