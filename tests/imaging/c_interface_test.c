@@ -1,19 +1,8 @@
 /* The C interface of imaging as a C program sees it: what it refuses, with which code and sentence, and that its
- * answers agree with one another. What they are is tested in C++. Ends with the number of the failed line. */
+ * answers agree with one another. What they are is tested in C++. */
 #include <math.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
 
-#include "nerova_zel/imaging.h"
-
-#define CHECK(condition)                                                                    \
-  do {                                                                                      \
-    if (!(condition)) {                                                                     \
-      fprintf(stderr, "line %d: %s (%s)\n", __LINE__, #condition, nv_imaging_error_text()); \
-      exit(1);                                                                              \
-    }                                                                                       \
-  } while (0)
+#include "c_interface_check.h"
 
 enum { width = 96, height = 64, count = width * height };
 
@@ -49,6 +38,19 @@ static void check_formats(void) {
   }
   CHECK(nv_imaging_split_colours(mosaic, 4, 4, "RGGB", planes) == 0 && memcmp(planes, apart, sizeof(apart)) == 0);
   CHECK(nv_imaging_split_colours(pixels, 4, 6, "RGGB", pixels) == NV_IMAGING_ERROR_ARGUMENT);
+}
+
+/* Large enough for three threads, whose parts meet where no part of a byte is left. */
+static void check_threads(void) {
+  enum { many = 800003 };
+  static unsigned char bytes[(3 * many + 1) / 2];
+  static uint16_t alone[many], together[many];
+  for (size_t i = 0; i < sizeof(bytes); ++i) {
+    bytes[i] = (unsigned char)(i * 2654435761U >> 13);
+  }
+  CHECK(nv_imaging_unpack("Mono12p", bytes, sizeof(bytes), many, 1, alone, 1) == 0);
+  CHECK(nv_imaging_unpack("Mono12p", bytes, sizeof(bytes), many, 1, together, 3) == 0);
+  CHECK(memcmp(alone, together, sizeof(alone)) == 0);
 }
 
 static void check_recordings(void) {
@@ -105,6 +107,17 @@ static void check_images(nv_polarization_processor* processor) {
   CHECK(nv_imaging_compute_statistics(processor, &frame, low, 0, 1, &half) == NV_IMAGING_ERROR_ARGUMENT);
   const int32_t beyond[4] = {1, 0, width, height};
   CHECK(nv_imaging_compute_statistics(processor, &frame, beyond, 0, 1, &half) == NV_IMAGING_ERROR_ARGUMENT);
+
+  scene.origin_x = frame.origin_x = 3;
+  scene.origin_y = frame.origin_y = 1;
+  CHECK(nv_imaging_simulate(&scene, pixels, NULL, NULL, NULL) == 0);
+  for (int32_t x = 4; x < 6; ++x) {
+    for (int32_t y = 2; y < 4; ++y) {
+      const int32_t region[4] = {x, y, 20, 20};
+      CHECK(nv_imaging_compute_statistics(processor, &frame, region, NV_IMAGING_WEIGHT_EQUAL, 1, &half) == 0);
+      CHECK(fabs(half.mean_angle - all.mean_angle) < 0.1);
+    }
+  }
 
   images.dolp = azimuth; /* two images in one place */
   CHECK(nv_imaging_transform(processor, &frame, &images, 1) == NV_POLARIZATION_PROCESSOR_ERROR_OUTPUTS_EQUAL);
@@ -170,9 +183,11 @@ int main(void) {
   CHECK(nv_polarization_processor_module_initialize() == 0);
   CHECK(nv_polarization_processor_create_polarization_processor(&processor) == 0);
   check_formats();
+  check_threads();
   check_recordings();
   check_images(processor);
   check_calibration();
+  check_refusals(processor);
   CHECK(nv_imaging_route(&route) == 0 && strlen(route) > 3);
   nv_polarization_processor_destroy_polarization_processor(processor);
   nv_polarization_processor_module_terminate();
