@@ -24,14 +24,14 @@ int bits_of(int value) {
   return bits;
 }
 
-/** The depth that a camera has for at least so many bits. */
+/** The depth that a camera has for at least so many bits, at most 14. */
 int usual_depth(int bits) {
-  for (const int usual : {8, 10, 12, 14}) {
+  for (const int usual : {8, 10, 12}) {
     if (bits <= usual) {
       return usual;
     }
   }
-  return 16;
+  return 14;
 }
 
 }  // namespace
