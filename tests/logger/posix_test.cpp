@@ -128,6 +128,18 @@ TEST_F(Posix, LinkIsRotatedWhereItLeads) {
   EXPECT_EQ(lines_of("link.log"), Lines{"2"});
 }
 
+TEST_F(Posix, FolderThatIsGoneIsAFailureUntilItIsBack) {
+  std::filesystem::create_directory("folder");
+  void* const log = get_log("file = folder/file.log\npattern = %v\n");
+  EXPECT_EQ(write(log, "1"), 0);
+  std::filesystem::remove_all("folder");
+  EXPECT_EQ(write(log, "2"), 1);
+  std::filesystem::create_directory("folder");
+  EXPECT_EQ(write(log, "3"), 0);
+  free_log();
+  EXPECT_EQ(lines_of("folder/file.log"), Lines{"3"});
+}
+
 TEST_F(Posix, WhatCannotBeExaminedIsNotRemoved) {
   std::filesystem::create_symlink("nerova_zel.log.1", "nerova_zel.log.1");
   void* const log = get_log("pattern = %v\nmax_size = 3\n");
