@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "file_bytes.h"
 #include "pgm_file.h"
 #include "png_file.h"
@@ -91,12 +93,25 @@ TEST(Damage, NoMemoryIsTakenForSizesThatCannotBe) {
             "FILE has 1024 x 1025 pixels, and at most 1048576 are read");
 }
 
+TEST(Damage, TheSentenceHoldsTheReasonThatTheFormatsLibraryGives) {
+  const std::string start = "FILE is damaged or cut short: its pixels cannot be decoded (";
+  for (const Sample& sample : small_files()) {
+    const std::string sentence = error_of_reading({sample.bytes.begin(), sample.bytes.end() - 60});
+    EXPECT_EQ(sentence.rfind(start, 0) == 0 && sentence.size() > start.size() + 10,
+              sample.bytes[0] != 'P' && sample.name != std::string("NPY"))
+        << sentence;
+  }
+}
+
 TEST(Damage, FilesThatAreNoneOfTheFormats) {
   EXPECT_EQ(error_of_reading({}), "FILE is empty");
   EXPECT_EQ(error_of_reading({'G', 'I', 'F', '8'}), "FILE is not a PNG, TIFF, binary PGM or NPY file");
   EXPECT_EQ(error_of_reading({'I', 'I', '*', 0}).find("FILE is not a PNG"), std::string::npos);
   const Folder folder;
   EXPECT_EQ(error_of([&] { read_bytes((folder / "").string()); }), (folder / "").string() + " is a directory");
+  const std::string empty = (folder / "empty").string();
+  std::ofstream{empty};
+  EXPECT_EQ(error_of([&] { PictureFile{empty}; }), empty + " is empty");
   const std::string missing = (folder / "missing").string();
   EXPECT_EQ(error_of([&] { PictureFile{missing}; }), "cannot read " + missing + ": No such file or directory");
 }

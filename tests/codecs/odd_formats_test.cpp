@@ -36,9 +36,11 @@ TEST(OddFormats, PngOfEveryGreyDepthInterlacedOrNot) {
     }
   }
   FileKind kind;
-  kind.bits = 16;
-  kind.significant_bits = 12;
-  EXPECT_EQ(page_of(odd_png(kind, samples_of(kind))).facts.significant_bits, 12);
+  for (const auto& [bits, significant] : {std::pair{8, 5}, std::pair{16, 12}, std::pair{16, 1}}) {
+    kind.bits = bits;
+    kind.significant_bits = significant;
+    EXPECT_EQ(page_of(odd_png(kind, samples_of(kind))).facts.significant_bits, significant);
+  }
 }
 
 TEST(OddFormats, TiffOfEveryDepthCompressionAndOrder) {
@@ -94,6 +96,21 @@ TEST(OddFormats, TiffPagesAndWhatTheySay) {
     std::rotate(samples.begin(), samples.begin() + 2, samples.end());  // pages 0, 2 and 4 of the file
   }
   EXPECT_THROW(picture.facts(3), std::out_of_range);
+}
+
+TEST(OddFormats, TiffSaysAGreatestValueThatItsSamplesCanHave) {
+  FileKind kind;
+  kind.colour = PHOTOMETRIC_MINISBLACK;
+  const auto greatest_of = [&](int bits, int greatest, bool is_number) {
+    kind.bits = bits;
+    kind.greatest = greatest;
+    kind.greatest_is_number = is_number;
+    return page_of(odd_tiff(kind, samples_of(kind))).facts.greatest;
+  };
+  EXPECT_EQ(greatest_of(8, 255, false), 255);
+  EXPECT_EQ(greatest_of(8, 256, false), std::nullopt);
+  EXPECT_EQ(greatest_of(12, 1000, false), 1000);
+  EXPECT_EQ(greatest_of(12, 1000, true), 1000);
 }
 
 TEST(OddFormats, WhatIsNotGreyIsRefused) {

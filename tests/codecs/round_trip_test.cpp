@@ -88,6 +88,29 @@ TEST(RoundTrip, ATextSaysTheBitDepthWhereThereIsRoom) {
   }
 }
 
+TEST(RoundTrip, TheGreatestValueSaysTheBitDepthUnlessItIsFullScale) {
+  struct Case {
+    int stored_bits;
+    int greatest;
+    int bits;
+    bool is_stated;
+  };
+  for (const Case& one : {Case{8, 1, 1, true}, Case{8, 2, 2, true}, Case{8, 255, 8, false}, Case{16, 255, 8, true},
+                          Case{16, 65534, 16, true}, Case{16, 65535, 16, false}, Case{15, 32767, 15, true}}) {
+    PageFacts facts;
+    facts.stored_bits = one.stored_bits;
+    facts.greatest = one.greatest;
+    EXPECT_EQ(declared_depth(facts).bits, one.bits) << one.greatest;
+    EXPECT_EQ(declared_depth(facts).is_stated, one.is_stated) << one.greatest;
+  }
+}
+
+TEST(RoundTrip, PngTakesNoFloatsAndNoTwoChannels) {
+  const std::vector<float> floats(4);
+  EXPECT_NE(error_of([&] { encode_png({Element::float32, 2, 2, 1, floats.data()}); }), "");
+  EXPECT_NE(error_of([&] { encode_png(view_of(noisy_slope(4, 2, 8), 2, 2, 2)); }), "");
+}
+
 TEST(RoundTrip, ColourPngAndTiff) {
   const int width = 41;
   const int height = 33;
@@ -140,6 +163,10 @@ TEST(RoundTrip, PgmOfOneAndManyImages) {
   EXPECT_EQ(declared_depth(page_of(file, 1).facts).bits, 12);
   const std::string commented = "P5 # a camera\n# more\n2\t1 # a row\n255\n\x01\xFF";
   EXPECT_EQ(page_of({commented.begin(), commented.end()}).pixels, (std::vector<std::uint16_t>{1, 255}));
+  for (const std::size_t length : {250U, 5000U, 70000U}) {
+    const std::string story = "P5\n#" + std::string(length, '#') + "\n2 1 255\n\x01\xFF";
+    EXPECT_EQ(page_of({story.begin(), story.end()}).pixels, (std::vector<std::uint16_t>{1, 255})) << length;
+  }
   const std::uint16_t smallest = 1;
   EXPECT_EQ(page_of(encode_pgm(&smallest, 1, 1, 1)).pixels, std::vector<std::uint16_t>{1});
 }
@@ -206,7 +233,7 @@ TEST(Texts, ComeBackFromEveryKindOfFile) {
   put("a.png", encode_png(view_of(colours, 3, 2, 3), texts));
   put("a.tiff", encode_tiff({Element::float32, 3, 2, 1, values.data()}, tiff_tags(texts)));
   put("a.npy.json", {json.begin(), json.end()});
-  for (const char* name : {"a.png", "a.tiff", "a.npy"}) {
+  for (const char* name : {"a.png", "a.tiff", "a.npy", "a.npy.json"}) {
     const std::vector<TextEntry> found = read_texts(folder / name);
     for (const TextEntry& entry : texts) {
       EXPECT_EQ(find_text(found, entry.key), entry.text) << name << ", " << entry.key;
@@ -221,6 +248,10 @@ TEST(Texts, ComeBackFromEveryKindOfFile) {
     }
   }
   EXPECT_TRUE(read_texts(folder / "none.png").empty());
+  Bytes other = read_bytes((folder / "a.png").string());
+  other[1] = 'M';
+  put("other.png", other);
+  EXPECT_TRUE(read_texts(folder / "other.png").empty());
   put("own.json", {json.begin(), json.end()});
   EXPECT_TRUE(read_texts(folder / "own.json").empty()) << "beside no array";
 }

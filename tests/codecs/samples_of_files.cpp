@@ -74,7 +74,9 @@ void write_tiff_page(TIFF* tiff, const FileKind& kind, int subfile_type, const s
   if (kind.predictor != 1) {
     TIFFSetField(tiff, TIFFTAG_PREDICTOR, kind.predictor);
   }
-  if (kind.greatest != 0) {
+  if (kind.greatest_is_number) {
+    TIFFSetField(tiff, TIFFTAG_SMAXSAMPLEVALUE, static_cast<double>(kind.greatest));
+  } else if (kind.greatest != 0) {
     TIFFSetField(tiff, TIFFTAG_MAXSAMPLEVALUE, kind.greatest);
   }
   if (kind.colour == PHOTOMETRIC_PALETTE) {

@@ -36,6 +36,7 @@ struct FileKind {
   int format = 1;                        ///< TIFF's sample format
   int orientation = 1;                   ///< TIFF; 0: leaves out it and the number of channels
   int greatest = 0;                      ///< TIFF's MaxSampleValue
+  bool greatest_is_number = false;       ///< or else its SMaxSampleValue
   std::vector<int> subfile_types = {0};  ///< TIFF, one for each page
 };
 
