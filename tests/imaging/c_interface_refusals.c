@@ -7,7 +7,7 @@
 static uint16_t pixels[64], room[64];
 static const nv_imaging_frame good_frame = {pixels, 8, 8, 0, 0, 90, 12};
 
-static void check_frames(nv_polarization_processor* processor) {
+static void refuse_frames(nv_polarization_processor* processor) {
   const nv_imaging_frame refused[] = {
       {NULL, 4, 4, 0, 0, 90, 12},    {pixels, 1, 4, 0, 0, 90, 12},  {pixels, 4, 1, 0, 0, 90, 12},
       {pixels, 4, 4, -1, 0, 90, 12}, {pixels, 4, 4, 0, -1, 90, 12}, {pixels, 4, 4, 0, 0, 44, 12},
@@ -45,7 +45,7 @@ static void check_frames(nv_polarization_processor* processor) {
   REFUSED(nv_imaging_route(NULL));
 }
 
-static void check_formats(void) {
+static void refuse_formats(void) {
   const char* name = NULL;
   int32_t bits = 0;
   REFUSED(nv_imaging_pixel_format_name(0, NULL));
@@ -72,7 +72,7 @@ static void check_formats(void) {
   REFUSED(nv_imaging_read_recording("{}", 2, "run", NULL));
 }
 
-static void check_colours(void) {
+static void refuse_colours(void) {
   nv_imaging_colours* colours = NULL;
   unsigned char rgb[12];
   REFUSED(nv_imaging_create_colours(NULL, 1, 1.0, 1.0, &colours));
@@ -105,7 +105,7 @@ static void check_colours(void) {
 #define SCENE_REFUSED(change) SCENE(NV_IMAGING_ERROR_ARGUMENT, change)
 #define SCENE_TAKEN(change) SCENE(0, change)
 
-static void check_scenes(void) {
+static void refuse_scenes(void) {
   SCENE_REFUSED(scene.width = 1);
   SCENE_REFUSED(scene.height = 1);
   SCENE_TAKEN(scene.width = scene.height = 2);
@@ -139,7 +139,7 @@ static void check_scenes(void) {
   CHECK(nv_imaging_simulate(&scene, NULL, truth[0], truth[1], truth[2]) == 0);
 }
 
-static void check_calibrations(void) {
+static void refuse_calibrations(void) {
   nv_imaging_series* series = NULL;
   nv_imaging_calibration* found[4];
   const char* text = NULL;
@@ -179,9 +179,9 @@ static void check_calibrations(void) {
 }
 
 void check_refusals(nv_polarization_processor* processor) {
-  check_frames(processor);
-  check_formats();
-  check_colours();
-  check_scenes();
-  check_calibrations();
+  refuse_frames(processor);
+  refuse_formats();
+  refuse_colours();
+  refuse_scenes();
+  refuse_calibrations();
 }

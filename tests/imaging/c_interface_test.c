@@ -15,7 +15,7 @@ static nv_imaging_scene even_scene(double angle) {
 }
 
 static void check_formats(void) {
-  static const unsigned char bytes[6] = {0x12, 0x34, 0x56, 0x12, 0x34, 0x56};
+  static const unsigned char bytes[6] = {0x12, 0x34, 0x56, 0x13, 0x34, 0x57};
   uint16_t pixels[4] = {0};
   const char* name = NULL;
   int32_t bits = 0;
@@ -26,7 +26,7 @@ static void check_formats(void) {
   } while (name != NULL);
   CHECK(formats > 7);
   CHECK(nv_imaging_unpack("Mono12p", bytes, 6, 2, 2, pixels, 1) == 0);
-  CHECK(pixels[0] == 0x412 && pixels[1] == 0x563 && pixels[2] == 0x412 && pixels[3] == 0x563);
+  CHECK(pixels[0] == 0x412 && pixels[1] == 0x563 && pixels[2] == 0x413 && pixels[3] == 0x573);
   CHECK(nv_imaging_unpack("Mono12p", bytes, 5, 2, 2, pixels, 1) == NV_IMAGING_ERROR_ARGUMENT);
   CHECK(strstr(nv_imaging_error_text(), "3 bytes each, but 5 bytes are there") != NULL);
   CHECK(nv_imaging_unpack("Mono12p", bytes, 6, (size_t)-1 / 2, 1, pixels, 1) == NV_IMAGING_ERROR_ARGUMENT);
