@@ -127,6 +127,27 @@ static void check_images(nv_polarization_processor* processor) {
   CHECK(strcmp(nv_imaging_error_text(), "the layout must be 0, 45, 90 or 135") == 0);
 }
 
+/* An image is the same alone as among the others. */
+static void check_lone_images(nv_polarization_processor* processor) {
+  enum { kinds = 10 };
+  static uint16_t pixels[count];
+  static float rooms[2][kinds][2 * count];
+  nv_imaging_scene scene = even_scene(50.0);
+  scene.uniform = 0;
+  CHECK(nv_imaging_simulate(&scene, pixels, NULL, NULL, NULL) == 0);
+  const nv_imaging_frame frame = {pixels, width, height, 0, 0, 90, 12};
+  for (int alone = 0; alone <= kinds; ++alone) {
+    void* rows[kinds];
+    for (int i = 0; i < kinds; ++i) {
+      rows[i] = alone == kinds ? rooms[0][i] : i == alone ? rooms[1][i] : NULL;
+    }
+    const nv_imaging_images images = {rows[0], rows[1], rows[2], rows[3], rows[4], rows[5],
+                                      rows[6], rows[7], rows[8], rows[9], 4095};
+    CHECK(nv_imaging_transform(processor, &frame, &images, 1) == 0);
+  }
+  CHECK(memcmp(rooms[0], rooms[1], sizeof(rooms[0])) == 0);
+}
+
 static void check_calibration(void) {
   static uint16_t pixels[count];
   const nv_imaging_frame frame = {pixels, width, height, 0, 0, 90, 12};
@@ -186,6 +207,7 @@ int main(void) {
   check_threads();
   check_recordings();
   check_images(processor);
+  check_lone_images(processor);
   check_calibration();
   check_refusals(processor);
   CHECK(nv_imaging_route(&route) == 0 && strlen(route) > 3);
