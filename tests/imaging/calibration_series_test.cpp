@@ -97,8 +97,14 @@ TEST_F(SeriesTest, FramesMustGoTogether) {
   camera_.height = 32;
   CalibrationSeries first(camera_.layout, {0, 0});
   expect_failure([&] { first.add("bright", 20, even, 10); }, {"bright", "10 bits"}, Fact::value_too_great);
-  camera_.dark_level = 1000;
-  expect_failure([&] { good.set_dark("dark", frame(0.0, 0.0), 12); }, {"dark is no dark frame", "degree polarizer"});
+  for (const std::size_t place : {0U, 1U, 32U, 33U}) {  // bright under one polarizer only
+    RawFrame dark = frame(0.0, 0.0);
+    for (std::size_t i = 0; i < dark.pixels.size(); ++i) {
+      dark.pixels[i] = (i & 33U) == place ? 1000 : 0;
+    }
+    expect_failure([&] { good.set_dark("dark", dark, 12); }, {"dark is no dark frame", "degree polarizer"});
+  }
+  good.set_dark("dark", frame(0.0, 0.0), 12);
 }
 
 TEST_F(SeriesTest, AnglesMustDetermineTheResponses) {

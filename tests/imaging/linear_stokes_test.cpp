@@ -113,6 +113,24 @@ RawFrame edge_frame(int edge) {
   return frame;
 }
 
+// Even light without polarization, whose P is twice the pixel value: beyond full scale, or just below the doubled one.
+TEST(Sampling, PowerHeadroomHoldsAllPower) {
+  const Library library(NEROVA_LIBRARY);
+  for (const Sampling sampling : {Sampling::window, Sampling::superpixel, Sampling::bilinear}) {
+    for (const bool headroom : {false, true}) {
+      TransformSettings settings;
+      settings.sampling = sampling;
+      settings.power_headroom = headroom;
+      FrameTransformer transformer(settings, library, {Output::power, Output::dolp});
+      transformer.frame() = {2, 2, 12, 16, std::vector<std::uint16_t>(4, 4000)};
+      transformer.run("frame");
+      EXPECT_EQ(transformer.outputs().values(Output::power)[0], headroom ? 64007 : 65535);  // 8000 / 8191 of 65535
+      EXPECT_EQ(transformer.clipped_power(), headroom ? 0.0 : 1.0);
+      EXPECT_EQ(transformer.outputs().values(Output::dolp)[0], 0);
+    }
+  }
+}
+
 // Away from the edge all samplings show the light. Bilinear pixels mix both sides over two columns, symmetrically,
 // where windows do over one; superpixels that begin at the edge mix nothing.
 TEST(Sampling, OfAnEdge) {
