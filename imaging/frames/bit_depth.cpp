@@ -24,7 +24,7 @@ int bits_of(int value) {
   return bits;
 }
 
-/** The depth that a camera has for at least so many bits, at most 14. */
+/** The bit depth of usual cameras that holds so many bits, of which there are at most 14. */
 int usual_depth(int bits) {
   for (const int usual : {8, 10, 12}) {
     if (bits <= usual) {

@@ -28,7 +28,8 @@ class AppendedFile {
   /** Present size in bytes; nothing when the path no longer leads to this file. A device has size 0. */
   std::optional<std::uint64_t> size_at(const std::filesystem::path& path) const noexcept;
 
-  /** All at once at the present end, whoever else appends. On failure nothing is left of it. */
+  /** All at once at the present end, whoever else appends. On failure nothing is left of it. On Windows waits up to 2 s
+   * for another process's append, and then goes without its lock. */
   bool append(const char* text, std::size_t length) noexcept;
 
   /** What was appended is on the disk afterwards. */

@@ -81,7 +81,6 @@ TEST(ColourMosaic, PlanesHoldTheirPixelsAtEveryOriginAndSize) {
   }
 }
 
-// All planes of a common region show the same 4 x 4 pattern at the same place, and no such pattern is left out.
 TEST(ColourMosaic, MeansOfImagesAreRoundedUpAndEndWithThem) {
   const std::vector<std::uint16_t> first = {0, 1, 65535, 7};
   const std::vector<std::uint16_t> second = {1, 1, 65535, 9};
@@ -90,6 +89,7 @@ TEST(ColourMosaic, MeansOfImagesAreRoundedUpAndEndWithThem) {
   EXPECT_EQ(mean, (std::vector<std::uint16_t>{1, 1, 65535, 5}));
 }
 
+// All planes of a common region show the same 4 x 4 pattern at the same place, and no such pattern is left out.
 TEST(ColourMosaic, CommonRegionsHoldWholePatterns) {
   for (int origin = 0; origin < 16; ++origin) {
     for (int width = 1; width < 14; ++width) {

@@ -101,7 +101,6 @@ TEST(Physics, NoiseIsThatOfThePhotons) {
   EXPECT_NEAR(std::sqrt(degree_squares / degrees), 1.0, 0.03);
 }
 
-// Fresnel's equations in their well-known special cases.
 TEST(Physics, LightOfTheLastPixelsIsThatOfTheirNeighbours) {
   const CameraSettings camera;
   const SimulatedScene scene(camera.width, camera.height, {});
@@ -111,6 +110,7 @@ TEST(Physics, LightOfTheLastPixelsIsThatOfTheirNeighbours) {
   EXPECT_EQ(true_light(scene, camera, x, camera.height - 1).s0, true_light(scene, camera, x, camera.height - 2).s0);
 }
 
+// Fresnel's equations in their well-known special cases.
 TEST(Physics, SphereFollowsFresnel) {
   SceneSettings settings;
   settings.body_albedo = 0.0;

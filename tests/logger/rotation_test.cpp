@@ -96,7 +96,7 @@ TEST_F(Rotation, IsLeftToTheProcessThatHoldsTheLock) {
 
 #if defined(_WIN32)
 
-TEST_F(Rotation, AppendingWaitsOnceForAProcessThatStands) {
+TEST_F(Rotation, AppendingWaitsOnceForAStoppedProcess) {
   using Clock = std::chrono::steady_clock;
   void* const log = get_log(numbers_only);
   EXPECT_EQ(write(log, "1"), 0);
